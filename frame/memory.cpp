@@ -1,0 +1,120 @@
+// The checked memory operations, and what the library's own code builds on them.
+//
+// Every allocation of the library goes through Kmalloc, Kcalloc or Krealloc. A failed one is
+// reported, then the program is aborted in the library's sense: the log is closed and control
+// returns. With the parameter "DEBUG" set the process ends on the spot instead.
+
+#include "frame/memory.h"
+
+#include <algorithm>
+
+#include "frame/messages.h"
+#include "parameters/parameters.h"
+#include "platform/platform.h"
+
+namespace klib::memory {
+
+namespace {
+
+void out_of_memory() {
+  Kmessage(MESSAGE_NO_MORE_MEMORY);
+  if (parameters::number(parameters::Number::debug) != 0) {
+    Kdisplay("Dumping core for debugging purpose...");
+    platform::calls.end_process();
+  }
+  Kabort_prog();
+}
+
+}  // namespace
+
+void *allocate(size_t size) {
+  if (size > UINT32_MAX) {
+    out_of_memory();
+    throw Exhausted{};
+  }
+  void *block = Kmalloc(static_cast<uint32_t>(std::max<size_t>(size, 1)));
+  if (block == nullptr) throw Exhausted{};
+  return block;
+}
+
+void *reallocate(void *block, size_t size) {
+  if (size > UINT32_MAX) {
+    out_of_memory();
+    throw Exhausted{};
+  }
+  void *moved = Krealloc(block, static_cast<uint32_t>(std::max<size_t>(size, 1)));
+  if (moved == nullptr) throw Exhausted{};
+  return moved;
+}
+
+Text copy(std::string_view text) {
+  Text block(static_cast<char *>(allocate(text.size() + 1)));
+  std::copy(text.begin(), text.end(), block.get());
+  block[text.size()] = '\0';
+  return block;
+}
+
+void Buffer::grow(size_t size) {
+  const size_t wanted = std::max({size + 1, capacity_ + capacity_ / 2, size_t{16}});
+  // reallocate keeps the old block when it fails, and the owner keeps that.
+  char *moved = static_cast<char *>(reallocate(text_.get(), wanted));
+  static_cast<void>(text_.release());
+  text_.reset(moved);
+  capacity_ = wanted;
+  text_[size_] = '\0';
+}
+
+void Buffer::reserve(size_t size) {
+  if (size >= capacity_) grow(size);
+}
+
+void Buffer::append(std::string_view bytes) {
+  if (size_ + bytes.size() >= capacity_) grow(size_ + bytes.size());
+  std::copy(bytes.begin(), bytes.end(), text_.get() + size_);
+  size_ += bytes.size();
+  text_[size_] = '\0';
+}
+
+char *Buffer::detach() {
+  if (!text_) grow(0);
+  size_ = capacity_ = 0;
+  return text_.release();
+}
+
+}  // namespace klib::memory
+
+// Exported operations
+
+using namespace klib;
+
+void *Kmalloc(uint32_t size) {
+  if (size == 0) {
+    Kdisplay("Internal error. Allocating 0 bytes of memory.\n");
+    return nullptr;
+  }
+  void *block = platform::calls.allocate(size);
+  if (block == nullptr) memory::out_of_memory();
+  return block;
+}
+
+void *Kcalloc(uint32_t elements, uint32_t size) {
+  const uint64_t product = uint64_t{elements} * size;
+  if (product == 0) return platform::calls.allocate_zeroed(elements, size);
+  void *block =
+      product > UINT32_MAX ? nullptr : platform::calls.allocate_zeroed(elements, size);
+  if (block == nullptr) memory::out_of_memory();
+  return block;
+}
+
+void *Krealloc(void *pointer, uint32_t size) {
+  void *block = platform::calls.reallocate(pointer, size);
+  if (block == nullptr) memory::out_of_memory();
+  return block;
+}
+
+void Kfree(void *pointer) { platform::calls.release(pointer); }
+
+char *string_copy(const char *source_text) {
+  if (source_text == nullptr) return nullptr;
+  return memory::guarded<char *>(nullptr, [&] { return memory::copy(source_text).release(); });
+}

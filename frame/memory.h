@@ -1,0 +1,104 @@
+// Memory for the library's own C++ code: owners, a growing byte buffer and an allocator for
+// standard containers, all over Kmalloc and its family.
+//
+// One policy for exhausted memory: the checked operations report it and take the abort path (as
+// Kmalloc does) and then throw Exhausted. Every exported operation that can meet it runs its body
+// in `guarded`, which turns it into the operation's failure result. Nothing else is thrown, and
+// nothing crosses the C interface.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "klib.h"
+
+namespace klib::memory {
+
+struct Exhausted {};
+
+// A block of `size` bytes (at least one is asked for); sizes beyond 32 bits are a failed allocation.
+[[nodiscard]] void *allocate(size_t size);
+[[nodiscard]] void *reallocate(void *block, size_t size);
+
+struct Free {
+  void operator()(void *block) const noexcept { Kfree(block); }
+};
+template <class T>
+using Array = std::unique_ptr<T[], Free>;
+using Text = Array<char>;  // NUL-terminated
+
+template <class T>
+[[nodiscard]] Array<T> allocate_array(size_t elements) {
+  static_assert(std::is_trivial_v<T>);
+  if (elements > SIZE_MAX / sizeof(T)) elements = SIZE_MAX / sizeof(T);
+  return Array<T>(static_cast<T *>(allocate(elements * sizeof(T))));
+}
+
+// A NUL-terminated copy; string_copy's checked twin for views and for callers that must not go on.
+[[nodiscard]] Text copy(std::string_view text);
+
+template <class T>
+struct Allocator {
+  using value_type = T;
+  Allocator() = default;
+  template <class U>
+  Allocator(const Allocator<U> &) noexcept {}
+  [[nodiscard]] T *allocate(size_t elements) {
+    return static_cast<T *>(memory::allocate(elements * sizeof(T)));
+  }
+  void deallocate(T *block, size_t) noexcept { Kfree(block); }
+  bool operator==(const Allocator &) const = default;
+};
+template <class T>
+using Vector = std::vector<T, Allocator<T>>;
+
+// A growing text, always NUL-terminated and never null.
+class Buffer {
+ public:
+  void reserve(size_t size);  // room for `size` bytes and the NUL without another allocation
+  void append(std::string_view bytes);
+  void append(char byte) {
+    if (size_ + 1 >= capacity_) grow(size_ + 1);
+    text_[size_++] = byte;
+    text_[size_] = '\0';
+  }
+  void clear() { truncate(0); }
+  void truncate(size_t size) {
+    if (size < size_) text_[size_ = size] = '\0';
+  }
+  [[nodiscard]] size_t size() const { return size_; }
+  [[nodiscard]] const char *text() const { return text_ ? text_.get() : ""; }
+  [[nodiscard]] std::string_view view() const { return {text(), size_}; }
+  // Hands the text over; the caller releases it with Kfree. The buffer is empty afterwards.
+  [[nodiscard]] char *detach();
+
+ private:
+  void grow(size_t size);
+
+  Text text_;
+  size_t size_ = 0;
+  size_t capacity_ = 0;  // bytes allocated, the NUL's included
+};
+
+// Runs the body of an exported operation; exhausted memory, reported already, becomes `failure`.
+template <class Result, class Body>
+Result guarded(Result failure, Body body) {
+  try {
+    return body();
+  } catch (const Exhausted &) {
+    return failure;
+  }
+}
+template <class Body>
+void guarded(Body body) {
+  try {
+    body();
+  } catch (const Exhausted &) {
+  }
+}
+
+}  // namespace klib::memory
