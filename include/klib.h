@@ -10,9 +10,9 @@
 #define KLIB_API __attribute__((visibility("default")))
 #endif
 #if defined(__GNUC__)
-#define KLIB_PRINTF(format, first) __attribute__((format(printf, format, first)))
+#define KLIB_PRINTF(text, first) __attribute__((format(printf, text, first)))
 #else
-#define KLIB_PRINTF(format, first)
+#define KLIB_PRINTF(text, first)
 #endif
 
 /* Any arguments: programs pass what they like. */
