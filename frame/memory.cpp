@@ -100,8 +100,7 @@ void *Kmalloc(uint32_t size) {
 void *Kcalloc(uint32_t elements, uint32_t size) {
   const uint64_t product = uint64_t{elements} * size;
   if (product == 0) return platform::calls.allocate_zeroed(elements, size);
-  void *block =
-      product > UINT32_MAX ? nullptr : platform::calls.allocate_zeroed(elements, size);
+  void *block = product > UINT32_MAX ? nullptr : platform::calls.allocate_zeroed(elements, size);
   if (block == nullptr) memory::out_of_memory();
   return block;
 }

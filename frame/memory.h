@@ -8,10 +8,9 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <memory>
 #include <string_view>
-#include <utility>
+#include <type_traits>
 #include <vector>
 
 #include "klib.h"
@@ -20,7 +19,8 @@ namespace klib::memory {
 
 struct Exhausted {};
 
-// A block of `size` bytes (at least one is asked for); sizes beyond 32 bits are a failed allocation.
+// A block of `size` bytes (at least one is asked for); sizes beyond 32 bits are a failed
+// allocation.
 [[nodiscard]] void *allocate(size_t size);
 [[nodiscard]] void *reallocate(void *block, size_t size);
 

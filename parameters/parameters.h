@@ -53,11 +53,15 @@ inline constexpr int32_t text_count = 38;
 
 // Assigns a value as the command line does: a number is read from the text's start (no digits give
 // 0, values beyond 32 bits the nearest 32-bit number), a text is copied. Without value tables
-// nothing is stored. Result 0.
+// nothing is stored. Result 0. May throw memory::Exhausted; the old value then stays.
 int32_t store_parameter_value(int32_t number, const char *value);
 
+// "LANGUAGE" becomes the text up to, not including, its first '-'. May throw memory::Exhausted.
+void store_start_of_language(const char *language);
+
 // Assigns a value as a parameter line does: through the parameter's own operation when it has one
-// (fonts, "LANGUAGE", "DIRECTION"), else as above. The result is the operation's.
+// (fonts, "LANGUAGE", "DIRECTION"), else as above. The result is the operation's. May throw as
+// above.
 int32_t set_parameter(int32_t number, char *value);
 
 void reset();

@@ -12,8 +12,8 @@
 
 namespace klib::test {
 
-// "a{98}Bold{99}b" with every {hex} pair turned into its byte, and the inverse: bytes below 0x20 and
-// above 0x7E, and '{' and '}', are shown as {XX}. A null text is shown as "(null)".
+// "a{98}Bold{99}b" with every {hex} pair turned into its byte, and the inverse: bytes below 0x20
+// and above 0x7E, and '{' and '}', are shown as {XX}. A null text is shown as "(null)".
 std::string bytes(std::string_view notation);
 std::string show(std::string_view text);
 std::string show(const char *text);
