@@ -14,6 +14,7 @@
 #include "frame/logging.h"
 #include "frame/program.h"
 #include "parameters/parameters.h"
+#include "pattern/character_types.h"
 #include "platform/platform.h"
 
 namespace klib::test {
@@ -99,6 +100,7 @@ void reset_all() {
   parameters::reset();
   program::reset();
   abort_hook::reset();
+  character_types::reset();
   platform::reset();
   platform::calls.allocate = allocate;
   platform::calls.allocate_zeroed = allocate_zeroed;
