@@ -95,12 +95,16 @@ std::string take(char *text) {
   return shown;
 }
 
-void reset_all() {
+void release_modules() {
   logging::reset();
   parameters::reset();
   program::reset();
   abort_hook::reset();
   character_types::reset();
+}
+
+void reset_all() {
+  release_modules();
   platform::reset();
   platform::calls.allocate = allocate;
   platform::calls.allocate_zeroed = allocate_zeroed;
@@ -136,6 +140,8 @@ void Library::SetUp() {
 }
 
 void Library::TearDown() {
+  release_modules();
+  EXPECT_EQ(blocks_in_use(), 0) << "blocks that were not released";
   reset_all();
   std::filesystem::current_path(previous_directory_);
   std::filesystem::remove_all(directory_);

@@ -21,14 +21,17 @@ std::string show(const char *text);
 // Takes over a text that the library handed out, shown in the notation, and releases it.
 std::string take(char *text);
 
-// Puts the whole library back to the state in which it is loaded, leaks included: what modules own
-// is released first.
+// Puts every module back to the state in which it is loaded and releases what it owns.
+void release_modules();
+
+// The same, and the platform's own calls are in force again, with every allocation counted.
 void reset_all();
 
 std::string read_file(const std::string &name);
 void write_file(const std::string &name, std::string_view content);
 
-// A fresh library, default parameters, an own working directory, and an open log.
+// A fresh library, default parameters, an own working directory, and an open log. A test fails when
+// a block that it allocated through the library is left over at its end.
 class Library : public ::testing::Test {
  protected:
   void SetUp() override;
