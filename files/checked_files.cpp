@@ -1,0 +1,164 @@
+// Checked file operations: the platform's descriptor and stream calls with the library's reports.
+//
+// Two policies. Opening and creating a descriptor, closing and sizing are reported and tolerated:
+// the caller goes on with -1, 0 or nothing. Opening a stream, reading, writing and deleting are
+// reported and take the abort path, which closes the log and returns; then the operation returns
+// its failure result. Anything but the full count is a failed read or write.
+
+#include "files/checked_files.h"
+
+#include <cerrno>
+#include <limits>
+
+#include "frame/messages.h"
+#include "klib.h"
+#include "platform/platform.h"
+
+namespace klib::files {
+
+namespace {
+
+constexpr size_t copy_block = 65536;
+constexpr int mode_of_new_files = 0666;  // less what the process masks out
+
+// Makes a call that moves bytes, again as long as a signal interrupts it before any byte is moved.
+template <class Call>
+int64_t uninterrupted(Call call) {
+  int64_t moved;
+  do {
+    errno = 0;
+    moved = call();
+  } while (moved < 0 && errno == EINTR);
+  return moved;
+}
+
+int32_t checked_read(int32_t count, int64_t moved) {
+  if (count < 0 || moved != count) {
+    Kmessage(MESSAGE_SHORT_READ, count, static_cast<int32_t>(moved));
+    Kabort_prog();
+  }
+  return static_cast<int32_t>(moved);
+}
+
+int32_t checked_write(int32_t count, int64_t moved) {
+  if (count < 0 || moved != count) {
+    Kmessage(MESSAGE_SHORT_WRITE, count, static_cast<int32_t>(moved));
+    Kabort_prog();
+  }
+  return static_cast<int32_t>(moved);
+}
+
+}  // namespace
+
+int64_t read_once(int32_t descriptor, void *buffer, size_t count) {
+  return uninterrupted([&] { return platform::calls.read(descriptor, buffer, count); });
+}
+
+void close_stream(FILE *stream, bool complete) {
+  const bool closed = stream != nullptr && platform::calls.close_stream(stream) == 0;
+  if (!closed || !complete) Kmessage(MESSAGE_FILE_NOT_CLOSED);
+}
+
+}  // namespace klib::files
+
+// Exported operations
+
+using namespace klib;
+using namespace klib::files;
+
+int32_t Kopen(const char *name, int32_t flags) {
+  const int descriptor = platform::calls.open(name, flags, mode_of_new_files);
+  if (descriptor >= 0) return descriptor;
+  const int error = errno;
+  Kmessage(MESSAGE_FILE_NOT_OPENED, name);
+  Kexplain_error(error);
+  return -1;
+}
+
+int32_t Kcreat(const char *name, int32_t mode) {
+  const int descriptor = platform::calls.open(name, O_WRONLY | O_CREAT | O_TRUNC, mode);
+  if (descriptor >= 0) return descriptor;
+  const int error = errno;
+  Kmessage(MESSAGE_FILE_NOT_CREATED, name);
+  Kexplain_error(error);
+  return -1;
+}
+
+FILE *Kfopen(const char *name, const char *mode) { return Kfopen_i(name, mode, 1); }
+
+FILE *Kfopen2(const char *name, const char *mode) { return Kfopen_i(name, mode, 0); }
+
+FILE *Kfopen_i(const char *name, const char *mode, int32_t) {
+  FILE *stream = platform::calls.open_stream(name, mode);
+  if (stream != nullptr) return stream;
+  const int error = errno;
+  Kmessage(MESSAGE_FILE_NOT_OPENED, name);
+  Kexplain_error(error);
+  Kabort_prog();
+  return nullptr;
+}
+
+void Kclose(int32_t descriptor, int32_t) {
+  if (platform::calls.close(descriptor) != 0) Kmessage(MESSAGE_FILE_NOT_CLOSED);
+}
+
+void Kfclose(FILE *stream, int32_t) { close_stream(stream, true); }
+
+int32_t Kfile_size(int32_t descriptor) {
+  const int64_t size = platform::calls.size(descriptor);
+  if (size >= 0 && size <= std::numeric_limits<int32_t>::max()) return static_cast<int32_t>(size);
+  Kmessage(MESSAGE_NO_FILE_LENGTH);
+  return 0;
+}
+
+int32_t Kread(int32_t descriptor, void *buffer, int32_t count) {
+  const int64_t moved = count < 0 ? -1 : read_once(descriptor, buffer, static_cast<size_t>(count));
+  return checked_read(count, moved);
+}
+
+int32_t Kwrite(int32_t descriptor, const void *buffer, int32_t count) {
+  const int64_t moved = count < 0 ? -1 : uninterrupted([&] {
+    return platform::calls.write(descriptor, buffer, static_cast<size_t>(count));
+  });
+  return checked_write(count, moved);
+}
+
+int32_t Kfread(FILE *stream, void *buffer, int32_t count) {
+  size_t moved = 0;
+  if (stream != nullptr && buffer != nullptr && count > 0)
+    moved = platform::calls.read_stream(buffer, static_cast<size_t>(count), stream);
+  return checked_read(count, static_cast<int64_t>(moved));
+}
+
+int32_t Kfwrite(FILE *stream, const void *buffer, int32_t count) {
+  size_t moved = 0;
+  if (stream != nullptr && buffer != nullptr && count > 0)
+    moved = platform::calls.write_stream(buffer, static_cast<size_t>(count), stream);
+  return checked_write(count, static_cast<int64_t>(moved));
+}
+
+int32_t Kprobe_file(const char *name) { return platform::calls.exists(name) ? 1 : 0; }
+
+void Kdelete_file(const char *name) {
+  if (platform::calls.unlink(name) == 0) return;
+  const int error = errno;
+  Kmessage(MESSAGE_FILE_NOT_DELETED, name);
+  Kexplain_error(error);
+  Kabort_prog();
+}
+
+void Kcopy_file(const char *source, const char *target) {
+  // The source first: when it cannot be opened, the target is not touched.
+  FILE *from = Kfopen2(source, platform::read_text);
+  if (from == nullptr) return;
+  FILE *to = Kfopen2(target, platform::write_text);
+  bool written = true;
+  if (to != nullptr) {
+    char block[copy_block];
+    size_t size;
+    while (written && (size = platform::calls.read_stream(block, sizeof block, from)) > 0)
+      written = platform::calls.write_stream(block, size, to) == size;
+  }
+  close_stream(from, std::ferror(from) == 0);
+  if (to != nullptr) close_stream(to, written);
+}
