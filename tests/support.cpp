@@ -10,6 +10,9 @@
 #include <regex>
 #include <sstream>
 
+#include "containers/byte_stacks.h"
+#include "containers/double_stack.h"
+#include "containers/string_arrays.h"
 #include "frame/abort_hook.h"
 #include "frame/logging.h"
 #include "frame/program.h"
@@ -101,6 +104,9 @@ void release_modules() {
   program::reset();
   abort_hook::reset();
   character_types::reset();
+  double_stack::reset();
+  byte_stacks::reset();
+  string_arrays::reset();
 }
 
 void reset_all() {

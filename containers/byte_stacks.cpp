@@ -1,0 +1,115 @@
+// Ten numbered byte stacks: growable buffers, appended to here and read, shortened, reset and
+// released by their owners through the exported records.
+//
+// After every operation at least one byte is free, so that the contents can always be terminated.
+// A stack whose last byte but one is taken therefore grows before the next byte is stored: the
+// sizes are those of growing when the buffer is full, and a growth that fails leaves the stack as
+// it was.
+
+#include "containers/byte_stacks.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "containers/growth.h"
+#include "frame/memory.h"
+
+static_assert(offsetof(byte_stack, base) == 0 && offsetof(byte_stack, top) == sizeof(char *) &&
+              offsetof(byte_stack, size) == 2 * sizeof(char *) &&
+              sizeof(byte_stack) == 2 * sizeof(char *) + 8);
+
+constinit byte_stack _stack[10] = {};
+
+namespace klib::byte_stacks {
+
+namespace {
+
+byte_stack *find_stack(int32_t n) {
+  return n >= 0 && n < static_cast<int32_t>(std::size(_stack)) ? &_stack[n] : nullptr;
+}
+
+int64_t used(const byte_stack &stack) { return stack.top - stack.base; }
+
+// The size after the steps that it takes to exceed `wanted` bytes. A step that does not enlarge
+// the stack is a step of one byte.
+int64_t grown_size(int64_t size, int32_t increment, int64_t wanted) {
+  if (increment < -100) {
+    while (size <= wanted) size = std::max(growth::step(size, increment), size + 1);
+    return size;
+  }
+  const int64_t step = std::max(increment, 1);
+  return size + ((wanted - size) / step + 1) * step;
+}
+
+// Room for `count` more bytes and a free one behind them.
+bool make_room(byte_stack &stack, size_t count) {
+  const int64_t size = stack.base != nullptr ? stack.size : 0;
+  const int64_t in_use = used(stack);
+  const int64_t wanted = in_use + static_cast<int64_t>(std::min<size_t>(count, INT32_MAX));
+  if (wanted < size) return true;
+  return memory::guarded(false, [&] {
+    const int64_t grown = grown_size(size, stack.increment, wanted);
+    stack.base = static_cast<char *>(memory::reallocate(stack.base, growth::request(grown)));
+    stack.top = stack.base + in_use;
+    stack.size = static_cast<int32_t>(grown);
+    return true;
+  });
+}
+
+// Out of line, so that a push that finds room is nothing but tests, a store and an increment.
+[[gnu::noinline]] void push_growing(byte_stack &stack, char byte) {
+  if (make_room(stack, 1)) *stack.top++ = byte;
+}
+
+}  // namespace
+
+bool append(int32_t n, std::string_view bytes) {
+  byte_stack *const stack = find_stack(n);
+  if (stack == nullptr) return false;
+  const auto offset =
+      reinterpret_cast<uintptr_t>(bytes.data()) - reinterpret_cast<uintptr_t>(stack->base);
+  const bool own = stack->base != nullptr && offset < static_cast<uintptr_t>(stack->size);
+  if (!make_room(*stack, bytes.size())) return false;
+  std::memmove(stack->top, own ? stack->base + offset : bytes.data(), bytes.size());
+  stack->top += bytes.size();
+  return true;
+}
+
+void reset() { std::ranges::fill(_stack, byte_stack{}); }
+
+}  // namespace klib::byte_stacks
+
+// Exported operations
+
+using namespace klib;
+using namespace klib::byte_stacks;
+
+void s_make(int32_t n, int32_t initial_size, int32_t increment) {
+  byte_stack *const stack = find_stack(n);
+  if (stack == nullptr) return;
+  const int32_t size = std::max(initial_size, 0);
+  char *const base = static_cast<char *>(Kmalloc(static_cast<uint32_t>(size)));
+  *stack = {base, base, base != nullptr ? size : 0, increment};
+}
+
+void s_push(int32_t n, int32_t c) {
+  byte_stack *const stack = find_stack(n);
+  if (stack == nullptr) return;
+  const char byte = static_cast<char>(c);
+  if (stack->base != nullptr && used(*stack) + 1 < stack->size) [[likely]]
+    *stack->top++ = byte;
+  else
+    push_growing(*stack, byte);
+}
+
+void s_fill(int32_t n, const char *string) {
+  if (append(n, string)) *_stack[n].top = '\0';
+}
+
+char *s_stack(int32_t n) {
+  byte_stack *const stack = find_stack(n);
+  if (stack == nullptr || !make_room(*stack, 0)) return nullptr;
+  *stack->top = '\0';
+  return stack->base;
+}
