@@ -1,0 +1,41 @@
+// A UTF-8 text file, line by line.
+#include "programs/line_reader.h"
+
+#include <sys/types.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "programs/program.h"
+#include "programs/utf8.h"
+
+namespace klib::programs {
+
+LineReader::LineReader(const char *name) : name_(name), stream_(fopen(name, "rbe")) {
+  if (!stream_) fail(name, 0, "cannot be read: %s", strerror(errno));
+}
+
+LineReader::~LineReader() {
+  fclose(stream_);
+  free(buffer_);
+}
+
+bool LineReader::next() {
+  errno = 0;
+  const ssize_t length = getline(&buffer_, &room_, stream_);
+  if (length < 0) {
+    if (!feof(stream_)) fail(name(), 0, "cannot be read: %s", strerror(errno));
+    return false;
+  }
+  number_++;
+  line_ = std::string_view(buffer_, static_cast<size_t>(length));
+  if (line_.ends_with('\n')) line_.remove_suffix(1);
+  if (line_.ends_with('\r')) line_.remove_suffix(1);
+  if (number_ == 1 && line_.starts_with("\xEF\xBB\xBF")) line_.remove_prefix(3);
+  if (line_.find('\0') != std::string_view::npos) fail(name(), number_, "holds a NUL byte");
+  if (find_invalid_utf8(line_) != std::string_view::npos) fail(name(), number_, "is not UTF-8");
+  return true;
+}
+
+}  // namespace klib::programs

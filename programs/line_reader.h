@@ -1,0 +1,36 @@
+// A UTF-8 text file, line by line.
+#ifndef KLIB_PROGRAMS_LINE_READER_H
+#define KLIB_PROGRAMS_LINE_READER_H
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace klib::programs {
+
+// Failures (no file, a directory, a NUL, bytes that are not UTF-8) end the job (fail()).
+class LineReader {
+ public:
+  explicit LineReader(const char *name);
+  ~LineReader();
+  LineReader(const LineReader &) = delete;
+  LineReader &operator=(const LineReader &) = delete;
+
+  // Whether there is another line; line() is then its text without line feed, carriage return
+  // before it, and byte order mark, until the next call.
+  bool next();
+  std::string_view line() const { return line_; }
+  int64_t number() const { return number_; }  // of the line, from 1
+  const char *name() const { return name_.c_str(); }
+
+ private:
+  std::string name_;
+  FILE *stream_;
+  char *buffer_ = nullptr;
+  size_t room_ = 0;
+  std::string_view line_;
+  int64_t number_ = 0;
+};
+
+}  // namespace klib::programs
+#endif

@@ -1,0 +1,68 @@
+// Output files under temporary names.
+#include "programs/output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "programs/program.h"
+
+namespace klib::programs {
+namespace {
+
+// The permissions that a new file would have: mkstemp's own are for its owner alone.
+void give_usual_permissions(int descriptor) {
+  const mode_t mask = umask(0);
+  umask(mask);
+  (void)fchmod(descriptor, 0666 & ~mask);
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const std::string &name) : name_(name) {
+  struct stat status;
+  const bool exists = stat(name.c_str(), &status) == 0;
+  if (exists && S_ISDIR(status.st_mode)) fail(name.c_str(), 0, "is a directory");
+  int descriptor;
+  if (exists && !S_ISREG(status.st_mode)) {
+    descriptor = open(name.c_str(), O_WRONLY | O_CLOEXEC);
+  } else {
+    temporary_ = name + ".XXXXXX";
+    descriptor = mkostemp(temporary_.data(), O_CLOEXEC);
+    if (descriptor >= 0) give_usual_permissions(descriptor);
+  }
+  if (descriptor >= 0) stream_ = fdopen(descriptor, "wb");
+  if (!stream_) {
+    const int error = errno;
+    if (descriptor >= 0) close(descriptor);
+    temporary_.clear();
+    fail(name.c_str(), 0, "cannot be written: %s", strerror(error));
+  }
+}
+
+OutputFile::~OutputFile() {
+  if (stream_) fclose(stream_);
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+void OutputFile::write(std::string_view text) { fwrite(text.data(), 1, text.size(), stream_); }
+
+void OutputFile::finish() {
+  const bool good = fflush(stream_) == 0 && !ferror(stream_);
+  const bool closed = fclose(stream_) == 0;
+  stream_ = nullptr;
+  if (!good || !closed) fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+}
+
+void OutputFile::publish() {
+  if (temporary_.empty()) return;
+  if (rename(temporary_.c_str(), name_.c_str()) != 0)
+    fail(name_.c_str(), 0, "cannot be replaced: %s", strerror(errno));
+  temporary_.clear();
+}
+
+}  // namespace klib::programs
