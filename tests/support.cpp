@@ -13,6 +13,7 @@
 #include "containers/byte_stacks.h"
 #include "containers/double_stack.h"
 #include "containers/string_arrays.h"
+#include "format/parser.h"
 #include "frame/abort_hook.h"
 #include "frame/logging.h"
 #include "frame/program.h"
@@ -104,6 +105,7 @@ void release_modules() {
   program::reset();
   abort_hook::reset();
   character_types::reset();
+  parser::reset();
   double_stack::reset();
   byte_stacks::reset();
   string_arrays::reset();

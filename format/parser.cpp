@@ -1,0 +1,319 @@
+// Levels of the format-code parser, and tokens: plain text and whole codes, as far as the level's
+// flags ask for them.
+//
+// A token is what the token buffer holds when it is delivered. A byte that ends a token without
+// belonging to it is taken back and read again by the next call. Up to four levels can be open; one
+// more is refused: it reads nothing but the end, and its exit closes nothing.
+//
+// The state of the counters outlives levels: an inner level that counts starts the open codes from
+// 0, nothing else is set aside for it.
+
+#include "format/parser.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "containers/bytes.h"
+#include "format/codes.h"
+#include "frame/memory.h"
+#include "frame/messages.h"
+#include "pattern/character_types.h"
+
+namespace klib::parser {
+
+constinit State state;
+
+namespace {
+
+using codes::Code;
+
+bool is_open() {
+  return state.refused_levels == 0 && parser_level >= 1 && parser_level <= deepest_level;
+}
+
+void release_stack(int32_t number) {
+  Kfree(_stack[number].base);
+  _stack[number] = {};
+}
+
+void make_stacks() {
+  s_make(slots::parser_pushback, 50, 50);
+  if (_stack[slots::parser_pushback].base == nullptr) throw memory::Exhausted{};
+  s_make(slots::parser_token, 1000, 1000);
+  if (_stack[slots::parser_token].base != nullptr) return;
+  release_stack(slots::parser_pushback);
+  throw memory::Exhausted{};
+}
+
+void set_pushback_aside(parser_frame &frame) {
+  byte_stack &pushback = _stack[slots::parser_pushback];
+  frame.saved_pushback = memory::copy(s_stack(slots::parser_pushback)).release();
+  pushback.top = pushback.base;
+}
+
+void open_level(int32_t flags) {
+  if (state.refused_levels > 0 || parser_level >= deepest_level) {
+    Kdisplay("Internal error. More than %d parser levels.\n", deepest_level);
+    ++state.refused_levels;
+    return;
+  }
+  if (parser_level == 0)
+    make_stacks();
+  else
+    set_pushback_aside(p_root[parser_level]);
+  parser_frame &frame = p_root[++parser_level];
+  state.checked_end[parser_level] = nullptr;
+  frame.flags = flags;
+  frame.counting = flags & P_COUNT;
+  frame.status = 0;
+  if (frame.counting == 0) return;
+  frame.token_line = frame.line = frame.token_column = frame.column = 1;
+  frame.token_real_line = frame.real_line = frame.token_real_column = frame.real_column = 1;
+  state.p_open_codes = 0;
+}
+
+int32_t deliver(const Input &input, int32_t kind) {
+  input.frame.token = s_stack(slots::parser_token);
+  return kind;
+}
+
+// Text that was read before the byte that has just ended it.
+int32_t deliver_text(const Input &input) {
+  p_unget(input.frame);
+  return deliver(input, P_TEXT);
+}
+
+bool is_white(int32_t byte) {
+  const uint32_t type = character_types::properties(static_cast<uint8_t>(byte));
+  return (type & character_types::white) != 0;
+}
+
+void report_premature_end() {
+  Kmessage(MESSAGE_PREMATURE_END);
+  Kabort_prog();
+}
+
+// The bytes after the opening one, through the closing one that belongs to it.
+void read_body(const Input &input, const Code &code) {
+  const uint32_t ends = code.close == '\n' ? P_LINE : code.kind;
+  const uint32_t marks = code.kind == P_CODE_LINE ? 0 : P_MARK_1D;
+  for (size_t depth = 1; depth > 0;) {
+    const int32_t byte = next_wanted(input, ends | marks);
+    if (byte < 0) return report_premature_end();
+    if (byte == code.close)
+      --depth;
+    else if (byte == code.open && code.nests)
+      ++depth;
+    else if (byte == codes::of(P_MARK_1D).open && marks != 0)
+      input.frame.status = 128;
+  }
+}
+
+// A sentence's body, whose printing bytes leave their outermost columns.
+void read_sentence(const Input &input, const Code &code) {
+  struct Tracking {
+    Tracking() { state.p_tracking = 1; }
+    ~Tracking() { state.p_tracking = 0; }
+  } tracking;
+  input.frame.min_real_column = input.frame.max_real_column = input.frame.token_real_column;
+  read_body(input, code);
+}
+
+// A line with 0x97 in it. Earlier lines in the buffer are a token of their own, and then this line
+// is read again.
+int32_t read_code_line(const Input &input, const Code &code) {
+  const std::string_view text(_stack[slots::parser_token].base, token_length());
+  const size_t newline = text.rfind('\n');
+  if (newline != text.npos) {
+    take_back(input.frame, text.size() - newline - 1);
+    return deliver(input, P_TEXT);
+  }
+  read_body(input, code);
+  // The line does not count.
+  input.frame.real_line = static_cast<int32_t>(static_cast<uint32_t>(input.frame.real_line) - 1);
+  return deliver(input, P_CODE_LINE);
+}
+
+int32_t read_code(const Input &input, const Code &code) {
+  if (code.kind == P_CODE_LINE) return read_code_line(input, code);
+  if (token_length() > 1) return deliver_text(input);
+  switch (code.kind) {
+    case P_MARK_1D:
+      break;
+    case P_ALIEN:
+      for (int i = 0; i < codes::alien_digits; ++i)
+        if (next_byte(input) < 0) report_premature_end();
+      break;
+    case P_SENTENCE:
+      read_sentence(input, code);
+      break;
+    default:
+      read_body(input, code);
+  }
+  return deliver(input, code.kind);
+}
+
+int32_t read_white(const Input &input) {
+  if (token_length() > 1) return deliver_text(input);
+  int32_t byte;
+  do byte = next_byte(input);
+  while (byte >= 0 && is_white(byte));
+  if (byte >= 0) p_unget(input.frame);
+  return deliver(input, P_WHITE);
+}
+
+// The code that a byte opens, if the level asks for it.
+const Code *code_opened_by(int32_t byte, int32_t flags) {
+  const uint8_t opens = codes::roles[static_cast<size_t>(byte)].opens;
+  if (opens == 0 || (codes::table[opens - 1].kind & flags) == 0) return nullptr;
+  return &codes::table[opens - 1];
+}
+
+void begin_token(parser_frame &frame) {
+  frame.token = nullptr;
+  byte_stack &tokens = _stack[slots::parser_token];
+  tokens.top = tokens.base;
+}
+
+int32_t read_token(const Input &input) {
+  constexpr int32_t all_kinds = 2 * P_LINE - 1;
+  parser_frame &frame = input.frame;
+  begin_token(frame);
+  frame.status = 0;
+  frame.token_line = frame.line;
+  frame.token_real_line = frame.real_line;
+  frame.token_column = frame.column;
+  frame.token_real_column = frame.real_column;
+  const int32_t flags = frame.flags & all_kinds;
+  int32_t byte = next_byte(input);
+  if (byte < 0) return P_END;
+  for (;;) {
+    if ((flags & P_WHITE) != 0 && is_white(byte)) return read_white(input);
+    if (const Code *code = code_opened_by(byte, flags)) return read_code(input, *code);
+    if ((flags & P_LINE) != 0 && byte == '\n') return deliver(input, P_LINE);
+    byte = next_wanted(input, static_cast<uint32_t>(flags));
+    if (byte < 0) return deliver_text(input);
+  }
+}
+
+// Until the real position is reached; the position moves by more than a column, and codes open and
+// close, only at bytes with a role.
+int32_t read_to_position(const Input &input, int32_t line, int32_t column) {
+  const parser_frame &frame = input.frame;
+  int32_t byte = 0;
+  while (byte >= 0 && frame.real_line < line) byte = next_wanted(input, P_COUNT);
+  while (byte >= 0 && (frame.real_column < column || state.p_open_codes != 0))
+    byte = next_byte(input);
+  return deliver(input, byte >= 0 ? 0 : -1);
+}
+
+void close_level() {
+  if (parser_level-- == 1) {
+    release_stack(slots::parser_token);
+    release_stack(slots::parser_pushback);
+    return;
+  }
+  parser_frame &outer = p_root[parser_level];
+  byte_stack &pushback = _stack[slots::parser_pushback];
+  pushback.top = pushback.base;
+  if (outer.saved_pushback != nullptr) s_fill(slots::parser_pushback, outer.saved_pushback);
+  Kfree(outer.saved_pushback);
+  outer.saved_pushback = nullptr;
+}
+
+}  // namespace
+
+Level::Level(int32_t flags, const char *text) {
+  open_level(flags);
+  parse_from_string(text);
+}
+
+int32_t Level::next() { return is_open() ? read_token({p_root[parser_level], nullptr}) : P_END; }
+
+void reset() {
+  while (parser_level > 0) close_level();
+  std::ranges::fill(p_root, parser_frame{});
+  state = State{};
+}
+
+}  // namespace klib::parser
+
+// Exported data and operations
+
+using namespace klib;
+using namespace klib::parser;
+
+constinit parser_frame p_root[deepest_level + 1] = {};
+constinit int32_t parser_level = 0;
+
+void init_parser(int32_t flags) {
+  try {
+    open_level(flags);
+  } catch (const memory::Exhausted &) {
+    ++state.refused_levels;
+  }
+}
+
+void parse_from_string(const char *text) {
+  if (!is_open()) return;
+  p_root[parser_level].string_pos = text;
+  state.checked_end[parser_level] = text;
+}
+
+int32_t parse(FILE *stream) {
+  if (!is_open()) return P_END;
+  return memory::guarded<int32_t>(P_END, [&] {
+    return read_token({p_root[parser_level], stream});
+  });
+}
+
+int32_t parse_to(FILE *stream, int32_t line, int32_t column) {
+  if (!is_open()) return -1;
+  begin_token(p_root[parser_level]);
+  return memory::guarded<int32_t>(-1, [&] {
+    return read_to_position({p_root[parser_level], stream}, line, column);
+  });
+}
+
+int32_t p_getchar(FILE *stream) {
+  if (!is_open()) return -1;
+  return memory::guarded<int32_t>(-1, [&] {
+    const int32_t byte = next_byte({p_root[parser_level], stream});
+    s_stack(slots::parser_token);  // the token ends after the new byte
+    return byte;
+  });
+}
+
+void exit_parser() {
+  if (state.refused_levels > 0)
+    --state.refused_levels;
+  else if (is_open())
+    close_level();
+  else
+    Kdisplay("Internal error. No parser level to close.\n");
+}
+
+char *body(char *token) {
+  const size_t length = std::strlen(token);
+  if (length == 0) return token;
+  token[length - 1] = '\0';
+  return token + 1;
+}
+
+int32_t real_string_length(const char *text) {
+  return memory::guarded<int32_t>(0, [&] {
+    Level level(P_COUNT, text);
+    level.next();
+    return is_open() ? p_root[parser_level].real_column - 1 : 0;
+  });
+}
+
+int32_t Kparse_alien(const char *token) {
+  int32_t value = 0;
+  for (int i = 1; i <= codes::alien_digits && token[i - 1] != '\0' && token[i] != '\0'; ++i) {
+    const int32_t byte = u8(token[i]);
+    value = value * 16 + (byte > '9' ? byte - ('A' - 10) : byte - '0');
+  }
+  return value;
+}
