@@ -96,7 +96,7 @@ void report_premature_end() {
 
 // The bytes after the opening one, through the closing one that belongs to it.
 void read_body(const Input &input, const Code &code) {
-  const uint32_t ends = code.close == '\n' ? P_LINE : code.kind;
+  const auto ends = static_cast<uint32_t>(code.close == '\n' ? P_LINE : code.kind);
   const uint32_t marks = code.kind == P_CODE_LINE ? 0 : P_MARK_1D;
   for (size_t depth = 1; depth > 0;) {
     const int32_t byte = next_wanted(input, ends | marks);
