@@ -161,6 +161,10 @@ BracketExpression bracket_expression(uint32_t mask, bool negated) {
 
 }  // namespace
 
+bool is_built_in(const uint32_t *table) {
+  return table == western.data() || table == russian.data() || table == greek.data();
+}
+
 void reset() {
   c_t = western.data();
   c_t_len = 0;

@@ -33,6 +33,9 @@ enum Type : uint32_t {
 // variable first: a store through a char pointer makes the compiler load it again.
 [[nodiscard]] inline uint32_t properties(uint8_t byte) { return c_t[byte]; }
 
+// One of the library's own tables, whose words never change; programs may install others.
+[[nodiscard]] bool is_built_in(const uint32_t *table);
+
 void reset();
 
 }  // namespace klib::character_types

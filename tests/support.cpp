@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "containers/byte_stacks.h"
+#include "containers/case_mapping.h"
 #include "containers/double_stack.h"
 #include "containers/string_arrays.h"
 #include "format/parser.h"
@@ -106,6 +107,7 @@ void release_modules() {
   abort_hook::reset();
   character_types::reset();
   parser::reset();
+  case_mapping::reset();
   double_stack::reset();
   byte_stacks::reset();
   string_arrays::reset();
