@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "containers/growth.h"
+#include "containers/slots.h"
 #include "frame/memory.h"
 
 namespace klib::string_arrays {
@@ -66,6 +67,7 @@ std::string_view element(const Slot &slot, int64_t index) {
 }  // namespace
 
 void reset() {
+  state.slots[slots::font_scratch].base = nullptr;  // a list that was handed out
   for (const Slot &slot : state.slots) Kfree(slot.base);
   state = State{};
 }

@@ -14,6 +14,7 @@
 #include "containers/case_mapping.h"
 #include "containers/double_stack.h"
 #include "containers/string_arrays.h"
+#include "format/fonts.h"
 #include "format/parser.h"
 #include "frame/abort_hook.h"
 #include "frame/logging.h"
@@ -101,6 +102,7 @@ std::string take(char *text) {
 }
 
 void release_modules() {
+  fonts::reset();  // before the arrays in which its tables live
   logging::reset();
   parameters::reset();
   program::reset();

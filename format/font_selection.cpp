@@ -1,0 +1,127 @@
+// The fonts in force: selecting one, asking for one, and listing those of a text.
+//
+// A name is the body of a font code {98}name{99}. It has one of four meanings, in this order:
+// 1. while "SINGLE-FONT-GROUP" is set, every name is the single font;
+// 2. a name with the byte {FF} selects in the named group before the first {FF}: there the whole
+//    text is the selection;
+// 3. the name of a font packet selects what the packet names;
+// 4. any other name is a font of a font group, whose other fonts it replaces.
+//
+// Tested by fonts_test.cpp.
+
+#include <algorithm>
+#include <cstring>
+
+#include "containers/slots.h"
+#include "format/fonts.h"
+#include "frame/messages.h"
+#include "parameters/parameters.h"
+
+namespace klib::fonts {
+
+namespace {
+
+bool single_font_group() { return parameters::number(parameters::Number::single_font_group) != 0; }
+
+// The named group before the separator, or group 0 in its place, with a report; none when there is
+// no named group at all. The text itself stays as it is, so that messages can show all of it.
+int32_t named_group_of(const char *name, const char *group_end, bool selecting) {
+  const std::string_view group(name, static_cast<size_t>(group_end - name));
+  const Name *found = find(state.named_groups, group);
+  if (found != nullptr) return found->group;
+  const memory::Text group_name = memory::copy(group);
+  if (selecting)
+    Kmessage(MESSAGE_UNDEFINED_GROUP_FOR_FONT, group_name.get(), name);
+  else
+    Kmessage(MESSAGE_UNDEFINED_GROUP, group_name.get());
+  if (state.named_group_count == 0) {
+    Kabort_prog();
+    return none;
+  }
+  Kmessage(MESSAGE_USING_GROUP_INSTEAD, state.named_group_names[0]);
+  return 0;
+}
+
+void select_named_font(const char *name, const char *group_end) {
+  const int32_t group = named_group_of(name, group_end, true);
+  if (group == none) return;
+  change_named_font(group, memory::copy(name).release());
+  if (state.save_active) insert(state.named_touched, group);
+}
+
+bool is_named_font_selected(const char *name, const char *group_end) {
+  const int32_t group = named_group_of(name, group_end, false);
+  if (group == none) return false;
+  const char *selection = state.named_group_fonts[group];
+  return selection != nullptr && std::strcmp(selection, name) == 0;
+}
+
+}  // namespace
+
+void select_font(const Name *found, const char *name) {
+  if (found != nullptr && found->group != none)
+    change_selected_font(found->group, found->number);
+  else
+    Kmessage(MESSAGE_UNDEFINED_FONT, name);
+}
+
+bool is_font_selected(const Name *found, const char *name) {
+  if (found != nullptr && found->group != none)
+    return state.selected_font[found->group] == found->number;
+  Kmessage(MESSAGE_UNDEFINED_FONT, name);
+  return state.font_group_count != 0 && state.selected_font[0] == 0;
+}
+
+memory::Array<char *> make_list(size_t count) {
+  constexpr int32_t step = 20;
+  const size_t room = (count / step + 1) * step;  // the closing null included
+  const auto elements = static_cast<int32_t>(std::min<size_t>(room, INT32_MAX));
+  memory::Array<char *> list(checked(a_make(slots::font_scratch, elements, step)));
+  list[count] = nullptr;
+  return list;
+}
+
+}  // namespace klib::fonts
+
+// Exported operations
+
+using namespace klib;
+using namespace klib::fonts;
+
+void Kselect_font(char *name) {
+  state.packet_selected = false;
+  memory::guarded([&] {
+    // The name may be the very text that the selection lets go.
+    if (single_font_group()) return replace_single_font(memory::copy(name).release());
+    if (const char *end = std::strchr(name, separator)) return select_named_font(name, end);
+    const Name *found = find(state.names, name);
+    if (found == nullptr || found->packet == none) return select_font(found, name);
+    select_packet(found->packet);
+  });
+}
+
+int32_t Kis_font_selected(char *name) {
+  return memory::guarded<int32_t>(0, [&] {
+    if (single_font_group()) return single_font != nullptr && std::strcmp(single_font, name) == 0;
+    if (const char *end = std::strchr(name, separator)) return is_named_font_selected(name, end);
+    const Name *found = find(state.names, name);
+    if (found == nullptr || found->packet == none) return is_font_selected(found, name);
+    return is_packet_selected(found->packet);
+  });
+}
+
+char **Kfonts_in_string(const char *text) {
+  return memory::guarded<char **>(nullptr, [&] {
+    memory::Vector<memory::Text> fonts;
+    init_parser(P_FONT);
+    struct Level {
+      ~Level() { exit_parser(); }
+    } level;
+    parse_from_string(text);
+    for (int32_t kind = parse(nullptr); kind != P_END; kind = parse(nullptr))
+      if (kind == P_FONT) fonts.push_back(memory::copy(body(p_root[parser_level].token)));
+    memory::Array<char *> list = make_list(fonts.size());
+    for (size_t i = 0; i < fonts.size(); i++) list[i] = fonts[i].release();
+    return list.release();
+  });
+}

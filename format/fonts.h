@@ -1,0 +1,117 @@
+// What the files of the font code share: the tables, the selection and the save, and the steps by
+// which they change.
+//
+//     font_definitions.cpp   the tables, built from the values of "FONT", "FONTGROUPS" and
+//                            "FONT-PACKET"; lookups by name
+//     font_selection.cpp     selecting a font and asking whether it is in force
+//     font_packets.cpp       the same for packets, which may name packets
+//     font_save.cpp          saving the selection, putting it back, listing what changed
+//
+// For the transfer of codes: append_changes is Kfont_changes_since_save without a list to release.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "format/group_tables.h"
+#include "format/name_index.h"
+#include "frame/memory.h"
+
+namespace klib::fonts {
+
+// Between the fields of a value, and between the name of a named group and that of its font.
+inline constexpr char separator = '\xFF';
+
+// A packet's place in a walk through packets. Every packet is gone through at most once at a time,
+// so that the walk needs no stack besides these.
+struct PacketWalk {
+  int32_t elements;  // of the packet, its name included; set when it is defined
+  int32_t next;      // the element to look at next
+  int32_t parent;    // the packet that named this one, or none
+  bool open;         // being gone through
+  uint64_t walk;     // number of the walk that last opened it
+};
+
+struct State {
+  // The tables, in the array slots that containers/slots.h names; null before the first
+  // P_init_fonts and after P_cleanup_fonts.
+  char ***font_groups = nullptr;       // per font group its owned names, null-terminated
+  int32_t *selected_font = nullptr;    // per font group the number of its selected font
+  char **named_group_names = nullptr;  // owned
+  char **named_group_fonts = nullptr;  // per named group its selection, owned, or null
+  char ***font_packets = nullptr;      // per packet the fields of one owned text
+  int32_t font_group_count = 0;
+  int32_t named_group_count = 0;
+  int32_t font_packet_count = 0;
+  NameIndex names;         // of fonts and packets, the first definition of each
+  NameIndex named_groups;  // likewise
+
+  // The selection, as far as it is not in the tables.
+  int32_t current_packet = none;  // selected last
+  bool packet_selected = false;  // the last selection was a packet, or a font group was added since
+  GroupSet named_in_use;         // the named groups that have a selection, perhaps more
+  PacketWalk *packet_walks = nullptr;  // per packet
+  uint64_t walk = 0;                   // number of the latest walk through packets
+  GroupSet settled;                    // font groups that a walk backwards has dealt with
+
+  // The save. What it saves of a group is put aside when the group first changes after it.
+  bool save_active = false;
+  int32_t saved_packet = none;
+  bool saved_packet_selected = false;
+  bool packet_changed = false;             // a packet was selected since
+  int32_t *saved_selected_font = nullptr;  // per font group, valid in `group_touched`
+  char **saved_named_fonts = nullptr;      // per named group, owned or null, valid in `named_saved`
+  GroupSet group_touched;                  // font groups selected from since
+  GroupSet named_touched;                  // named groups selected since
+  GroupSet named_saved;                    // named groups selected or reset since
+
+  // The texts of the two latest lists of Kfont_changes, the older one first; owned.
+  char *listed_texts[2] = {nullptr, nullptr};
+};
+extern State state;
+
+// A null-terminated list with its texts.
+struct ReleaseTexts {
+  void operator()(char **texts) const noexcept {
+    for (char **text = texts; *text != nullptr; text++) Kfree(*text);
+    Kfree(texts);
+  }
+};
+using Texts = std::unique_ptr<char *[], ReleaseTexts>;
+
+// font_definitions.cpp. The text is owned, or null; the old one is released unless it is static.
+void replace_single_font(char *text);
+
+// font_packets.cpp
+void select_packet(int32_t packet);
+[[nodiscard]] bool is_packet_selected(int32_t packet);
+
+// font_selection.cpp. `found` is what the index holds for the name, null when that is nothing.
+void select_font(const Name *found, const char *name);
+[[nodiscard]] bool is_font_selected(const Name *found, const char *name);
+
+// font_save.cpp. Every change of a selection goes through one of these two, so that a save in
+// force puts aside what it saves.
+void change_selected_font(int32_t group, int32_t number);
+void change_named_font(int32_t group, char *text);  // an owned text, or null
+
+// Ends the save, if there is one, and leaves the selection as it is.
+void drop_save();
+
+// Adds to `texts` what Kfont_changes_since_save would list. Nothing is allocated but room in
+// `texts`; the texts stay as long as those of the list. May throw memory::Exhausted.
+void append_changes(bool all, bool old, bool skip_default, memory::Vector<const char *> &texts);
+
+// A null-terminated list of that many texts, still to be filled, in the scratch slot. It belongs to
+// whom it is handed out to. Throws memory::Exhausted.
+[[nodiscard]] memory::Array<char *> make_list(size_t count);
+
+// What an operation on arrays has returned, null being exhausted memory, reported already.
+inline char **checked(char **array) {
+  if (array == nullptr) throw memory::Exhausted{};
+  return array;
+}
+
+void reset();
+
+}  // namespace klib::fonts
