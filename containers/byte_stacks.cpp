@@ -2,9 +2,8 @@
 // released by their owners through the exported records.
 //
 // After every operation at least one byte is free, so that the contents can always be terminated.
-// A stack whose last byte but one is taken therefore grows before the next byte is stored: the
-// sizes are those of growing when the buffer is full, and a growth that fails leaves the stack as
-// it was.
+// A push that would fill the buffer therefore enlarges it first; a growth that fails leaves the
+// stack as it was, and the byte is lost.
 
 #include "containers/byte_stacks.h"
 
@@ -29,18 +28,7 @@ byte_stack *find_stack(int32_t n) {
   return n >= 0 && n < static_cast<int32_t>(std::size(_stack)) ? &_stack[n] : nullptr;
 }
 
-int64_t used(const byte_stack &stack) { return stack.top - stack.base; }
-
-// The size after the steps that it takes to exceed `wanted` bytes. A step that does not enlarge
-// the stack is a step of one byte.
-int64_t grown_size(int64_t size, int32_t increment, int64_t wanted) {
-  if (increment < -100) {
-    while (size <= wanted) size = std::max(growth::step(size, increment), size + 1);
-    return size;
-  }
-  const int64_t step = std::max(increment, 1);
-  return size + ((wanted - size) / step + 1) * step;
-}
+int64_t used(const byte_stack &stack) { return stack.base != nullptr ? stack.top - stack.base : 0; }
 
 // Room for `count` more bytes and a free one behind them.
 bool make_room(byte_stack &stack, size_t count) {
@@ -49,7 +37,7 @@ bool make_room(byte_stack &stack, size_t count) {
   const int64_t wanted = in_use + static_cast<int64_t>(std::min<size_t>(count, INT32_MAX));
   if (wanted < size) return true;
   return memory::guarded(false, [&] {
-    const int64_t grown = grown_size(size, stack.increment, wanted);
+    const int64_t grown = growth::size_above(wanted, size, stack.increment);
     stack.base = static_cast<char *>(memory::reallocate(stack.base, growth::request(grown)));
     stack.top = stack.base + in_use;
     stack.size = static_cast<int32_t>(grown);
@@ -63,18 +51,6 @@ bool make_room(byte_stack &stack, size_t count) {
 }
 
 }  // namespace
-
-bool append(int32_t n, std::string_view bytes) {
-  byte_stack *const stack = find_stack(n);
-  if (stack == nullptr) return false;
-  const auto offset =
-      reinterpret_cast<uintptr_t>(bytes.data()) - reinterpret_cast<uintptr_t>(stack->base);
-  const bool own = stack->base != nullptr && offset < static_cast<uintptr_t>(stack->size);
-  if (!make_room(*stack, bytes.size())) return false;
-  std::memmove(stack->top, own ? stack->base + offset : bytes.data(), bytes.size());
-  stack->top += bytes.size();
-  return true;
-}
 
 void reset() { std::ranges::fill(_stack, byte_stack{}); }
 
@@ -97,14 +73,24 @@ void s_push(int32_t n, int32_t c) {
   byte_stack *const stack = find_stack(n);
   if (stack == nullptr) return;
   const char byte = static_cast<char>(c);
-  if (stack->base != nullptr && used(*stack) + 1 < stack->size) [[likely]]
+  if (stack->base != nullptr && stack->top - stack->base + 1 < stack->size) [[likely]]
     *stack->top++ = byte;
   else
     push_growing(*stack, byte);
 }
 
 void s_fill(int32_t n, const char *string) {
-  if (append(n, string)) *_stack[n].top = '\0';
+  byte_stack *const stack = find_stack(n);
+  if (stack == nullptr) return;
+  // The text may lie in the stack, which moves when it grows.
+  const auto offset =
+      reinterpret_cast<uintptr_t>(string) - reinterpret_cast<uintptr_t>(stack->base);
+  const bool own = stack->base != nullptr && offset < static_cast<uintptr_t>(stack->size);
+  const size_t length = std::strlen(string);
+  if (!make_room(*stack, length)) return;
+  std::memmove(stack->top, own ? stack->base + offset : string, length);
+  stack->top += length;
+  *stack->top = '\0';
 }
 
 char *s_stack(int32_t n) {

@@ -1,6 +1,7 @@
 // How the numbered containers grow: by a fixed step, or to a percentage of the old size.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -10,6 +11,17 @@ namespace klib::growth {
 // `size`.
 [[nodiscard]] constexpr int64_t step(int64_t size, int64_t increment) {
   return increment >= 0 ? size + increment : size * -increment / 100;
+}
+
+// The first size above `used` that the steps reach. A step that does not enlarge is one of 1.
+[[nodiscard]] constexpr int64_t size_above(int64_t used, int64_t size, int64_t increment) {
+  if (size > used) return size;
+  if (increment >= -100) {
+    const int64_t fixed = std::max<int64_t>(increment, 1);
+    return size + ((used - size) / fixed + 1) * fixed;
+  }
+  while (size <= used) size = std::max(step(size, increment), size + 1);
+  return size;
 }
 
 // A size in bytes as the memory operations take it. Containers stay below 2 GiB: any larger size
