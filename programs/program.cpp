@@ -13,7 +13,6 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
-#include <string>
 
 #include "programs/arguments.h"
 
@@ -121,6 +120,12 @@ void fail(const char *file, int64_t line, const char *format, ...) {
   print(file, line, format, arguments);
   va_end(arguments);
   throw Failed{};
+}
+
+std::string with_type(const char *name, const char *type) {
+  const Text text(Knew_type(name, type, 0), Kfree);
+  if (!text) fail(name, 0, "the name must end in a dot and a three-character type");
+  return text.get();
 }
 
 void show_progress(int64_t sentences) {

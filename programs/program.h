@@ -3,6 +3,8 @@
 #ifndef KLIB_PROGRAMS_PROGRAM_H
 #define KLIB_PROGRAMS_PROGRAM_H
 #include <cstdint>
+#include <memory>
+#include <string>
 
 #include "klib.h"
 
@@ -36,6 +38,12 @@ void run_job(const char *file, void (*work)(char **names), char **names);
 void note(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3, 4);
 void report(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3, 4);
 [[noreturn]] void fail(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3, 4);
+
+// A text that the library has handed out.
+using Text = std::unique_ptr<char, void (*)(void *)>;
+
+// The name with another three-character type in the place of its own; fail() when it has none.
+std::string with_type(const char *name, const char *type);
 
 // Shows on a terminal's standard error how far the job is; call it as often as you like.
 void show_progress(int64_t sentences);
