@@ -14,8 +14,10 @@
 #include "containers/case_mapping.h"
 #include "containers/double_stack.h"
 #include "containers/string_arrays.h"
+#include "format/counters.h"
 #include "format/fonts.h"
 #include "format/parser.h"
+#include "format/sentence_output.h"
 #include "frame/abort_hook.h"
 #include "frame/logging.h"
 #include "frame/program.h"
@@ -113,6 +115,8 @@ void release_modules() {
   double_stack::reset();
   byte_stacks::reset();
   string_arrays::reset();
+  counters::reset();
+  sentence_output::reset();
 }
 
 void reset_all() {

@@ -1,0 +1,8 @@
+// The counters inside the library.
+#pragma once
+
+namespace klib::counters {
+
+void reset();
+
+}  // namespace klib::counters
