@@ -24,6 +24,7 @@
 #include "parameters/parameters.h"
 #include "pattern/character_types.h"
 #include "platform/platform.h"
+#include "transfer/anchors.h"
 
 namespace klib::test {
 
@@ -117,6 +118,7 @@ void release_modules() {
   string_arrays::reset();
   counters::reset();
   sentence_output::reset();
+  anchors::reset();
 }
 
 void reset_all() {

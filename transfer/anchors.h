@@ -1,0 +1,8 @@
+// Anchors inside the library.
+#pragma once
+
+namespace klib::anchors {
+
+void reset();
+
+}  // namespace klib::anchors
