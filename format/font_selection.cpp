@@ -72,6 +72,24 @@ bool is_font_selected(const Name *found, const char *name) {
   return state.font_group_count != 0 && state.selected_font[0] == 0;
 }
 
+void select(const char *name) {
+  state.packet_selected = false;
+  // The name may be the very text that the selection lets go.
+  if (single_font_group()) return replace_single_font(memory::copy(name).release());
+  if (const char *end = std::strchr(name, separator)) return select_named_font(name, end);
+  const Name *found = find(state.names, name);
+  if (found == nullptr || found->packet == none) return select_font(found, name);
+  select_packet(found->packet);
+}
+
+bool is_selected(const char *name) {
+  if (single_font_group()) return single_font != nullptr && std::strcmp(single_font, name) == 0;
+  if (const char *end = std::strchr(name, separator)) return is_named_font_selected(name, end);
+  const Name *found = find(state.names, name);
+  if (found == nullptr || found->packet == none) return is_font_selected(found, name);
+  return is_packet_selected(found->packet);
+}
+
 memory::Array<char *> make_list(size_t count) {
   constexpr int32_t step = 20;
   const size_t room = (count / step + 1) * step;  // the closing null included
@@ -89,25 +107,11 @@ using namespace klib;
 using namespace klib::fonts;
 
 void Kselect_font(char *name) {
-  state.packet_selected = false;
-  memory::guarded([&] {
-    // The name may be the very text that the selection lets go.
-    if (single_font_group()) return replace_single_font(memory::copy(name).release());
-    if (const char *end = std::strchr(name, separator)) return select_named_font(name, end);
-    const Name *found = find(state.names, name);
-    if (found == nullptr || found->packet == none) return select_font(found, name);
-    select_packet(found->packet);
-  });
+  memory::guarded([&] { fonts::select(name); });
 }
 
 int32_t Kis_font_selected(char *name) {
-  return memory::guarded<int32_t>(0, [&] {
-    if (single_font_group()) return single_font != nullptr && std::strcmp(single_font, name) == 0;
-    if (const char *end = std::strchr(name, separator)) return is_named_font_selected(name, end);
-    const Name *found = find(state.names, name);
-    if (found == nullptr || found->packet == none) return is_font_selected(found, name);
-    return is_packet_selected(found->packet);
-  });
+  return memory::guarded<int32_t>(0, [&] { return fonts::is_selected(name); });
 }
 
 char **Kfonts_in_string(const char *text) {

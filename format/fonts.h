@@ -7,7 +7,8 @@
 //     font_packets.cpp       the same for packets, which may name packets
 //     font_save.cpp          saving the selection, putting it back, listing what changed
 //
-// For the transfer of codes: append_changes is Kfont_changes_since_save without a list to release.
+// For the transfer of codes: append_changes is Kfont_changes_since_save without a list to release,
+// select and is_selected are Kselect_font and Kis_font_selected that throw.
 #pragma once
 
 #include <cstdint>
@@ -89,6 +90,10 @@ void select_packet(int32_t packet);
 // font_selection.cpp. `found` is what the index holds for the name, null when that is nothing.
 void select_font(const Name *found, const char *name);
 [[nodiscard]] bool is_font_selected(const Name *found, const char *name);
+// Kselect_font and Kis_font_selected for callers that must not go on without memory: they throw
+// memory::Exhausted.
+void select(const char *name);
+[[nodiscard]] bool is_selected(const char *name);
 
 // font_save.cpp. Every change of a selection goes through one of these two, so that a save in
 // force puts aside what it saves.
