@@ -1,0 +1,200 @@
+// The transfer of format codes: CopyFontsString takes a source sentence with its codes, a
+// translation of plain words and a word alignment between them, and writes every code into the
+// translation.
+//
+// The source is read into words, and its font codes are selected one after the other, to note which
+// fonts are in force when each word begins. Every code is given its place in the translation. Then
+// the translation is written from left to right: each word begins with the fonts in force at its
+// first source word, its codes follow, and a font code is left out where its font is selected
+// already. The words come out with one blank between them.
+
+#include "transfer/transfer.h"
+
+#include "format/codes.h"
+#include "format/fonts.h"
+
+namespace klib::transfer {
+
+namespace {
+
+// While one lives, selections mark the font groups that they touch.
+struct FontSave {
+  FontSave() { Ksave_font_state(); }
+  ~FontSave() { Kcleanup_font_save(); }
+  FontSave(const FontSave &) = delete;
+};
+
+// The lists of fonts in force at the words of the source. Words between two font codes share one.
+struct font_lists {
+  struct font {
+    size_t name, length;  // in `names`
+  };
+  memory::Vector<font> fonts;
+  memory::Vector<size_t> ends;  // of each list in `fonts`; list 0 is empty
+  memory::Text names;           // each ends with a NUL
+};
+
+// The translation as it is written.
+struct Assembly {
+  const source_table &source;
+  const target_table &targets;
+  const memory::Vector<placed_code> &placed;
+  const font_lists &lists;
+  memory::Buffer text;
+  size_t copied = 0;     // the translation up to here is in `text`
+  size_t next_code = 0;  // in `placed`
+};
+
+// Notes the fonts that are not those of the save, the first fonts of their groups left out.
+void add_font_list(font_lists &lists, memory::Buffer &names,
+                   memory::Vector<const char *> &changes) {
+  changes.clear();
+  fonts::append_changes(false, false, true, changes);
+  for (const std::string_view name : changes) {
+    lists.fonts.push_back({names.size(), name.size()});
+    names.append(name);
+    names.append('\0');
+  }
+  lists.ends.push_back(lists.fonts.size());
+}
+
+// Selects the fonts of the source's codes and notes the fonts in force at each word: those of the
+// codes of the words before it.
+font_lists note_font_states(source_table &source) {
+  font_lists lists;
+  memory::Buffer names;
+  memory::Vector<const char *> changes;
+  lists.ends.push_back(0);
+  const FontSave save;
+  reset_named_font_groups();
+  bool changed = false;
+  for (size_t w = 0; w < source.words.size(); w++) {
+    if (changed) add_font_list(lists, names, changes);
+    changed = false;
+    source.words[w].font_state = static_cast<uint32_t>(lists.ends.size() - 1);
+    for (const word_code &code : source.codes_of(w)) {
+      if (code.kind != P_FONT) continue;
+      fonts::select(source.body(code));
+      changed = true;
+    }
+  }
+  lists.names.reset(names.detach());
+  return lists;
+}
+
+void copy_up_to(Assembly &assembly, size_t end) {
+  assembly.text.append(assembly.targets.text.substr(assembly.copied, end - assembly.copied));
+  assembly.copied = end;
+}
+
+void write_code(Assembly &assembly, int32_t kind, const char *body, size_t length, size_t offset) {
+  constexpr codes::Code font = codes::of(P_FONT), anchor = codes::of(P_ANCHOR);
+  if (kind == P_FONT) {
+    if (fonts::is_selected(body)) return;
+    fonts::select(body);
+  }
+  copy_up_to(assembly, offset);
+  assembly.text.append(static_cast<char>(kind == P_FONT ? font.open : anchor.open));
+  assembly.text.append({body, length});
+  assembly.text.append(static_cast<char>(kind == P_FONT ? font.close : anchor.close));
+}
+
+// The fonts in force at the first source word that the target word names.
+void prefix_font_states(Assembly &assembly, const target_word &target) {
+  const int32_t *number = target.alignment;
+  while (*number == unaligned) number++;
+  if (*number == -1) return;
+  const auto &lists = assembly.lists;
+  const uint32_t list = assembly.source.words[static_cast<size_t>(*number)].font_state;
+  if (list == 0) return;
+  for (size_t i = lists.ends[list - 1]; i < lists.ends[list]; i++)
+    write_code(assembly, P_FONT, lists.names.get() + lists.fonts[i].name, lists.fonts[i].length,
+               target.start);
+}
+
+void assemble_target_word(Assembly &assembly, const target_word &target) {
+  prefix_font_states(assembly, target);
+  for (; assembly.next_code < assembly.placed.size(); assembly.next_code++) {
+    const placed_code &placed = assembly.placed[assembly.next_code];
+    if (placed.offset > target.end()) return;
+    const word_code &code = assembly.source.codes[placed.code];
+    write_code(assembly, code.kind, assembly.source.body(code), code.length, placed.offset);
+  }
+}
+
+// Words that stand one blank apart are copied together, as long as no code comes between them.
+memory::Text assemble_translation(Assembly &assembly) {
+  size_t gap = assembly.targets.words.front().start;  // where the last word ended
+  assembly.copied = gap;
+  for (const target_word &target : assembly.targets.words) {
+    if (target.start - gap > 1 || (target.start != gap && assembly.targets.text[gap] != ' ')) {
+      copy_up_to(assembly, gap);
+      assembly.text.append(' ');
+      assembly.copied = target.start;
+    }
+    assemble_target_word(assembly, target);
+    gap = target.end();
+  }
+  copy_up_to(assembly, gap);
+  return memory::Text(assembly.text.detach());
+}
+
+// Offsets have 32 bits: a text of 2 GiB or more counts as more than the memory can hold.
+std::string_view measured(const char *text) {
+  const std::string_view view(text);
+  if (view.size() > INT32_MAX) static_cast<void>(memory::allocate(SIZE_MAX));
+  return view;
+}
+
+enum class Alignment { given, missing, default_requested };
+
+Alignment alignment_kind(int32_t *const *alignment) {
+  if (alignment == nullptr || alignment[0] == nullptr) return Alignment::missing;
+  const bool requested = alignment[0][0] == default_request && alignment[0][1] == -1;
+  return requested ? Alignment::default_requested : Alignment::given;
+}
+
+char *copy_fonts(std::string_view source_text, std::string_view target_text, int32_t **alignment) {
+  source_table source = read_source_words(source_text);
+  if (source.codes.empty()) return memory::copy(target_text).release();
+  const font_lists lists = note_font_states(source);
+  target_table targets = read_target_words(target_text);
+  const auto without_transfer = [&](std::string_view translation) {
+    return memory::copy(source.has_anchors ? source_text : translation).release();
+  };
+  if (targets.words.empty()) return without_transfer("");
+
+  const Alignment kind = alignment_kind(alignment);
+  default_lists made;
+  if (kind != Alignment::given) {
+    made = make_default_alignment(targets, source.words.size());
+  } else {
+    if (check_alignment(alignment, targets.words.size(), source.words.size()) != 0)
+      return without_transfer(target_text);
+    for (size_t k = 0; k < targets.words.size(); k++) targets.words[k].alignment = alignment[k];
+  }
+  const auto placed = distribute_codes(source, targets);
+
+  // What is selected from here on is not compared with anything, so there is no save.
+  reset_named_font_groups();
+  Assembly assembly{source, targets, placed, lists, {}};
+  assembly.text.reserve(source_text.size() + target_text.size());
+  memory::Text result = assemble_translation(assembly);
+  if (kind == Alignment::default_requested) {
+    for (size_t k = 0; k < made.size(); k++) alignment[k] = made[k].release();
+    alignment[made.size()] = nullptr;
+  }
+  return result.release();
+}
+
+}  // namespace
+
+}  // namespace klib::transfer
+
+using namespace klib;
+
+char *CopyFontsString(const char *source, const char *target, int32_t **alignment) {
+  return memory::guarded<char *>(nullptr, [&] {
+    return transfer::copy_fonts(transfer::measured(source), transfer::measured(target), alignment);
+  });
+}
