@@ -1,0 +1,30 @@
+// The last step of a transfer: each word of the translation gets exactly the fonts that it should.
+#ifndef KLIB_PROGRAMS_CARRY_SETTLE_H
+#define KLIB_PROGRAMS_CARRY_SETTLE_H
+#include <string>
+#include <vector>
+
+#include "programs/alignments.h"
+#include "programs/carry_source.h"
+
+namespace klib::programs {
+
+// The number of fonts that the sentence selects and that are not among `selected`.
+int64_t count_lost_fonts(const SourceSentence &sentence, std::vector<int32_t> selected);
+
+// Writes the result of a transfer, split into `pieces`, with its fonts settled:
+//  - A word that is aligned with nothing is plain.
+//  - A word whose first source word has one formatting for all its letters and digits has that,
+//    from its first to its last letter or digit; what stands around them has the fonts of the first
+//    and the last character of the source word.
+//  - Any other word begins with the fonts of its first source word and then follows the codes that
+//    the transfer has placed inside it.
+// Codes stand where readers expect them: closed before blanks and opened behind them, anchors
+// inside a font only if they were in the source or have the font on both sides, nothing open at the
+// end. The result is the number of fonts of the source that are lost.
+int64_t settle_fonts(const CodePage &page, const SourceSentence &sentence,
+                     const std::vector<Link> &links, const std::vector<Piece> &pieces,
+                     std::string &settled);
+
+}  // namespace klib::programs
+#endif

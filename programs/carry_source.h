@@ -1,0 +1,56 @@
+// A source sentence taken apart for its transfer: words, codes, and the fonts of each place.
+#ifndef KLIB_PROGRAMS_CARRY_SOURCE_H
+#define KLIB_PROGRAMS_CARRY_SOURCE_H
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "programs/code_page.h"
+#include "programs/program.h"
+#include "programs/sentence_file.h"
+
+namespace klib::programs {
+
+using Fonts = std::array<int32_t, font_group_count>;  // in force, by group; 0: plain
+
+struct SourceWord {
+  size_t begin, end;  // in the text of the sentence
+  Fonts first, letter,
+      last;              // of its first character, its first letter or digit, its last character
+  bool uniform = true;   // from the first to the last letter or digit all have the same fonts
+  bool aligned = false;  // a word of the translation has it as its source
+};
+
+struct SourceCode {
+  Piece piece;
+  int32_t word;     // to which it belongs
+  size_t position;  // in the word: before this byte of its text
+  Fonts fonts;      // in force behind it
+};
+
+struct SourceSentence {
+  std::string text;               // the words without codes, one behind the other, target code page
+  std::vector<SourceWord> words;  // one at least, which may be empty
+  std::vector<SourceCode> codes;  // in the order of the sentence
+
+  bool is_font(const SourceCode &code) const { return code.piece.kind == Piece::font; }
+  size_t length(int32_t word) const {
+    const SourceWord &w = words[static_cast<size_t>(word)];
+    return w.end - w.begin;
+  }
+};
+
+// Whether a character is a letter, a digit or something else that markup is about, and not a mark
+// that stands around it: punctuation, quotation marks, arrows, currency signs.
+bool is_letter(char32_t character);
+
+// Reads the current frame of `file`, whose text must outlive the sentence. The character table of
+// `from` must be active. Bytes that are no characters of `from` end the job (fail()).
+// The codes of a group that stands alone between blanks belong to the end of the word before.
+void read_source(const SentenceFile &file, const CodePage &from, const CodePage &to,
+                 std::vector<Piece> &pieces, SourceSentence &sentence);
+
+}  // namespace klib::programs
+#endif

@@ -1,0 +1,194 @@
+// kcarry carries the format codes of a sentence file into a translation, along a word alignment.
+// docs/pipeline.md describes the files, and what the result promises.
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "programs/alignments.h"
+#include "programs/carry_settle.h"
+#include "programs/carry_source.h"
+#include "programs/carry_transfer.h"
+#include "programs/code_page.h"
+#include "programs/line_reader.h"
+#include "programs/output_file.h"
+#include "programs/program.h"
+#include "programs/sentence_file.h"
+
+namespace klib::programs {
+namespace {
+
+constexpr const char *usage =
+    "Usage: kcarry [-PARAMETER VALUE] ... JOB.kti TRANSLATION ALIGNMENT OUT.kti ...\n"
+    "\n"
+    "Carries the format codes of the sentences in JOB.kti into their translations and writes\n"
+    "OUT.kti. TRANSLATION has one sentence a line, in UTF-8. ALIGNMENT has a line of pairs i-j "
+    "for\n"
+    "each: word i of the sentence (from 0) is translated by word j. With '-' for ALIGNMENT, word "
+    "k\n"
+    "is translated by word k.\n"
+    "\n"
+    "Parameters:\n"
+    "  -LANGUAGE NAME         the language of JOB.kti (GERMAN)\n"
+    "  -TARGET-LANGUAGE NAME  the language of TRANSLATION and OUT.kti (ENGLISH)\n"
+    "  -LOG-PATHNAME FILE     where the library writes its log (nowhere)\n"
+    "  -LIB-DIRECTORY DIR     where the parameter file is\n"
+    "  -h, --help             this text\n";
+
+constexpr int language = 2, target_language = 5;  // string parameters
+constexpr std::string_view white = " \t\r\v\f";
+
+struct Totals {
+  int64_t sentences = 0, fonts = 0, anchors = 0, pairs = 0, untranslated = 0;
+};
+
+struct Carry {
+  const char *source_language = skparm[language - 1];
+  const char *language_of_target = skparm[target_language - 1];
+  SentenceFile sentences;
+  LineReader translation;
+  std::unique_ptr<LineReader> alignment;  // none: the default
+  OutputFile out;
+  CodePage from, to;
+  std::vector<Piece> pieces;
+  SourceSentence source;
+  std::vector<Link> links;
+  Transfer transfer;
+  std::string encoded, transferred, settled;
+  Totals totals;
+
+  explicit Carry(char **names)
+      : sentences(names[0]),
+        translation(names[1]),
+        alignment(strcmp(names[2], "-") == 0 ? nullptr : new LineReader(names[2])),
+        out(names[3]) {}
+};
+
+// Encodes the translation, words between single blanks, and gives their number.
+int32_t encode_translation(Carry &job) {
+  int32_t words = 0;
+  const std::string_view line = job.translation.line();
+  job.encoded.clear();
+  for (size_t begin = 0; (begin = line.find_first_not_of(white, begin)) != line.npos;) {
+    const size_t end = std::min(line.find_first_of(white, begin), line.size());
+    if (words++ > 0) job.encoded += ' ';
+    append_encoded(job.to, line.substr(begin, end - begin), job.encoded);
+    begin = end;
+  }
+  return words;
+}
+
+// The anchors alone, for a sentence without translation; gives the number of its fonts.
+int64_t keep_anchors(Carry &job) {
+  job.settled.clear();
+  for (const SourceCode &code : job.source.codes)
+    if (!job.source.is_font(code)) job.settled += code.piece.bytes;
+  return count_lost_fonts(job.source, {});
+}
+
+void report_sentence(Carry &job, int64_t fonts, int64_t anchors, bool translated) {
+  job.totals.fonts += fonts;
+  job.totals.anchors += anchors;
+  if (!translated) job.totals.untranslated++;
+  if (fonts == 0 && anchors == 0 && translated) return;
+  std::string text;
+  const auto add = [&](const std::string &part) { text += (text.empty() ? "" : ", ") + part; };
+  const auto some = [](int64_t count, const char *what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+  };
+  if (!translated) add("no translation");
+  if (fonts > 0)
+    add(some(fonts, "font") + " dropped" +
+        (translated ? " (no word of the translation has it from its source)" : ""));
+  if (anchors > 0) add(some(anchors, "anchor") + " placed by a fallback");
+  note(job.sentences.name(), job.sentences.line(), "sentence %d: %s",
+       static_cast<int>(job.sentences.number()), text.c_str());
+}
+
+void carry_sentence(Carry &job) {
+  read_source(job.sentences, job.from, job.to, job.pieces, job.source);
+  const int32_t source_words =
+      job.source.text.empty() ? 0 : static_cast<int32_t>(job.source.words.size());
+  const int32_t target_words = encode_translation(job);
+  if (job.alignment)
+    job.totals.pairs += read_links(*job.alignment, source_words, target_words, job.links);
+  else
+    link_in_order(source_words, target_words, job.links);
+  int64_t fonts = 0, anchors = 0;
+  if (target_words == 0) {
+    fonts = keep_anchors(job);
+  } else if (job.source.codes.empty()) {
+    job.settled = job.encoded;
+  } else {
+    anchors = move_anchors(job.source, job.links);
+    initCT(job.language_of_target);
+    transfer_codes(job.source, job.links, job.encoded, target_words, job.transfer, job.transferred);
+    split_sentence(job.sentences, job.transferred, job.pieces);
+    initCT(job.source_language);
+    fonts = settle_fonts(job.to, job.source, job.links, job.pieces, job.settled);
+  }
+  report_sentence(job, fonts, anchors, target_words > 0);
+  kti_format(job.out.stream(), job.settled.data(), -1);
+  show_progress(++job.totals.sentences);
+}
+
+// Fails with the numbers of both, when a file has not one line for each sentence.
+void fail_at_lines(Carry &job, int64_t sentences) {
+  for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;)
+    if (kind == SentenceFile::frame) sentences++;
+  for (LineReader *file : {&job.translation, job.alignment.get()}) {
+    if (!file) continue;
+    while (file->next()) continue;
+    if (file->number() != sentences)
+      report(file->name(), 0, "has %lld lines, but %s has %lld sentences",
+             static_cast<long long>(file->number()), job.sentences.name(),
+             static_cast<long long>(sentences));
+  }
+  throw Failed{};
+}
+
+void show_summary(const Carry &job) {
+  const Totals &totals = job.totals;
+  note(job.sentences.name(), 0,
+       "%lld sentences carried: %lld fonts dropped, %lld anchors placed by a fallback, %lld bad "
+       "alignment pairs, %lld without translation",
+       static_cast<long long>(totals.sentences), static_cast<long long>(totals.fonts),
+       static_cast<long long>(totals.anchors), static_cast<long long>(totals.pairs),
+       static_cast<long long>(totals.untranslated));
+}
+
+void carry(char **names) {
+  const auto owner = std::make_unique<Carry>(names);
+  Carry &job = *owner;
+  make_code_page(job.language_of_target, job.to);
+  make_code_page(job.source_language, job.from);
+  init_kti_format(1);
+  for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;) {
+    if (kind == SentenceFile::anchor) {
+      job.out.write("\x94" + std::to_string(job.sentences.number()) + "\x95\n");
+      continue;
+    }
+    const bool translated = job.translation.next();
+    const bool aligned = !job.alignment || job.alignment->next();
+    if (!translated || !aligned) fail_at_lines(job, job.totals.sentences + 1);
+    carry_sentence(job);
+  }
+  if (job.translation.next() || (job.alignment && job.alignment->next()))
+    fail_at_lines(job, job.totals.sentences);
+  job.out.finish();
+  job.out.publish();
+  exit_kti_format();
+  show_summary(job);
+}
+
+void process(char *sentences, char *translation, char *alignment, char *out) {
+  char *names[] = {sentences, translation, alignment, out};
+  run_job(sentences, carry, names);
+}
+
+}  // namespace
+}  // namespace klib::programs
+
+int main(int argc, char **argv) {
+  using namespace klib::programs;
+  return run_program({"kcarry", usage, 4, process_function(process)}, argc, argv);
+}
