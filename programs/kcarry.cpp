@@ -85,23 +85,24 @@ int64_t keep_anchors(Carry &job) {
   return count_lost_fonts(job.source, {});
 }
 
+void append_count(int64_t count, const char *what, const char *how, std::string &text) {
+  if (count == 0) return;
+  text.append(", ").append(std::to_string(count)).append(" ").append(what);
+  text.append(count == 1 ? " " : "s ").append(how);
+}
+
 void report_sentence(Carry &job, int64_t fonts, int64_t anchors, bool translated) {
   job.totals.fonts += fonts;
   job.totals.anchors += anchors;
   if (!translated) job.totals.untranslated++;
   if (fonts == 0 && anchors == 0 && translated) return;
   std::string text;
-  const auto add = [&](const std::string &part) { text += (text.empty() ? "" : ", ") + part; };
-  const auto some = [](int64_t count, const char *what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-  };
-  if (!translated) add("no translation");
-  if (fonts > 0)
-    add(some(fonts, "font") + " dropped" +
-        (translated ? " (no word of the translation has it from its source)" : ""));
-  if (anchors > 0) add(some(anchors, "anchor") + " placed by a fallback");
+  if (!translated) text = ", no translation";
+  append_count(fonts, "font", "dropped", text);
+  append_count(anchors, "anchor", "placed by a fallback", text);
+  const char *behind_comma = text.c_str() + 2;
   note(job.sentences.name(), job.sentences.line(), "sentence %d: %s",
-       static_cast<int>(job.sentences.number()), text.c_str());
+       static_cast<int>(job.sentences.number()), behind_comma);
 }
 
 void carry_sentence(Carry &job) {
@@ -129,6 +130,11 @@ void carry_sentence(Carry &job) {
   report_sentence(job, fonts, anchors, target_words > 0);
   kti_format(job.out.stream(), job.settled.data(), -1);
   show_progress(++job.totals.sentences);
+}
+
+void write_anchor(Carry &job) {
+  std::string line("\x94");
+  job.out.write(line.append(std::to_string(job.sentences.number())).append("\x95\n"));
 }
 
 // Fails with the numbers of both, when a file has not one line for each sentence.
@@ -164,7 +170,7 @@ void carry(char **names) {
   init_kti_format(1);
   for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;) {
     if (kind == SentenceFile::anchor) {
-      job.out.write("\x94" + std::to_string(job.sentences.number()) + "\x95\n");
+      write_anchor(job);
       continue;
     }
     const bool translated = job.translation.next();
