@@ -10,8 +10,6 @@
 namespace klib::programs {
 namespace {
 
-constexpr std::string_view white = " \t\r\v\f";
-
 bool read_number(const char *&position, const char *end, int32_t &number) {
   if (position == end || *position < '0' || *position > '9') return false;
   const auto [behind, error] = std::from_chars(position, end, number);
@@ -43,11 +41,8 @@ int64_t read_links(const LineReader &file, int32_t source_words, int32_t target_
                    std::vector<Link> &links) {
   links.clear();
   int64_t bad = 0;
-  const std::string_view line = file.line();
-  for (size_t begin = 0; (begin = line.find_first_not_of(white, begin)) != line.npos;) {
-    const size_t end = std::min(line.find_first_of(white, begin), line.size());
-    const std::string_view pair = line.substr(begin, end - begin);
-    begin = end;
+  size_t position = 0;
+  for (std::string_view pair; !(pair = next_word(file.line(), position)).empty();) {
     Link link;
     if (!read_pair(pair, link))
       report_pair(file, pair, "is not two numbers with '-' between them", -1);

@@ -48,21 +48,6 @@ void end_word(Reader &reader) {
   if (!reader.sentence.words.empty()) reader.waiting = reader.sentence.codes.size();
 }
 
-// A word without letters is taken as if its first character were one.
-void note_fonts(Reader &reader, bool letter) {
-  SourceWord &word = reader.sentence.words.back();
-  word.last = reader.fonts;
-  if (letter && !reader.seen_letter) {
-    reader.seen_letter = true;
-    reader.differs = false;
-    word.letter = reader.fonts;
-    word.uniform = true;
-    return;
-  }
-  if (reader.fonts != word.letter) reader.differs = true;
-  if (reader.differs && (letter || !reader.seen_letter)) word.uniform = false;
-}
-
 [[noreturn]] void fail_at(const Reader &reader, std::string_view bytes) {
   const SentenceFile &file = reader.file;
   std::string shown;
@@ -73,17 +58,33 @@ void note_fonts(Reader &reader, bool letter) {
        static_cast<int>(file.number()), shown.c_str());
 }
 
+// The next character goes from the bytes to the text of the sentence.
+char32_t take_character(Reader &reader, std::string_view bytes, size_t &position) {
+  const size_t begin = position;
+  const char32_t c = next_character(reader.from, bytes, position);
+  if (c == 0) fail_at(reader, bytes.substr(begin, position - begin));
+  append_character(reader.to, c, reader.sentence.text);
+  return c;
+}
+
+// Takes text without codes inside. A word without letters is taken as if its first character were
+// one.
 void take_text(Reader &reader, std::string_view bytes) {
   if (!reader.inside_word) begin_word(reader);
-  SourceSentence &sentence = reader.sentence;
+  SourceWord &word = reader.sentence.words.back();
+  word.last = reader.fonts;
+  bool as_letters = reader.fonts == word.letter;
   for (size_t position = 0; position < bytes.size();) {
-    const size_t begin = position;
-    const char32_t c = next_character(reader.from, bytes, position);
-    if (c == 0) fail_at(reader, bytes.substr(begin, position - begin));
-    append_character(reader.to, c, sentence.text);
-    note_fonts(reader, is_letter(c));
+    const bool letter = is_letter(take_character(reader, bytes, position));
+    if (letter && !reader.seen_letter) {
+      reader.seen_letter = as_letters = word.uniform = true;
+      reader.differs = false;
+      word.letter = reader.fonts;
+    }
+    if (!as_letters) reader.differs = true;
+    if (reader.differs && (letter || !reader.seen_letter)) word.uniform = false;
   }
-  sentence.words.back().end = sentence.text.size();
+  word.end = reader.sentence.text.size();
 }
 
 void take_code(Reader &reader, const Piece &piece) {

@@ -99,7 +99,15 @@ void append_character(const CodePage &page, char32_t character, std::string &tex
 
 void append_encoded(const CodePage &page, std::string_view utf8, std::string &text) {
   size_t position = 0;
-  while (position < utf8.size()) append_character(page, next_utf8(utf8, position), text);
+  while (position < utf8.size()) {
+    const auto first = static_cast<unsigned char>(utf8[position]);
+    if (first < 0x80 && page.byte[first]) {
+      text += static_cast<char>(page.byte[first]);
+      position++;
+    } else {
+      append_character(page, next_utf8(utf8, position), text);
+    }
+  }
 }
 
 char32_t next_character(const CodePage &page, std::string_view text, size_t &position,

@@ -35,7 +35,6 @@ constexpr const char *usage =
     "  -h, --help             this text\n";
 
 constexpr int language = 2, target_language = 5;  // string parameters
-constexpr std::string_view white = " \t\r\v\f";
 
 struct Totals {
   int64_t sentences = 0, fonts = 0, anchors = 0, pairs = 0, untranslated = 0;
@@ -66,13 +65,11 @@ struct Carry {
 // Encodes the translation, words between single blanks, and gives their number.
 int32_t encode_translation(Carry &job) {
   int32_t words = 0;
-  const std::string_view line = job.translation.line();
   job.encoded.clear();
-  for (size_t begin = 0; (begin = line.find_first_not_of(white, begin)) != line.npos;) {
-    const size_t end = std::min(line.find_first_of(white, begin), line.size());
+  size_t position = 0;
+  for (std::string_view word; !(word = next_word(job.translation.line(), position)).empty();) {
     if (words++ > 0) job.encoded += ' ';
-    append_encoded(job.to, line.substr(begin, end - begin), job.encoded);
-    begin = end;
+    append_encoded(job.to, word, job.encoded);
   }
   return words;
 }

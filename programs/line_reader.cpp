@@ -38,4 +38,12 @@ bool LineReader::next() {
   return true;
 }
 
+std::string_view next_word(std::string_view line, size_t &position) {
+  const auto is_white = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+  while (position < line.size() && is_white(line[position])) position++;
+  const size_t begin = position;
+  while (position < line.size() && !is_white(line[position])) position++;
+  return line.substr(begin, position - begin);
+}
+
 }  // namespace klib::programs

@@ -32,5 +32,9 @@ class LineReader {
   int64_t number_ = 0;
 };
 
+// The word of the line at or behind `position`, which moves behind it; empty when there is none.
+// Words are separated by white space of ASCII.
+std::string_view next_word(std::string_view line, size_t &position);
+
 }  // namespace klib::programs
 #endif
