@@ -2,21 +2,25 @@
 //
 // The token buffer and the pushback stack are byte stacks, and whoever reads their records finds
 // them as if every byte had been pushed by itself: the sizes grow by the fixed steps. But runs of
-// bytes without a role are copied from a text as a whole, eight bytes at a time, and the token
-// buffer is reserved ahead, so that a long token costs no more per byte than a short one.
+// bytes without a role are copied as a whole, eight bytes at a time, from the text or from what the
+// stream's buffer holds, and the token buffer is reserved ahead, so that a long token costs no more
+// per byte than a short one.
 //
-// A stream is read with getc, byte by byte, and never further than the byte that is asked for.
+// A stream is never read further than single calls of getc would have read it.
+
+#include "format/input.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <string_view>
 
-#include "containers/bytes.h"
-#include "containers/slots.h"
+#include "containers/growth.h"
 #include "format/codes.h"
 #include "format/parser.h"
 #include "frame/memory.h"
 #include "pattern/character_types.h"
+#include "platform/stream_buffer.h"
 
 namespace klib::parser {
 
@@ -24,85 +28,67 @@ namespace {
 
 constexpr size_t checked_ahead = 4096;
 
-byte_stack &tokens = _stack[slots::parser_token];
-byte_stack &pushback = _stack[slots::parser_pushback];
-
-size_t used(const byte_stack &stack) { return static_cast<size_t>(stack.top - stack.base); }
-
-// The first of a stack's sizes that is above `used` bytes, as its growth step gives them; a step
-// that does not enlarge counts as one byte. Beyond 31 bits: more than can be allocated.
-size_t size_above(const byte_stack &stack, size_t used) {
+// The first of a stack's sizes that is above `length` bytes, as its growth step gives them; a step
+// that does not enlarge counts as one byte.
+int64_t size_above(const byte_stack &stack, size_t length) {
   int64_t size = stack.size;
-  while (size <= static_cast<int64_t>(used)) {
-    const int64_t next =
-        stack.increment >= 0 ? size + stack.increment : size * -int64_t{stack.increment} / 100;
-    size = std::max(next, size + 1);
-  }
-  return size > INT32_MAX ? SIZE_MAX : static_cast<size_t>(size);
+  while (size <= static_cast<int64_t>(length))
+    size = std::max(growth::step(size, stack.increment), size + 1);
+  return size;
 }
 
-void move_block(byte_stack &stack, size_t size) {
-  const size_t length = used(stack);
-  stack.base = static_cast<char *>(memory::reallocate(stack.base, size));
+void reallocate(byte_stack &stack, int64_t size) {
+  const auto length = stack.top - stack.base;
+  stack.base = static_cast<char *>(memory::reallocate(stack.base, growth::request(size)));
   stack.top = stack.base + length;
 }
 
-size_t reserved_for_tokens() {
-  const byte_stack &known = state.reserved_for;
+// What the token buffer really has room for.
+int64_t reserved_for_tokens() {
+  const byte_stack &tokens = token_stack(), &known = state.reserved_for;
   const bool current =
       known.base == tokens.base && known.size == tokens.size && known.increment == tokens.increment;
-  return current ? state.reserved : static_cast<size_t>(tokens.size);
+  return current ? state.reserved : tokens.size;
 }
 
-// Brings the token buffer to the size that it has when it holds `length` bytes.
-void grow_tokens(size_t length) {
-  const size_t size = size_above(tokens, length);
-  size_t reserved = reserved_for_tokens();
-  if (length >= reserved) {
-    const size_t ahead = size_above(tokens, std::min<size_t>(2 * reserved, INT32_MAX - 1000));
-    reserved = ahead == SIZE_MAX ? size : std::max(size, ahead);
-    const char *const before = tokens.base;
-    bool current[deepest_level + 1];
-    for (int i = 0; i <= deepest_level; ++i) current[i] = p_root[i].token == before;
-    move_block(tokens, reserved);
-    for (int i = 0; i <= deepest_level; ++i)
-      if (current[i]) p_root[i].token = tokens.base;
-  }
-  tokens.size = static_cast<int32_t>(size);
-  state.reserved_for = tokens;
-  state.reserved = reserved;
-}
-
-int read_byte(FILE *stream) {
-#if defined(_WIN32)
-  return _getc_nolock(stream);
-#else
-  return getc_unlocked(stream);
-#endif
+// Frames whose token begins the buffer go along when it moves.
+void move_tokens(int64_t size) {
+  const char *const before = token_stack().base;
+  bool moves[std::size(p_root)];
+  std::ranges::transform(p_root, moves, [&](const auto &frame) { return frame.token == before; });
+  reallocate(token_stack(), size);
+  for (size_t level = 0; level < std::size(p_root); ++level)
+    if (moves[level]) p_root[level].token = token_stack().base;
 }
 
 bool is_white(char byte) {
   return (character_types::properties(u8(byte)) & character_types::white) != 0;
 }
 
+bool has_role(char byte, uint32_t wanted) { return (codes::roles[u8(byte)].stops & wanted) != 0; }
+
 bool is_wanted(char byte, uint32_t wanted) {
-  return (codes::roles[u8(byte)].stops & wanted) != 0 ||
-         ((wanted & P_WHITE) != 0 && is_white(byte));
+  return has_role(byte, wanted) || ((wanted & P_WHITE) != 0 && is_white(byte));
 }
 
 // Copies bytes up to the first one that is wanted, `limit` at most; their number. `to` may lie
 // before `from` in the same block, where nothing is written beyond the bytes that have been copied.
-size_t copy_byte_by_byte(char *to, const char *from, size_t limit, uint32_t wanted) {
+template <bool white>
+size_t copy_bytes(char *to, const char *from, size_t limit, uint32_t wanted) {
   size_t n = 0;
-  for (; n < limit && !is_wanted(from[n], wanted); ++n) to[n] = from[n];
+  while (n < limit && !has_role(from[n], wanted) && !(white && is_white(from[n]))) {
+    to[n] = from[n];
+    ++n;
+  }
   return n;
 }
 
 // The same where nothing white is wanted, by words of eight bytes: only a word that holds a byte in
 // 00-1F or 80-9F, where all roles lie, is looked at more closely. Writes up to seven bytes more
 // than it copies, within the limit.
-size_t copy_by_words(char *to, const char *from, size_t limit, uint32_t wanted) {
+size_t copy_words(char *to, const char *from, size_t limit, uint32_t wanted) {
   constexpr uint64_t bit_6 = 0x4040404040404040;
+  constexpr bool first_is_low = std::endian::native == std::endian::little;
   size_t n = 0;
   while (n + sizeof(uint64_t) <= limit) {
     uint64_t word;
@@ -113,128 +99,117 @@ size_t copy_by_words(char *to, const char *from, size_t limit, uint32_t wanted) 
       n += sizeof word;
       continue;
     }
-    n += static_cast<size_t>(std::endian::native == std::endian::little
-                                 ? std::countr_zero(special)
-                                 : std::countl_zero(special)) /
+    n += static_cast<size_t>(first_is_low ? std::countr_zero(special) : std::countl_zero(special)) /
          8;
-    if ((codes::roles[u8(from[n])].stops & wanted) != 0) return n;
+    if (has_role(from[n], wanted)) return n;
     ++n;
   }
-  return n + copy_byte_by_byte(to + n, from + n, limit - n, wanted);
+  return n + copy_bytes<false>(to + n, from + n, limit - n, wanted);
 }
 
 size_t copy_unwanted(char *to, const char *from, size_t limit, uint32_t wanted) {
+  if ((wanted & P_WHITE) != 0) return copy_bytes<true>(to, from, limit, wanted);
   const uintptr_t distance = reinterpret_cast<uintptr_t>(from) - reinterpret_cast<uintptr_t>(to);
-  const bool overlaps = distance < sizeof(uint64_t);
-  return overlaps || (wanted & P_WHITE) != 0 ? copy_byte_by_byte(to, from, limit, wanted)
-                                             : copy_by_words(to, from, limit, wanted);
+  if (distance < sizeof(uint64_t)) return copy_bytes<false>(to, from, limit, wanted);
+  return copy_words(to, from, limit, wanted);
 }
 
-// Number of bytes from the reading position that are known not to be NUL; 0 at the end of the text.
-size_t text_ahead(const parser_frame &frame) {
-  if (frame.string_pos == nullptr) return 0;
+// Bytes that can be read as a whole: of a text, the next ones that are known not to be NUL (none at
+// its end); of a stream, what its buffer still holds.
+std::string_view ahead_in_text(const char *position) {
+  if (position == nullptr) return {};
   const char *&checked_end = state.checked_end[parser_level];
   const uintptr_t known =
-      reinterpret_cast<uintptr_t>(checked_end) - reinterpret_cast<uintptr_t>(frame.string_pos);
-  if (known - 1 < checked_ahead) return known;
-  const size_t length = strnlen(frame.string_pos, checked_ahead);
-  checked_end = frame.string_pos + length;
-  return length;
+      reinterpret_cast<uintptr_t>(checked_end) - reinterpret_cast<uintptr_t>(position);
+  if (known - 1 < checked_ahead) return {position, known};
+  const size_t length = strnlen(position, checked_ahead);
+  checked_end = position + length;
+  return {position, length};
 }
 
-void count_appended(parser_frame &frame, char *end) {
-  if (frame.counting != 0) count_run(frame, tokens.top, static_cast<size_t>(end - tokens.top));
-  tokens.top = end;
-  if (used(tokens) >= static_cast<size_t>(tokens.size)) grow_tokens(used(tokens));
+std::string_view bytes_ahead(Input input) {
+  return input.stream != nullptr ? platform::buffered_bytes(input.stream)
+                                 : ahead_in_text(input.frame.string_pos);
 }
 
-int32_t next_wanted_in_text(const Input &input, uint32_t wanted) {
-  for (;;) {
-    const size_t ahead = text_ahead(input.frame);
-    const size_t room = reserved_for_tokens() - used(tokens) - 1;
-    if (ahead == 0) return next_byte(input);
-    if (room == 0) {
-      grow_tokens(used(tokens) + 1);
-      continue;
-    }
-    const size_t limit = std::min(ahead, room);
-    const size_t length = copy_unwanted(tokens.top, input.frame.string_pos, limit, wanted);
+void skip_ahead(Input input, size_t length) {
+  if (input.stream != nullptr)
+    platform::skip_buffered_bytes(input.stream, length);
+  else
     input.frame.string_pos += length;
-    count_appended(input.frame, tokens.top + length);
-    if (length < limit) return next_byte(input);
-  }
 }
 
-int32_t next_wanted_in_stream(const Input &input, uint32_t wanted) {
-  for (;;) {
-    char *end = tokens.top;
-    const char *const limit = tokens.base + reserved_for_tokens() - 1;
-    bool found = false;
-    while (!found && end < limit) {
-      const int byte = read_byte(input.stream);
-      *end = static_cast<char>(byte == EOF ? 0 : byte);
-      found = is_wanted(*end, wanted);
-      end += !found;
-    }
-    count_appended(input.frame, end);
-    if (!found) {
-      grow_tokens(used(tokens) + 1);
-      continue;
-    }
-    const uint8_t byte = u8(*tokens.top++);
-    if (used(tokens) >= static_cast<size_t>(tokens.size)) grow_tokens(used(tokens));
-    if (byte == 0) return -1;
-    if (input.frame.counting != 0) count_byte(input.frame, byte, Direction::reading);
-    return byte;
+constexpr int32_t nothing_wanted = -2;
+
+// Reads from what lies ahead, through the first byte that is wanted; -1 for a stream's NUL.
+int32_t read_run(Input input, std::string_view ahead, uint32_t wanted) {
+  parser_frame &frame = input.frame;
+  byte_stack &tokens = token_stack();
+  if (!has_room(tokens, 1)) [[unlikely]]
+    grow_tokens(token_length() + 1);
+  const size_t room = static_cast<size_t>(tokens.size) - token_length() - 1;
+  const size_t limit = std::min(ahead.size(), room);
+  char *const to = tokens.top;
+  const size_t length = copy_unwanted(to, ahead.data(), limit, wanted);
+  if (frame.counting != 0) count_run(frame, to, length);
+  tokens.top = to + length;
+  if (length == limit) [[unlikely]] {
+    skip_ahead(input, length);
+    return nothing_wanted;
   }
+  const uint8_t byte = u8(ahead[length]);
+  skip_ahead(input, length + 1);
+  *tokens.top++ = static_cast<char>(byte);
+  if (byte == 0) return -1;
+  if (frame.counting != 0) count_byte(frame, byte, Direction::reading);
+  return byte;
 }
 
 }  // namespace
 
-int32_t next_byte(const Input &input) {
-  const size_t length = used(tokens) + 1;
-  if (length >= static_cast<size_t>(tokens.size)) grow_tokens(length);
-  int32_t byte = 0;
-  if (pushback.top != pushback.base) {
-    byte = u8(*--pushback.top);
-  } else if (input.stream != nullptr) {
-    byte = read_byte(input.stream);
-    if (byte == EOF) byte = 0;
-  } else if (input.frame.string_pos != nullptr) {
-    byte = u8(*input.frame.string_pos);
-    if (byte != 0) ++input.frame.string_pos;
+void grow_tokens(size_t length) {
+  byte_stack &tokens = token_stack();
+  const int64_t size = size_above(tokens, length);
+  int64_t reserved = reserved_for_tokens();
+  if (size > reserved) {
+    // Twice as much, as long as sizes have 31 bits.
+    const auto ahead = static_cast<size_t>(std::min<int64_t>(2 * reserved, INT32_MAX - 1000));
+    reserved = std::max(size, size_above(tokens, ahead));
+    if (reserved > INT32_MAX) reserved = size;
+    move_tokens(reserved);
   }
-  *tokens.top++ = static_cast<char>(byte);
-  if (byte == 0) return -1;
-  if (input.frame.counting != 0)
-    count_byte(input.frame, static_cast<uint8_t>(byte), Direction::reading);
-  return byte;
+  tokens.size = static_cast<int32_t>(size);
+  state.reserved_for = tokens;
+  state.reserved = reserved;
 }
 
-int32_t next_wanted(const Input &input, uint32_t wanted) {
+void grow_pushback(size_t length) {
+  byte_stack &pushback = pushback_stack();
+  const int64_t size = size_above(pushback, length);
+  reallocate(pushback, size);
+  pushback.size = static_cast<int32_t>(size);
+}
+
+int32_t next_wanted(Input input, uint32_t wanted) {
   wanted |= codes::text_end | (input.frame.counting != 0 ? P_COUNT : 0);
-  while (pushback.top != pushback.base) {
-    const int32_t byte = next_byte(input);
-    if (byte < 0 || is_wanted(static_cast<char>(byte), wanted)) return byte;
+  for (;;) {
+    const bool taken_back = pushback_stack().top != pushback_stack().base;
+    const std::string_view ahead = taken_back ? std::string_view() : bytes_ahead(input);
+    if (!ahead.empty()) {
+      const int32_t byte = read_run(input, ahead, wanted);
+      if (byte != nothing_wanted) return byte;
+    } else {
+      const int32_t byte = next_byte(input);
+      if (byte < 0 || is_wanted(static_cast<char>(byte), wanted)) return byte;
+    }
   }
-  return input.stream == nullptr ? next_wanted_in_text(input, wanted)
-                                 : next_wanted_in_stream(input, wanted);
 }
 
 void take_back(parser_frame &frame, size_t count) {
-  const size_t length = used(pushback) + count;
-  if (length >= static_cast<size_t>(pushback.size)) {
-    const size_t size = size_above(pushback, length);
-    move_block(pushback, size);
-    pushback.size = static_cast<int32_t>(size);
-  }
-  for (; count > 0; --count) {
-    const char byte = *--tokens.top;
-    if (byte != 0 && frame.counting != 0) count_byte(frame, u8(byte), Direction::taking_back);
-    *pushback.top++ = byte;
-  }
+  const byte_stack &pushback = pushback_stack();
+  const size_t length = static_cast<size_t>(pushback.top - pushback.base) + count;
+  if (!has_room(pushback, static_cast<ptrdiff_t>(count))) grow_pushback(length);
+  for (; count > 0; --count) p_unget(frame);
 }
-
-void p_unget(parser_frame &frame) { take_back(frame, 1); }
 
 }  // namespace klib::parser

@@ -11,14 +11,21 @@
 #include "format/parser.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <string_view>
 
-#include "containers/bytes.h"
 #include "format/codes.h"
+#include "format/input.h"
 #include "frame/memory.h"
 #include "frame/messages.h"
 #include "pattern/character_types.h"
+
+// Programs read the frames: 17 numbers, then three pointers.
+static_assert(offsetof(parser_frame, hidden_real_column) == 16 * sizeof(int32_t));
+static_assert(offsetof(parser_frame, saved_pushback) ==
+              offsetof(parser_frame, string_pos) + 2 * sizeof(char *));
+static_assert(sizeof(parser_frame) == offsetof(parser_frame, saved_pushback) + sizeof(char *));
 
 namespace klib::parser {
 
@@ -29,7 +36,7 @@ namespace {
 using codes::Code;
 
 bool is_open() {
-  return state.refused_levels == 0 && parser_level >= 1 && parser_level <= deepest_level;
+  return state.refused_levels == 0 && static_cast<uint32_t>(parser_level - 1) < deepest_level;
 }
 
 void release_stack(int32_t number) {
@@ -47,7 +54,7 @@ void make_stacks() {
 }
 
 void set_pushback_aside(parser_frame &frame) {
-  byte_stack &pushback = _stack[slots::parser_pushback];
+  byte_stack &pushback = pushback_stack();
   frame.saved_pushback = memory::copy(s_stack(slots::parser_pushback)).release();
   pushback.top = pushback.base;
 }
@@ -73,13 +80,14 @@ void open_level(int32_t flags) {
   state.p_open_codes = 0;
 }
 
-int32_t deliver(const Input &input, int32_t kind) {
-  input.frame.token = s_stack(slots::parser_token);
+int32_t deliver(Input input, int32_t kind) {
+  *token_stack().top = '\0';
+  input.frame.token = token_stack().base;
   return kind;
 }
 
 // Text that was read before the byte that has just ended it.
-int32_t deliver_text(const Input &input) {
+int32_t deliver_text(Input input) {
   p_unget(input.frame);
   return deliver(input, P_TEXT);
 }
@@ -95,7 +103,7 @@ void report_premature_end() {
 }
 
 // The bytes after the opening one, through the closing one that belongs to it.
-void read_body(const Input &input, const Code &code) {
+void read_body(Input input, const Code &code) {
   const auto ends = static_cast<uint32_t>(code.close == '\n' ? P_LINE : code.kind);
   const uint32_t marks = code.kind == P_CODE_LINE ? 0 : P_MARK_1D;
   for (size_t depth = 1; depth > 0;) {
@@ -111,7 +119,7 @@ void read_body(const Input &input, const Code &code) {
 }
 
 // A sentence's body, whose printing bytes leave their outermost columns.
-void read_sentence(const Input &input, const Code &code) {
+void read_sentence(Input input, const Code &code) {
   struct Tracking {
     Tracking() { state.p_tracking = 1; }
     ~Tracking() { state.p_tracking = 0; }
@@ -122,8 +130,8 @@ void read_sentence(const Input &input, const Code &code) {
 
 // A line with 0x97 in it. Earlier lines in the buffer are a token of their own, and then this line
 // is read again.
-int32_t read_code_line(const Input &input, const Code &code) {
-  const std::string_view text(_stack[slots::parser_token].base, token_length());
+int32_t read_code_line(Input input, const Code &code) {
+  const std::string_view text(token_stack().base, token_length());
   const size_t newline = text.rfind('\n');
   if (newline != text.npos) {
     take_back(input.frame, text.size() - newline - 1);
@@ -135,7 +143,7 @@ int32_t read_code_line(const Input &input, const Code &code) {
   return deliver(input, P_CODE_LINE);
 }
 
-int32_t read_code(const Input &input, const Code &code) {
+int32_t read_code(Input input, const Code &code) {
   if (code.kind == P_CODE_LINE) return read_code_line(input, code);
   if (token_length() > 1) return deliver_text(input);
   switch (code.kind) {
@@ -154,7 +162,7 @@ int32_t read_code(const Input &input, const Code &code) {
   return deliver(input, code.kind);
 }
 
-int32_t read_white(const Input &input) {
+int32_t read_white(Input input) {
   if (token_length() > 1) return deliver_text(input);
   int32_t byte;
   do byte = next_byte(input);
@@ -172,11 +180,10 @@ const Code *code_opened_by(int32_t byte, int32_t flags) {
 
 void begin_token(parser_frame &frame) {
   frame.token = nullptr;
-  byte_stack &tokens = _stack[slots::parser_token];
-  tokens.top = tokens.base;
+  token_stack().top = token_stack().base;
 }
 
-int32_t read_token(const Input &input) {
+int32_t read_token(Input input) {
   constexpr int32_t all_kinds = 2 * P_LINE - 1;
   parser_frame &frame = input.frame;
   begin_token(frame);
@@ -199,7 +206,7 @@ int32_t read_token(const Input &input) {
 
 // Until the real position is reached; the position moves by more than a column, and codes open and
 // close, only at bytes with a role.
-int32_t read_to_position(const Input &input, int32_t line, int32_t column) {
+int32_t read_to_position(Input input, int32_t line, int32_t column) {
   const parser_frame &frame = input.frame;
   int32_t byte = 0;
   while (byte >= 0 && frame.real_line < line) byte = next_wanted(input, P_COUNT);
@@ -215,7 +222,7 @@ void close_level() {
     return;
   }
   parser_frame &outer = p_root[parser_level];
-  byte_stack &pushback = _stack[slots::parser_pushback];
+  byte_stack &pushback = pushback_stack();
   pushback.top = pushback.base;
   if (outer.saved_pushback != nullptr) s_fill(slots::parser_pushback, outer.saved_pushback);
   Kfree(outer.saved_pushback);

@@ -7,6 +7,8 @@
 //
 // All numbers are 32 bits wide and wrap around.
 
+#include "format/positions.h"
+
 #include <algorithm>
 
 #include "containers/bytes.h"
