@@ -14,6 +14,7 @@
 #include "containers/case_mapping.h"
 #include "containers/double_stack.h"
 #include "containers/string_arrays.h"
+#include "containers/word_lists.h"
 #include "format/counters.h"
 #include "format/fonts.h"
 #include "format/parser.h"
@@ -119,6 +120,7 @@ void release_modules() {
   counters::reset();
   sentence_output::reset();
   anchors::reset();
+  word_lists::reset();
 }
 
 void reset_all() {
