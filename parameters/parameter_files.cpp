@@ -13,7 +13,9 @@
 // where BASENAME is the parameter "PARAMETER-FILE-BASENAME". Files that do not exist are passed
 // over.
 
+#include <algorithm>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 #include "frame/memory.h"
@@ -86,8 +88,8 @@ void Manage_parameter_file(const char *file_name) {
   const memory::Array<char *> lines(Kfile_to_array(file_name, &count));
   if (!lines) return;
   const memory::Text buffer(lines[0]);
-  for (int32_t i = 0; i < count; i++)
-    if (std::strchr(lines[i], line_mark) != nullptr) Kmanage_parameter_line(lines[i]);
+  for (const char *line : std::span(lines.get(), static_cast<size_t>(count)))
+    if (std::strchr(line, line_mark) != nullptr) Kmanage_parameter_line(line);
 }
 
 int32_t Kmanage_parameter_line(const char *parameter_line) {
