@@ -1,0 +1,204 @@
+// kshow shows a file with format codes to a person, a token a line. Bytes are shown as characters
+// of the language's code page where they are visible ones, else in braces: {94} is the byte 0x94.
+// A sentence is shown with the tokens inside it; so every byte of the file is shown once.
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "programs/code_page.h"
+#include "programs/program.h"
+#include "programs/utf8.h"
+
+namespace klib::programs {
+namespace {
+
+constexpr const char *usage =
+    "Usage: kshow [-PARAMETER VALUE] ... FILE ...\n"
+    "\n"
+    "Shows a file with format codes on standard output, a token a line: where it begins, as\n"
+    "LINE:COLUMN of the bytes (raw) and of what a reader would see (real), its kind and its text.\n"
+    "\n"
+    "Parameters:\n"
+    "  -LANGUAGE NAME       the language of FILE, such as ENGLISH (GERMAN)\n"
+    "  -LOG-PATHNAME FILE   where the library writes its log (nowhere)\n"
+    "  -LIB-DIRECTORY DIR   where the parameter file is\n"
+    "  -h, --help           this text\n";
+
+constexpr int language = 2;  // string parameter
+
+constexpr struct {
+  int32_t kind;
+  const char *name;
+  char close;  // the byte that ends a code, or 0
+} kinds[] = {
+    {P_TEXT, "text", 0},
+    {P_ANCHOR, "anchor", '\x95'},
+    {P_SENTENCE, "sentence", '\x91'},
+    {P_CODE_1E, "segment", '\x1F'},
+    {P_TO_EOL, "to-eol", '\n'},
+    {P_CODE_LINE, "code-line", '\n'},
+    {P_FONT, "font", '\x99'},
+    {P_CODE_9B, "code", '\x9C'},
+    {P_MARK_1D, "mark", 0},
+    {P_ALIEN, "alien", 0},
+    {P_LINE, "line", 0},
+};
+
+constexpr int32_t codes_in_sentences = P_COUNT | P_ANCHOR | P_CODE_1E | P_TO_EOL | P_CODE_LINE |
+                                       P_FONT | P_CODE_9B | P_MARK_1D | P_ALIEN | P_LINE;
+
+constexpr size_t alien_size = 5;
+
+// A place in the file, lines and columns from 1.
+struct Place {
+  int64_t line = 1, column = 1, real_line = 1, real_column = 1;
+};
+
+// What is being shown.
+struct Show {
+  CodePage page;
+  Place base;  // where the text of the current parser level begins
+  // The library counts codes inside a sentence as visible, so that what follows on its last line
+  // comes out too far to the right.
+  int64_t shifted_line = 0, shift = 0;
+  int64_t cut = 0;  // codes that do not end
+};
+
+Place token_place(const Show &job) {
+  const parser_frame &frame = p_root[parser_level];
+  const Place &base = job.base;
+  Place place;
+  place.line = base.line + frame.token_line - 1;
+  place.column = (frame.token_line == 1 ? base.column - 1 : 0) + frame.token_column;
+  place.real_line = base.real_line + frame.token_real_line - 1;
+  place.real_column =
+      (frame.token_real_line == 1 ? base.real_column - 1 : 0) + frame.token_real_column;
+  if (place.real_line == job.shifted_line) place.real_column += job.shift;
+  return place;
+}
+
+bool is_visible(char32_t c) {
+  constexpr char32_t soft_hyphen = 0xAD;
+  return (c >= ' ' && c < 0x7F && c != '{' && c != '}') || (c > 0xA0 && c != soft_hyphen);
+}
+
+void append_readable(const Show &job, std::string_view bytes, bool is_code, std::string &row) {
+  constexpr const char *digits = "0123456789ABCDEF";
+  for (const char c : bytes) {
+    const char32_t character = job.page.character[static_cast<unsigned char>(c)];
+    if (is_visible(character) && !(is_code && character > 0x7F))
+      append_utf8(character, row);
+    else
+      row.append("{").append({digits[c >> 4 & 0xF], digits[c & 0xF]}).append("}");
+  }
+}
+
+void print_row(const Place &place, const char *kind, int depth, const std::string &text) {
+  char raw[48], real[48];
+  snprintf(raw, sizeof raw, "%lld:%lld", static_cast<long long>(place.line),
+           static_cast<long long>(place.column));
+  snprintf(real, sizeof real, "%lld:%lld", static_cast<long long>(place.real_line),
+           static_cast<long long>(place.real_column));
+  printf("%-9s %-9s %*s%-*s %s\n", raw, real, depth, "", 9 - depth, kind, text.c_str());
+}
+
+const auto &description(int32_t kind) {
+  for (const auto &row : kinds)
+    if (row.kind == kind) return row;
+  return kinds[0];
+}
+
+void show_token(Show &job, int32_t kind, int depth) {
+  const auto &[number, name, close] = description(kind);
+  const std::string_view token(p_root[parser_level].token);
+  std::string text;
+  append_readable(job, token, kind == P_ANCHOR || kind == P_FONT, text);
+  if (kind == P_ALIEN && token.size() == alien_size) {
+    const char32_t c = static_cast<char32_t>(Kparse_alien(p_root[parser_level].token));
+    if (is_visible(c) && !(c >= 0xD800 && c < 0xE000)) append_utf8(c, text.append("  "));
+  }
+  if (kind == P_ALIEN ? token.size() < alien_size : close != 0 && token.back() != close) {
+    text += "  (cut off)";
+    job.cut++;
+  }
+  print_row(token_place(job), name, depth, text);
+}
+
+// Shows the tokens of a sentence's text, which begins at `base`, and gives the place of its end.
+Place show_inside(Show &job, const Place &base, const char *text) {
+  job.base = base;
+  init_parser(codes_in_sentences);
+  parse_from_string(text);
+  for (int32_t kind; (kind = parse(nullptr)) != P_END;) show_token(job, kind, 2);
+  const Place end = token_place(job);
+  exit_parser();
+  job.base = {};
+  return end;
+}
+
+// Shows the sentence at the current token: its opening byte and number, the tokens of its text, its
+// closing byte.
+void show_sentence(Show &job) {
+  std::string token(p_root[parser_level].token), opening;
+  size_t begin = std::min(token.find_first_not_of("0123456789", 1), token.size());
+  if (begin < token.size() && token[begin] == ' ') begin++;
+  const bool is_cut = token.size() < 2 || token.back() != '\x91';
+  if (!is_cut) token.pop_back();
+  begin = std::min(begin, token.size());
+  append_readable(job, std::string_view(token).substr(0, begin), true, opening);
+  if (is_cut) opening += "  (cut off)";
+  if (is_cut) job.cut++;
+  Place base = token_place(job);
+  print_row(base, "sentence", 0, opening);
+  base.column += static_cast<int64_t>(begin);
+  base.real_column += static_cast<int64_t>(begin) - 1;
+  const Place end = show_inside(job, base, token.c_str() + begin);
+  if (!is_cut) print_row(end, "sentence", 0, "{91}");
+  job.shift = end.real_column - p_root[parser_level].real_column;
+  job.shifted_line = end.real_line;
+}
+
+void show_tokens(Show &job, FILE *stream) {
+  init_parser(codes_in_sentences | P_SENTENCE);
+  for (;;) {
+    const int32_t kind = parse(stream);
+    if (kind == P_SENTENCE)
+      show_sentence(job);
+    else if (kind != P_END)
+      show_token(job, kind, 0);
+    else if (feof(stream) || ferror(stream))
+      break;
+    else
+      print_row(token_place(job), "NUL", 0, "{00}");
+  }
+  exit_parser();
+}
+
+void show(char **names) {
+  const std::unique_ptr<FILE, int (*)(FILE *)> stream(fopen(names[0], "rbe"), fclose);
+  if (!stream) fail(names[0], 0, "cannot be read: %s", strerror(errno));
+  const auto job = std::make_unique<Show>();
+  make_code_page(skparm[language - 1], job->page);
+  printf("%-9s %-9s %-9s %s\n", "raw", "real", "kind", "text");
+  show_tokens(*job, stream.get());
+  if (ferror(stream.get())) report(names[0], 0, "cannot be read: %s", strerror(errno));
+  if (fflush(stdout) != 0) fail("standard output", 0, "cannot be written: %s", strerror(errno));
+  if (job->cut > 0) report(names[0], 0, "%lld codes are cut off", static_cast<long long>(job->cut));
+}
+
+void process(char *file) {
+  char *names[] = {file};
+  run_job(file, show, names);
+}
+
+}  // namespace
+}  // namespace klib::programs
+
+int main(int argc, char **argv) {
+  using namespace klib::programs;
+  return run_program({"kshow", usage, 1, process_function(process)}, argc, argv);
+}
