@@ -85,7 +85,7 @@ void write_characters(Output &output, std::string_view bytes, const Fonts &fonts
 // A word of the translation, its characters numbered from 0.
 struct Word {
   PieceIterator begin, end;
-  size_t first_letter, letters_end;  // all of it, when it has no letter
+  size_t first_letter, letters_end, count;  // its letters are all of it, when it has none
 };
 
 Word measure_word(const CodePage &page, PieceIterator begin, PieceIterator end) {
@@ -106,16 +106,16 @@ Word measure_word(const CodePage &page, PieceIterator begin, PieceIterator end) 
     else if (piece->kind == Piece::alien && !is_second_half(*piece))
       take(is_letter(next_character(page, piece->bytes, position)));
   }
-  if (letters_end == 0) return {begin, end, 0, count};
-  return {begin, end, first, letters_end};
+  if (letters_end == 0) return {begin, end, 0, count, count};
+  return {begin, end, first, letters_end, count};
 }
 
 // Follows the fonts through a word.
 struct Follower {
   const Word &word;
-  const SourceWord *source;  // null: the word is aligned with nothing
-  Fonts fonts{};             // as the transfer has placed them
-  size_t count = 0;          // characters so far
+  const SourceWord *source, *last_source;  // null: the word is aligned with nothing
+  Fonts fonts{};                           // as the transfer has placed them
+  size_t count = 0;                        // characters so far
 
   bool takes_codes() const { return source && !source->uniform && count > 0; }
 
@@ -127,9 +127,12 @@ struct Follower {
       if (count == 0) fonts = word.first_letter == 0 ? source->letter : source->first;
       return fonts;
     }
-    if (count >= word.letters_end) return source->last;
-    same = (count < word.first_letter ? word.first_letter : word.letters_end) - count;
-    return count < word.first_letter ? source->first : source->letter;
+    const size_t before = std::min(source->before, word.first_letter);
+    const size_t behind =
+        last_source->uniform ? std::min(last_source->behind, word.count - word.letters_end) : 0;
+    if (count >= word.count - behind) return last_source->last;
+    same = (count < before ? before : word.count - behind) - count;
+    return count < before ? source->first : source->letter;
   }
 };
 
@@ -155,8 +158,9 @@ void write_alien(Output &output, PieceIterator piece, Follower &follower) {
   if (second != follower.word.end) output.text += second->bytes;
 }
 
-void write_word(Output &output, const Word &word, const SourceWord *source) {
-  Follower follower{word, source};
+void write_word(Output &output, const Word &word, const SourceWord *source,
+                const SourceWord *last_source) {
+  Follower follower{word, source, last_source};
   for (PieceIterator piece = word.begin; piece != word.end; ++piece) {
     if (piece->kind == Piece::anchor)
       output.gap.push_back(&*piece);
@@ -194,10 +198,12 @@ int64_t settle_fonts(const CodePage &page, const SourceSentence &sentence,
   for (PieceIterator begin = pieces.begin(); begin != pieces.end(); target++) {
     const PieceIterator end = std::find_if(
         begin, pieces.end(), [](const Piece &piece) { return piece.kind == Piece::blank; });
-    while (link != links.end() && link->target < target) ++link;
-    const bool aligned = link != links.end() && link->target == target;
-    write_word(output, measure_word(page, begin, end),
-               aligned ? &sentence.words[static_cast<size_t>(link->source)] : nullptr);
+    const SourceWord *source = nullptr, *last_source = nullptr;
+    for (; link != links.end() && link->target == target; ++link) {
+      last_source = &sentence.words[static_cast<size_t>(link->source)];
+      if (!source) source = last_source;
+    }
+    write_word(output, measure_word(page, begin, end), source, last_source);
     if (end != pieces.end()) output.gap.push_back(&*end);
     begin = end == pieces.end() ? end : end + 1;
   }

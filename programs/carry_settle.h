@@ -14,9 +14,9 @@ int64_t count_lost_fonts(const SourceSentence &sentence, std::vector<int32_t> se
 
 // Writes the result of a transfer, split into `pieces`, with its fonts settled:
 //  - A word that is aligned with nothing is plain.
-//  - A word whose first source word has one formatting for all its letters and digits has that,
-//    from its first to its last letter or digit; what stands around them has the fonts of the first
-//    and the last character of the source word.
+//  - A word whose first source word has one formatting for all its letters and digits has that.
+//    Quotation marks and punctuation that stand around them in other fonts, before them in its
+//    first source word and behind them in its last, do so in the word, too, as far as it has any.
 //  - Any other word begins with the fonts of its first source word and then follows the codes that
 //    the transfer has placed inside it.
 // Codes stand where readers expect them: closed before blanks and opened behind them, anchors

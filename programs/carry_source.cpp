@@ -29,6 +29,8 @@ struct Reader {
   bool seen_letter = false;  // in the current word
   bool differs = false;      // the word has changed its fonts since its first letter
   size_t waiting = 0;        // the first code since the last blank
+  size_t count = 0;          // characters of the current word
+  size_t run = 0;            // the first of those since the fonts have changed
 };
 
 void begin_word(Reader &reader) {
@@ -41,6 +43,7 @@ void begin_word(Reader &reader) {
   }
   reader.inside_word = true;
   reader.seen_letter = reader.differs = false;
+  reader.count = reader.run = 0;
 }
 
 void end_word(Reader &reader) {
@@ -67,23 +70,32 @@ char32_t take_character(Reader &reader, std::string_view bytes, size_t &position
   return c;
 }
 
-// Takes text without codes inside. A word without letters is taken as if its first character were
-// one.
+// Takes one character into the current word. A word without letters is taken as if its first
+// character were one.
+void note_character(Reader &reader, bool letter, SourceWord &word) {
+  if (letter && !reader.seen_letter) {
+    reader.seen_letter = word.uniform = true;
+    reader.differs = false;
+    word.letter = reader.fonts;
+    word.before = reader.run;
+    word.behind = 0;
+  } else if (reader.run > 0 && reader.fonts != word.letter) {
+    reader.differs = true;
+  }
+  reader.count++;
+  if (!reader.differs) return;
+  word.behind++;
+  if (letter || !reader.seen_letter) word.uniform = false;
+}
+
+// Takes text without codes inside.
 void take_text(Reader &reader, std::string_view bytes) {
   if (!reader.inside_word) begin_word(reader);
   SourceWord &word = reader.sentence.words.back();
+  if (reader.fonts != word.last) reader.run = reader.count;
   word.last = reader.fonts;
-  bool as_letters = reader.fonts == word.letter;
-  for (size_t position = 0; position < bytes.size();) {
-    const bool letter = is_letter(take_character(reader, bytes, position));
-    if (letter && !reader.seen_letter) {
-      reader.seen_letter = as_letters = word.uniform = true;
-      reader.differs = false;
-      word.letter = reader.fonts;
-    }
-    if (!as_letters) reader.differs = true;
-    if (reader.differs && (letter || !reader.seen_letter)) word.uniform = false;
-  }
+  for (size_t position = 0; position < bytes.size();)
+    note_character(reader, is_letter(take_character(reader, bytes, position)), word);
   word.end = reader.sentence.text.size();
 }
 

@@ -21,6 +21,7 @@ struct SourceWord {
       last;              // of its first character, its first letter or digit, its last character
   bool uniform = true;   // from the first to the last letter or digit all have the same fonts
   bool aligned = false;  // a word of the translation has it as its source
+  size_t before = 0, behind = 0;  // marks around the stretch that has the fonts of the letters
 };
 
 struct SourceCode {
