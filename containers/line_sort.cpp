@@ -75,11 +75,13 @@ uint64_t key_at(const char *bytes, Readable readable) {
   return i == 0 ? 0 : key << 8 * (key_size - i);
 }
 
-int shift_of_highest_byte(uint64_t word) { return (63 - std::countl_zero(word)) / 8 * 8; }
-
-// Sorts by the keys' byte at `shift` and those below it; the bytes above are equal.
-void sort_keys(Entry *first, Entry *last, int shift) {
+// Sorts by the highest byte in which keys differ, and then each bucket by those below it.
+void sort_keys(Entry *first, Entry *last) {
   if (last - first <= small_range) return std::sort(first, last, key_below);
+  uint64_t differing = 0;
+  for (const Entry *entry = first; entry != last; entry++) differing |= entry->key ^ first->key;
+  if (differing == 0) return;
+  const int shift = (63 - std::countl_zero(differing)) / 8 * 8;
   const auto bucket_of = [shift](const Entry &entry) { return entry.key >> shift & 0xFF; };
   std::array<ptrdiff_t, 256> sizes{};
   for (const Entry *entry = first; entry != last; entry++) sizes[bucket_of(*entry)]++;
@@ -99,7 +101,7 @@ void sort_keys(Entry *first, Entry *last, int shift) {
   if (shift == 0) return;
   // The keys in bucket 0 have only zeros from here on: they are equal.
   for (size_t bucket = 1; bucket < 256; bucket++)
-    if (sizes[bucket] > 1) sort_keys(end[bucket] - sizes[bucket], end[bucket], shift - 8);
+    if (sizes[bucket] > 1) sort_keys(end[bucket] - sizes[bucket], end[bucket]);
 }
 
 // A number of bytes from `offset` on that all lines have in common, none of them a NUL. It is
@@ -127,16 +129,14 @@ void load_keys(Entry *first, Entry *last, size_t offset, Readable readable) {
 // Sorts lines that have the bytes before `offset` in common and whose keys are those at `offset`.
 void sort_range(Entry *first, Entry *last, size_t offset, Readable readable) {
   while (last - first > 1) {
-    uint64_t differing = 0;
-    for (const Entry *entry = first; entry != last; entry++) differing |= entry->key ^ first->key;
+    sort_keys(first, last);
     offset += key_size;
-    if (differing == 0) {
+    if (first->key == (last - 1)->key) {
       if (is_complete(first->key)) return;
       offset += common_bytes(first, last, offset, readable);
       load_keys(first, last, offset, readable);
       continue;
     }
-    sort_keys(first, last, shift_of_highest_byte(differing));
 
     Entry *longest = first, *longest_end = first, *ahead = first;
     for (Entry *run = first, *end; run != last; run = end) {
