@@ -56,7 +56,6 @@ memory::Array<char *> copy_texts(TextAt text_at) {
 }
 
 void check_language() {
-  if (kparm == nullptr) return;
   const std::string_view language = text(Text::language);
   const bool is_source_language = number(Number::all_languages) != 0 || language == "NULL" ||
                                   language == "NOLANGUAGE" || language.empty() ||
