@@ -126,9 +126,13 @@ void Kmain_loop(int32_t argc, char **argv, const char *program_name, const char 
 }
 
 int32_t Kstart_prog(const char *directory, const char *language) {
-  Ksourcecode_defaults_for_parms(directory);
-  memory::guarded([&] { parameters::store_start_of_language(language); });
   initCT(language);  // looks at two bytes, which a '-' among them makes Western either way
+  memory::guarded([&] {
+    // Kept, since the language may be a text of the tables that are made anew.
+    const memory::Text kept = memory::copy(language);
+    Ksourcecode_defaults_for_parms(directory);
+    parameters::store_start_of_language(kept.get());
+  });
   return 0;
 }
 

@@ -242,6 +242,10 @@ TEST_F(Frame, StartsAProgramWithoutTheLoop) {
   EXPECT_EQ(Kstart_prog("/data/", "GERMAN-ENGLISH"), 0);
   EXPECT_STREQ(skparm[0], "/data/dfmt");
   EXPECT_STREQ(skparm[1], "GERMAN");
+  skparm[21][0] = 'X';
+  EXPECT_EQ(Kstart_prog(skparm[0], skparm[21]), 0) << "texts of the old tables may be passed";
+  EXPECT_STREQ(skparm[0], "/data/dfmtdfmt");
+  EXPECT_STREQ(skparm[1], "XERMAN");
   EXPECT_EQ(Kstart_prog("", "RU"), 0);
   EXPECT_STREQ(skparm[1], "RU");
   EXPECT_EQ(cprops(0xA8), 0x80040000u);
