@@ -42,6 +42,7 @@ void report_run_time() {
 
 // Gives the index of the first file name.
 int32_t init_program(int32_t argc, char **argv, const char *program_name, const char *catalog) {
+  state = State{};  // the name and the start time of an earlier run are not this one's
   Ksourcecode_defaults_for_parms(start_directory);
   const int32_t first = argc != 0 ? Kparse_command_arguments(argc, argv) : 0;
   if (is_set(Number::logging)) Kstart_logging_file(parameters::text(Text::log_pathname));

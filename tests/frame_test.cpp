@@ -232,6 +232,10 @@ TEST_F(Frame, MainLoopReportsItsRun) {
             "The number of supplied filenames is not a multiple of 2.\n"
             "Program 'prog' aborted.\n");
   EXPECT_EQ(messages({"-TIME-PROG", "1", "-SHOW-START-END-ABORT", "0"}, 2), "Run time:    1 sec\n");
+  run(
+      {"-LOG-PATHNAME", directory_ + "/test.log", "a.txt"}, 1,
+      +[](char *) { set(Number::time_prog, 1); });
+  EXPECT_EQ(log(), "Program 'prog' started.\n") << "the earlier run's start time is over";
   EXPECT_EQ(messages({"a.txt"}, -1),
             "Program 'prog' started.\n"
             "Main loop cannot handle more than 4 parameters.\n"
