@@ -7,6 +7,7 @@
 
 #include "files/checked_files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <limits>
 
@@ -19,16 +20,21 @@ namespace klib::files {
 namespace {
 
 constexpr size_t copy_block = 65536;
+constexpr size_t largest_move = 0x7FFFF000;
 constexpr int mode_of_new_files = 0666;  // less what the process masks out
 
-// Makes a call that moves bytes, again as long as a signal interrupts it before any byte is moved.
+// Moves `count` bytes with one call of the platform, `call(from, count)`. It is made again when a
+// signal interrupted it before any byte was moved, and once more for the last bytes of almost 2
+// GiB, of which the platform moves no more than `largest_move` at a time. The bytes moved, or -1.
 template <class Call>
-int64_t uninterrupted(Call call) {
+int64_t move_bytes(size_t count, Call call) {
   int64_t moved;
   do {
     errno = 0;
-    moved = call();
+    moved = call(0, count);
   } while (moved < 0 && errno == EINTR);
+  if (moved == largest_move && count > largest_move)
+    moved += std::max<int64_t>(call(largest_move, count - largest_move), 0);
   return moved;
 }
 
@@ -51,7 +57,9 @@ int32_t checked_write(int32_t count, int64_t moved) {
 }  // namespace
 
 int64_t read_once(int32_t descriptor, void *buffer, size_t count) {
-  return uninterrupted([&] { return platform::calls.read(descriptor, buffer, count); });
+  return move_bytes(count, [&](size_t from, size_t size) {
+    return platform::calls.read(descriptor, static_cast<char *>(buffer) + from, size);
+  });
 }
 
 void close_stream(FILE *stream, bool complete) {
@@ -117,9 +125,11 @@ int32_t Kread(int32_t descriptor, void *buffer, int32_t count) {
 }
 
 int32_t Kwrite(int32_t descriptor, const void *buffer, int32_t count) {
-  const int64_t moved = count < 0 ? -1 : uninterrupted([&] {
-    return platform::calls.write(descriptor, buffer, static_cast<size_t>(count));
-  });
+  int64_t moved = -1;
+  if (count >= 0)
+    moved = move_bytes(static_cast<size_t>(count), [&](size_t from, size_t size) {
+      return platform::calls.write(descriptor, static_cast<const char *>(buffer) + from, size);
+    });
   return checked_write(count, moved);
 }
 
