@@ -78,7 +78,6 @@ const Row rows[] = {
      [] { parse_all(bytes("a{98}Bold{99} ") + std::string(5000, 'x'), P_FONT | P_COUNT); }},
     {"parse, lines",
      [] { parse_all(bytes("a{0A}b{97}c{0A}{90}1 x{91}"), P_CODE_LINE | P_SENTENCE); }},
-    {"parse, unterminated", [] { parse_all(bytes("{98}a"), P_FONT); }},
     {"real_string_length", [] { real_string_length("abc"); }},
     {"font definitions", [] { declare_fonts(), P_cleanup_fonts(); }},
     {"font selection",
