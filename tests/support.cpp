@@ -10,22 +10,7 @@
 #include <regex>
 #include <sstream>
 
-#include "containers/byte_stacks.h"
-#include "containers/case_mapping.h"
-#include "containers/double_stack.h"
-#include "containers/string_arrays.h"
-#include "containers/word_lists.h"
-#include "format/counters.h"
-#include "format/fonts.h"
-#include "format/parser.h"
-#include "format/sentence_output.h"
-#include "frame/abort_hook.h"
-#include "frame/logging.h"
-#include "frame/program.h"
-#include "parameters/parameters.h"
-#include "pattern/character_types.h"
 #include "platform/platform.h"
-#include "transfer/anchors.h"
 
 namespace klib::test {
 
@@ -103,24 +88,6 @@ std::string take(char *text) {
   const std::string shown = show(static_cast<const char *>(text));
   Kfree(text);
   return shown;
-}
-
-void release_modules() {
-  fonts::reset();  // before the arrays in which its tables live
-  logging::reset();
-  parameters::reset();
-  program::reset();
-  abort_hook::reset();
-  character_types::reset();
-  parser::reset();
-  case_mapping::reset();
-  double_stack::reset();
-  byte_stacks::reset();
-  string_arrays::reset();
-  counters::reset();
-  sentence_output::reset();
-  anchors::reset();
-  word_lists::reset();
 }
 
 void reset_all() {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "klib.h"
+#include "tests/reset.h"
 
 namespace klib::test {
 
@@ -21,10 +22,8 @@ std::string show(const char *text);
 // Takes over a text that the library handed out, shown in the notation, and releases it.
 std::string take(char *text);
 
-// Puts every module back to the state in which it is loaded and releases what it owns.
-void release_modules();
-
-// The same, and the platform's own calls are in force again, with every allocation counted.
+// Every module as it is loaded (release_modules), and the platform's own calls in force again, with
+// every allocation counted.
 void reset_all();
 
 std::string read_file(const std::string &name);
