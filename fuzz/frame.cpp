@@ -4,9 +4,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -44,8 +44,7 @@ int32_t Input::number() {
 }
 
 std::string Input::text() {
-  const void *nul = std::memchr(next_, 0, static_cast<size_t>(end_ - next_));
-  const uint8_t *stop = nul != nullptr ? static_cast<const uint8_t *>(nul) : end_;
+  const uint8_t *stop = std::find(next_, end_, uint8_t{0});
   std::string result(next_, stop);
   next_ = stop == end_ ? end_ : stop + 1;
   return result;
