@@ -1,0 +1,176 @@
+// The backtracking matcher.
+//
+// Goes through the items one by one. A repeated item first takes as much as it can; when the items
+// after it fail, it gives back one repetition after the other down to its least count, the
+// innermost repetition first. Where only one byte can follow, ends at which another byte stands are
+// passed over. No recursion: each repetition is one frame, so that the stack needed depends on the
+// expression alone.
+//
+// A back-reference to a group that is still open, as in \(\(a\)\1\), has no text yet and matches
+// nothing, like one to a group that matched the empty string.
+//
+// Tested by regex_test.cpp.
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+#include "pattern/regex.h"
+
+namespace klib::regex {
+
+bool is_word_byte(uint8_t byte) {
+  return std::isalpha(byte) != 0 || std::isdigit(byte) != 0 || byte == '_';
+}
+
+namespace {
+
+// A repetition that can still give something back.
+struct Frame {
+  const uint8_t *next;      // the item after it
+  const uint8_t *shortest;  // its end with the least count
+  const uint8_t *at;        // the end to be tried next,
+  bool left;                // if there is one
+  size_t step;              // between two ends
+  const uint8_t *follower;  // an item that must match a byte at the end, or null
+};
+
+struct Run {
+  const uint8_t *shortest, *longest;
+  size_t step;
+};
+
+bool consumes(const uint8_t *item, uint8_t byte) {
+  switch (plain(*item)) {
+    case literal:
+      return byte == item[1];
+    case any:
+      return byte != '\0';
+    case set:
+      return byte < 0x80 && Bitmap::test(item + 1, byte);
+    case negated_set:
+      return byte >= 0x80 || !Bitmap::test(item + 1, byte);
+    default:
+      return Bitmap::test(item + 1, byte);
+  }
+}
+
+std::string_view group_text(const Groups &groups, const uint8_t *reference) {
+  const uint8_t group = reference[1];
+  if (reference < groups.end_item[group]) return {};
+  const auto *start = reinterpret_cast<const char *>(groups.start[group]);
+  return {start, static_cast<size_t>(groups.stop[group] - groups.start[group])};
+}
+
+bool stands_at(std::string_view text, const Subject &subject, const uint8_t *position) {
+  const auto left = static_cast<size_t>(subject.text + subject.length - position);
+  return text.empty() ||
+         (text.size() <= left && std::memcmp(position, text.data(), text.size()) == 0);
+}
+
+// The ends of a repeated item that begins at the position; false when its least count is missed.
+bool find_run(const Subject &subject, const Groups &groups, const uint8_t *item,
+              const uint8_t *position, Run &run) {
+  const Counts counts = counts_of(item);
+  const Code code = plain(*item);
+  const uint8_t *at = position;
+  size_t count = 0;
+  run.step = 1;
+  if (code == back_reference) {
+    const std::string_view text = group_text(groups, item);
+    run = {position, position, text.size()};
+    if (text.empty()) return true;
+    for (; count < counts.most && stands_at(text, subject, at); ++count) at += text.size();
+  } else if (code == any) {
+    count = std::min<size_t>(counts.most,
+                             static_cast<size_t>(subject.text + subject.length - position));
+    at += count;
+  } else {
+    for (; count < counts.most && consumes(item, *at); ++count) ++at;
+  }
+  run.shortest = position + counts.least * run.step;
+  run.longest = at;
+  return count >= counts.least;
+}
+
+// The next item that decides by a single byte whether the rest can match at all, or null.
+const uint8_t *deciding_item(const uint8_t *item) {
+  while (*item == group_start || *item == group_end) item = next_item(item);
+  switch (*item) {
+    case literal:
+    case set:
+    case wide_set:
+    case negated_set:
+      return item;
+    default:
+      return nullptr;
+  }
+}
+
+// Moves to the next end that is worth a try.
+bool give_back(Frame &frame, const uint8_t *&position) {
+  while (frame.left) {
+    position = frame.at;
+    frame.left = frame.at != frame.shortest;
+    if (frame.left) frame.at -= frame.step;
+    if (frame.follower == nullptr || consumes(frame.follower, *position)) return true;
+  }
+  return false;
+}
+
+// An item without repetition: whether it matches at the position, which moves behind it.
+bool match_once(const Subject &subject, Groups &groups, const uint8_t *item,
+                const uint8_t *&position) {
+  switch (*item) {
+    case group_start:
+      groups.start[item[1]] = position;
+      return true;
+    case group_end:
+      groups.stop[item[1]] = position;
+      return true;
+    case end_anchor:
+      return *position == '\0';
+    case word_start:
+      return position == subject.text || (is_word_byte(*position) && !is_word_byte(position[-1]));
+    case word_end:
+      return !is_word_byte(*position);
+    case back_reference: {
+      const std::string_view text = group_text(groups, item);
+      if (!stands_at(text, subject, position)) return false;
+      position += text.size();
+      return true;
+    }
+    default:
+      return consumes(item, *position++);
+  }
+}
+
+}  // namespace
+
+void set_up(Groups &groups, const Expression &expression) {
+  for (const uint8_t *item = expression.items.data(); *item != end; item = next_item(item))
+    if (*item == group_end) groups.end_item[item[1]] = item;
+}
+
+bool regex_match_at(const Subject &subject, Groups &groups, const uint8_t *position,
+                    const uint8_t *item) {
+  std::array<Frame, form_size> frames;
+  size_t depth = 0;
+  while (*item != end) {
+    if (repetition_of(*item) == 0) {
+      if (match_once(subject, groups, item, position)) {
+        item = next_item(item);
+        continue;
+      }
+    } else if (Run run; find_run(subject, groups, item, position, run)) {
+      item = next_item(item);
+      frames[depth++] = {item, run.shortest, run.longest, true, run.step, deciding_item(item)};
+    }
+    while (depth != 0 && !give_back(frames[depth - 1], position)) --depth;
+    if (depth == 0) return false;
+    item = frames[depth - 1].next;
+  }
+  return true;
+}
+
+}  // namespace klib::regex

@@ -1,0 +1,76 @@
+// A search that carries sets of positions along a text, shared by the two files that decide with
+// it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "pattern/regex.h"
+#include "pattern/regex_block.h"
+
+namespace klib::regex {
+
+// The bytes of a set as ranges, those with numbers from `first` to before `past` in the walk.
+struct Set {
+  uint16_t first, past;
+};
+struct Range {
+  uint8_t first, last;
+};
+
+// An item that is counted, and its state between two blocks.
+struct Window {
+  Counts counts;
+  ptrdiff_t distance;               // of a back-reference: how far behind its group it stands
+  std::array<uint64_t, 5> entries;  // positions where it began whose run is unbroken; 0: this block
+  uint64_t age;  // from the latest position that came of age to the block's first position
+};
+
+// A back-reference whose text can vary in length, and its group as the items [start, stop).
+struct Reference {
+  const uint8_t *item, *start, *stop;
+};
+
+// One search. Arrays by item are indexed with the offset of the item in the compiled form.
+struct Walk {
+  const uint8_t *items, *end_item;
+  bool backward;        // items and text are both turned round
+  const uint8_t *live;  // behind the last item that hands something on to the next block
+  std::array<uint8_t, form_size> carry;  // what that is, for the items before `live`
+  // Of the items whose bit is set in `sets_made` or `windows_made`, the set and the window.
+  std::array<uint64_t, form_size / 64> sets_made, windows_made;
+  std::array<uint8_t, form_size> set_of, window_of;
+  size_t sets, windows, ranges;  // in use
+  size_t references;             // back-references whose text can vary in length
+  Reference reference;           // the last of them
+  std::array<Set, form_size / 17> set;
+  std::array<Range, form_size * 4> range;
+  std::array<Window, form_size / 2> window;
+};
+
+// Makes a walk ready for the first block.
+void begin(Walk &walk, const Expression &expression);
+
+// The same for a walk from the ends of matches to their beginnings: the items in reverse order, for
+// the text in reverse order. They are put into `turned`; an item at [a, b) of n bytes of items
+// comes to [n - b, n - a).
+void begin_backward(Walk &walk, Expression &turned, const Walk &forward);
+
+// Makes a walk ready for another first block.
+void restart(Walk &walk);
+
+// Carries the positions of a block, and what is left from the block before, through the items
+// [first, past). Result: the positions of the block that can follow the last of them.
+uint64_t advance(Walk &walk, const uint8_t *first, const uint8_t *past, const Block &block,
+                 uint64_t positions);
+
+// Whether the expression matches somewhere, each back-reference whose text can vary in length
+// standing for any bytes.
+[[nodiscard]] bool may_match(Walk &walk, bool anchored, const Subject &subject);
+
+// Decides an expression with exactly one such back-reference, on a text of at most this length.
+inline constexpr size_t longest_for_sets = 16384;
+[[nodiscard]] bool match_one_reference(Walk &walk, bool anchored, const Subject &subject);
+
+}  // namespace klib::regex
