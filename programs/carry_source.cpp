@@ -65,6 +65,12 @@ void end_word(Reader &reader) {
 // The next character goes from the bytes to the text of the sentence.
 char32_t take_character(Reader &reader, std::string_view bytes, size_t &position) {
   const size_t begin = position;
+  const char32_t single = reader.from.character[static_cast<unsigned char>(bytes[position])];
+  if (single != 0 && reader.to.byte[single] != 0) {
+    position++;
+    reader.sentence.text += static_cast<char>(reader.to.byte[single]);
+    return single;
+  }
   const char32_t c = next_character(reader.from, bytes, position);
   if (c == 0) fail_at(reader, bytes.substr(begin, position - begin));
   append_character(reader.to, c, reader.sentence.text);
