@@ -68,12 +68,8 @@ void write(Merge &job, std::string_view text) {
 }
 
 [[noreturn]] void fail_at_byte(const Merge &job, std::string_view bytes) {
-  std::string shown;
-  constexpr const char *digits = "0123456789ABCDEF";
-  for (const char c : bytes.substr(0, 5))
-    shown += {'{', digits[(c >> 4) & 0xF], digits[c & 0xF], '}'};
   fail(job.sentences.name(), job.sentences.line(), "sentence %d: %s is no character of %s",
-       static_cast<int>(job.sentences.number()), shown.c_str(), skparm[language - 1]);
+       static_cast<int>(job.sentences.number()), readable(bytes).c_str(), skparm[language - 1]);
 }
 
 void write_text(const Merge &job, std::string_view bytes, NestedWriter &writer) {

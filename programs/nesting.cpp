@@ -65,19 +65,21 @@ void NestedWriter::close_unwanted_fonts() {
   pop_to(depth);
 }
 
-// Opens, from the outside to the inside, what is wanted and has a number below `limit`.
-void NestedWriter::open_wanted(int32_t limit) {
+// Opens, from the outside to the inside, what is wanted and has a number below `limit`; only what
+// was closed before its time if `again`.
+void NestedWriter::open_wanted(int32_t limit, bool again) {
   std::vector<Element> elements;
   fonts_changed_ = false;
   for (int group = 0; group < font_group_count; group++) {
     const Element &font = wanted_[group];
     if (font.number == 0 || is_open_[group]) continue;
-    if (font.number >= limit) {
+    const bool was_open = interrupted_[group] == font.number;
+    if (font.number >= limit || (again && !was_open)) {
       fonts_changed_ = true;  // later
       continue;
     }
     elements.push_back(font);
-    if (interrupted_[group] == font.number) reopened_.push_back(font.number);
+    if (was_open) reopened_.push_back(font.number);
     interrupted_[group] = 0;
   }
   while (!suspended_.empty() && suspended_.begin()->first < limit) {
@@ -91,11 +93,13 @@ void NestedWriter::open_wanted(int32_t limit) {
 }
 
 // Brings the open elements to what the next thing needs; an anchor needs only what was opened
-// before it in the page.
+// before it in the page. What opens again has the blank inside, what opens anew has it outside.
 void NestedWriter::settle(int32_t limit) {
   if (fonts_changed_) close_unwanted_fonts();
+  const bool something_opens = fonts_changed_ || !suspended_.empty();
+  if (something_opens && blank_is_due_) open_wanted(limit, true);
   write_blank();
-  if (fonts_changed_ || !suspended_.empty()) open_wanted(limit);
+  if (something_opens) open_wanted(limit, false);
 }
 
 void NestedWriter::text(std::string_view html) {

@@ -42,7 +42,7 @@ class NestedWriter {
  private:
   void settle(int32_t limit);
   void close_unwanted_fonts();
-  void open_wanted(int32_t limit);
+  void open_wanted(int32_t limit, bool again);
   void push(const Element &element);
   void pop_to(size_t depth);
   void write_blank();

@@ -128,6 +128,18 @@ std::string with_type(const char *name, const char *type) {
   return text.get();
 }
 
+std::string readable(std::string_view bytes) {
+  constexpr const char *digits = "0123456789ABCDEF";
+  std::string text;
+  for (const char c : bytes) {
+    if (c >= ' ' && c <= '~')
+      text += c;
+    else
+      text += {'{', digits[(c >> 4) & 0xF], digits[c & 0xF], '}'};
+  }
+  return text;
+}
+
 void show_progress(int64_t sentences) {
   if (sentences % 256 != 0 || !isatty(STDERR_FILENO)) return;
   const auto now = std::chrono::steady_clock::now();

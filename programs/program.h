@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "klib.h"
 
@@ -44,6 +45,9 @@ using Text = std::unique_ptr<char, void (*)(void *)>;
 
 // The name with another three-character type in the place of its own; fail() when it has none.
 std::string with_type(const char *name, const char *type);
+
+// Bytes for people: printing ASCII as it is, others as {9D}.
+std::string readable(std::string_view bytes);
 
 // Shows on a terminal's standard error how far the job is; call it as often as you like.
 void show_progress(int64_t sentences);

@@ -1,0 +1,135 @@
+// What kextract makes of a page.
+#include "workplace.h"
+
+namespace klib::test {
+namespace {
+
+class Extract : public Workplace {
+ protected:
+  // The frames of the page's sentences without their numbers, one behind the other.
+  std::string frames(const std::string &language, const std::string &page) {
+    write("page.html", page);
+    const Outcome outcome = run("kextract", "-LANGUAGE " + language + " job.kti page.html");
+    if (outcome.status != 0) return outcome.errors;
+    std::string frames;
+    const std::string file = read("job.kti");
+    for (size_t i = 0; (i = file.find('\x90', i)) != std::string::npos;) {
+      i = file.find(' ', i) + 1;
+      frames += '[';
+      frames += shown(file.substr(i, file.find('\x91', i) - i));
+      frames += ']';
+    }
+    return frames;
+  }
+};
+
+TEST_F(Extract, FontsAnchorsAndWhatStaysOutside) {
+  static const struct {
+    const char *page, *frames;
+  } rows[] = {
+      {"a <b>c</b> d", "[a {98}weight{FF}1{99}c{98}weight{FF}0{99} d]"},
+      {"a <I class=x>c</I>d", "[a {98}slant{FF}1{99}c{98}slant{FF}0{99}d]"},
+      {"a <b>c</b > d", "[a {94}1{95}c{94}2{95} d]"},   // not how the end tag would be written
+      {"a <b> c</b> d", "[a {94}1{95} c{94}2{95} d]"},  // white space at an edge
+      {"a <b>c </b>d", "[a {94}1{95}c {94}2{95}d]"},
+      {"a <b>c <strong>d</strong></b> e",  // one of its own group inside
+       "[a {98}weight{FF}1{99}c {94}2{95}d{94}3{95}{98}weight{FF}0{99} e]"},
+      {"a <b>c <i>d</b> e</i> f",  // crossed
+       "[a {98}weight{FF}1{99}c {94}2{95}d{98}weight{FF}0{99} e{94}3{95} f]"},
+      {"a <a href=x>c</a> d", "[a {94}1{95}c{94}2{95} d]"},
+      {"a<img>c <!-- d --> e", "[a{94}1{95}c {94}2{95} e]"},
+      {"a <span><i></i></span> d", "[a {94}1{95} d]"},  // no text: one anchor
+      {"<p> <b><i>a c</i></b> </p>", "[a c]"},          // around the whole sentence
+      {"<a name=x></a><img>a <b>c</b><br>d", "[a {98}weight{FF}2{99}c{98}weight{FF}0{99}][d]"},
+      {"<b>a</b> c", "[{98}weight{FF}1{99}a{98}weight{FF}0{99} c]"},
+      {"a <b>c. D</b> e", "[a {94}1{95}c.][D{94}3{95} e]"},  // crosses the end of a sentence
+      {"a <script>b<c</script>d<pre> e </pre><td>f<textarea> g </textarea>", "[a {94}1{95}d][f]"},
+      {"<title>a &amp; b</title><title>a <b></title>", "[a & b]"},
+      {"<td>&nbsp;</td><td> </td><p><img></p>", ""},
+  };
+  for (const auto &row : rows) {
+    const std::string text = frames("ENGLISH", row.page);
+    EXPECT_EQ(text, shown(coded(row.frames))) << row.page;
+  }
+}
+
+TEST_F(Extract, Characters) {
+  static const struct {
+    const char *language, *page, *frames;
+  } rows[] = {
+      {"ENGLISH", "\xC3\xA9 &eacute; &#233; &#xE9;", "[{E9} {E9} {E9} {E9}]"},
+      {"ENGLISH", "a < b > c & d &lt; &gt; &amp;", "[a {9D}003C b {9D}003E c {9D}0026 d < > &]"},
+      {"ENGLISH", "a &bogus; &#10; &copy &&#97;mp; <&#97;",
+       "[a {9D}0026bogus; {9D}0026#10; {9D}0026copy {9D}0026{9D}0026#97;mp; "
+       "{9D}003C{9D}0026#97;]"},
+      {"ENGLISH", "a\xC2\xA0&nbsp;\xE2\x82\xAC\xF0\x9F\x98\x80",
+       "[a{9D}00A0{9D}00A0{9D}20AC{9D}D83D{9D}DE00]"},
+      {"ENGLISH", "a\x1D\x0B\xC2\x90\xC2\x9E", "[a{9D}001D{9D}000B{9D}0090{9E}]"},
+      {"RUSSIAN", "\xD1\x8F\xD0\x84\xC2\xA0\xD1\x92", "[{FF}{AA}{9D}00A0{9D}0452]"},
+      {"GREEK", "\xCE\xB1\xCD\xBA\xC3\xA9", "[{E1}{9D}037A{9D}00E9]"},
+  };
+  for (const auto &row : rows)
+    EXPECT_EQ(frames(row.language, row.page), shown(coded(row.frames))) << row.page;
+}
+
+TEST_F(Extract, Sentences) {
+  static const struct {
+    const char *language, *page, *frames;
+  } rows[] = {
+      {"ENGLISH", "One. Two! Three? Four: 5 six. seven",
+       "[One.][Two!][Three?][Four:][5 six. seven]"},
+      {"ENGLISH", "(One.) \"Two.\" [Three]", "[(One.)][\"Two.\"][[Three]]"},
+      {"ENGLISH", "<p>One.<b> Two</b> <i>three.</i> Four</p>",
+       "[One.][Two{94}3{95} {98}slant{FF}"
+       "4{99}three.{98}slant{FF}0{99}][Four]"},
+      {"ENGLISH", "Dr. No and Mr. X. It 1.5 is", "[Dr. No and Mr. X. It 1.5 is]"},
+      {"ENGLISH", "2.1. Title. Text", "[2.1. Title.][Text]"},
+      {"GERMAN",
+       "Am 3. Mai. \xC3\x9C"
+       "ber",
+       "[Am 3. Mai.][{DC}ber]"},
+      {"RUSSIAN", "\xD0\x90. \xD0\x91\xD0\xB0. \xD0\x92\xD0\xB0", "[{C0}. {C1}{E0}.][{C2}{E0}]"},
+  };
+  for (const auto &row : rows)
+    EXPECT_EQ(frames(row.language, row.page), shown(coded(row.frames))) << row.page;
+}
+
+TEST_F(Extract, FilesOfAJob) {
+  EXPECT_EQ(
+      frames("ENGLISH -KTI-START 7 -KTI-STEP 2 -SHOW-PROGRESS 0",
+             "<p>A <b>small</b> <a href=\"x\">step</a>\xC2\xA0<.</p>\n<p>Z"),
+      "[A {98}weight{FF}2{99}small{98}weight{FF}0{99} {94}3{95}step{94}4{95}{9D}00A0{9D}003C.][Z]");
+  EXPECT_EQ(shown(read("job.kti")).substr(0, 18), shown(coded("{94}1{95}\n{90}7 A ")));
+  EXPECT_NE(read("job.kti").find("\x90"
+                                 "9 Z\x91"),
+            std::string::npos);
+  EXPECT_EQ(read("job.txt"), "A small step\xC2\xA0<.\nZ\n");
+  EXPECT_EQ(read("job.anc"), "klib-page 1 UTF-8\n=<p>*<b>(<a href=\"x\">)3 </a>=</p>\n<p>");
+  EXPECT_EQ(read("job.anx").size(), 4u * 6);
+  EXPECT_EQ(files(), "job.anc job.anx job.kti job.txt page.html");
+}
+
+TEST_F(Extract, Refuses) {
+  static const struct {
+    const char *page, *message;
+  } rows[] = {
+      {"a\n\xFF", "page.html:2: is not valid UTF-8\n"},
+      {"<p>\n<meta charset=nosuch>", "page.html:2: unknown encoding 'nosuch'\n"},
+      {"<meta charset=euc-jp>\n\n\xFF", "page.html:3: is not valid euc-jp\n"},
+  };
+  for (const auto &row : rows) {
+    EXPECT_EQ(frames("ENGLISH", row.page), row.message);
+    EXPECT_EQ(files(), "page.html");
+  }
+  EXPECT_EQ(frames("ENGLISH", std::string("a\nb\0c", 5)), "page.html:2: holds a NUL character\n");
+  write("page.html", "a");
+  EXPECT_EQ(run("kextract", "job.kti .").errors, ".: cannot be read: Is a directory\n");
+  EXPECT_EQ(run("kextract", "nowhere/job.kti page.html").errors,
+            "nowhere/job.kti: cannot be written: No such file or directory\n");
+  EXPECT_EQ(run("kextract", "-LIB-DIRECTORY / job.kti page.html").errors,
+            "job.kti: font group \"weight\" is not declared by the parameter files: is "
+            "LIB-DIRECTORY /?\n");
+}
+
+}  // namespace
+}  // namespace klib::test

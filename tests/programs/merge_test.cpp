@@ -1,0 +1,158 @@
+// What kmerge makes of sentences that have been through a translation.
+#include "workplace.h"
+
+namespace klib::test {
+namespace {
+
+class Merge : public Workplace {
+ protected:
+  // Extracts the page, puts `frames` in the place of its sentence file, and merges.
+  Outcome merge(const std::string &page, const std::string &frames) {
+    write("page.html", page);
+    run("kextract", "-LANGUAGE ENGLISH job.kti page.html");
+    write("out.kti", coded(frames));
+    return run("kmerge", "-LANGUAGE ENGLISH out.kti job.anc result.html");
+  }
+};
+
+TEST_F(Merge, NestsWhatAnyOrderHas) {
+  static const struct {
+    const char *page, *frames, *result, *messages;
+  } rows[] = {
+      // Fonts: white space is inside when both sides have the font; the smaller number is outside.
+      {"a <b>c</b> <i>d</i>",
+       "{90}0 {98}weight{FF}1{99}A {98}weight{FF}0{99}{98}slant{FF}2{99}C D{91}",
+       "<b>A</b> <i>C D</i>", ""},
+      {"a <b>c <i>d</i></b>",
+       "{90}0 {98}slant{FF}2{99}{98}weight{FF}1{99}A{98}slant{FF}0{99} C{91}", "<b><i>A</i> C</b>",
+       ""},
+      {"a <b>c</b> <i>d</i>",
+       "{90}0 {98}weight{FF}1{99}A {98}slant{FF}2{99}C {98}weight{FF}0{99}D{91}",
+       "<b>A <i>C</i></b><i> D</i>",
+       "out.kti:1: sentence 0: the element of anchor 2 is closed and opened again\n"},
+      // A font that was opened behind an anchor stays behind it, and closes before its end.
+      {"a <a href=x><b>c</b></a> d",
+       "{90}0 {98}weight{FF}2{99}{94}1{95}A{94}3{95} {98}weight{FF}0{99}C{91}",
+       "<a href=x><b>A</b></a> C", ""},
+      // Pairs of anchors: crossed, inverted, and reaching out of their sentence.
+      {"a <a>c</a> <u > d</u> e", "{90}0 {94}1{95}A {94}3{95}C{94}2{95} D{94}4{95} E{91}",
+       "<a>A <u >C</u></a><u > D</u> E",
+       "out.kti:1: sentence 0: the element of anchor 3 is closed and opened again\n"},
+      {"a <a>c d</a> e", "{90}0 Xx Y{94}2{95}y Z {94}1{95}Ww V{91}", "Xx <a>Yy Z Ww</a> V",
+       "out.kti:1: sentence 0: anchor 1 came out behind its end; it is put around both words\n"},
+      {"a <a>c <q>d. E</q> f</a> g",
+       "{90}0 A {94}2{95}C {94}1{95}D.{91}{94}3{95}{90}1 E{94}5{95} F{94}4{95} G{91}",
+       "A <a>C <q>D. E</q> F</a> G",
+       "out.kti:1: sentence 0: the anchors from 1 to 2 are put back into their order\n"
+       "out.kti:1: sentence 1: the anchors from 4 to 5 are put back into their order\n"},
+      // Text is text whatever it looks like.
+      {"a <b>c</b> d",
+       "{90}0 <x> & {9D}003Cx {9D}003C{9D}0026 {9D}263A{9D}D83D{9D}DE00{98}weight{FF}1{99}C{91}",
+       "&lt;x&gt; &amp; &lt;x <& \xE2\x98\xBA\xF0\x9F\x98\x80<b>C</b>", ""},
+  };
+  for (const auto &row : rows) {
+    const Outcome outcome = merge(row.page, row.frames);
+    EXPECT_EQ(read("result.html"), row.result) << row.frames;
+    EXPECT_EQ(outcome.errors, row.messages) << row.frames;
+    EXPECT_EQ(outcome.status, 0) << row.frames;
+  }
+}
+
+TEST_F(Merge, ReportsAnchorsThatAreNotWhereTheyShouldBe) {
+  static const struct {
+    const char *page, *frames, *result, *messages;
+  } rows[] = {
+      {"a<img><a>c</a><hr>", "{90}0 A{94}2{95}C{91}{94}4{95}", "A<a>C</a><hr>",
+       "out.kti:1: sentence 0: anchor 2 is not closed; it is closed at the end of the sentence\n"
+       "job.anc: anchor 1 is lost\njob.anc: anchor 3 is lost\n"},
+      {"a<img><a>c</a><hr>", "{90}0 {94}1{95}A{94}1{95}C{94}3{95}{91}{94}4{95}{94}4{95}",
+       "<img>AC<hr><hr>",
+       "out.kti:1: sentence 0: anchor 1 stands there twice; the second is left out\n"
+       "out.kti:1: sentence 0: anchor 3 closes anchor 2, which is not there, and is left out\n"
+       "out.kti:1: anchor 4 stands in an earlier place, too\njob.anc: anchor 2 is lost\n"},
+  };
+  for (const auto &row : rows) {
+    const Outcome outcome = merge(row.page, row.frames);
+    EXPECT_EQ(read("result.html"), row.result) << row.frames;
+    EXPECT_EQ(outcome.errors, row.messages) << row.frames;
+    EXPECT_EQ(outcome.status, 1) << row.frames;
+  }
+  EXPECT_EQ(merge("a <b>c</b> d", "{90}0 A{91}").errors,
+            "job.anc: anchor 1, a font, is not used\n");
+}
+
+TEST_F(Merge, Refuses) {
+  static const struct {
+    const char *frames, *message;
+  } rows[] = {
+      {"{90}0 A{91}\n{90}1 B", "out.kti:2: a sentence is cut off\n"},
+      {"\n\n x {90}0 A{91}", "out.kti:3: text outside of a sentence\n"},
+      {"{90}0 A{00}B{91}", "out.kti:1: a sentence is cut off\n"},
+      {"\n{90}0 A{91}{00}", "out.kti:2: holds a NUL byte\n"},
+      {"{90}0 {94}9{95}A{91}", "out.kti:1: sentence 0: there is no anchor 9\n"},
+      {"{90}0 {98}weight{FF}2{99}A{91}", "out.kti:1: sentence 0: anchor 2 is no font\n"},
+      {"{90}0 {98}width{FF}1{99}A{91}", "out.kti:1: unknown font 'width{FF}1'\n"},
+      {"{90}0 {94}x{95}A{91}", "out.kti:1: an anchor without a number\n"},
+      {"{90}0 {9D}00ZZA{91}", "out.kti:1: sentence 0: {9D}00ZZ is no character of ENGLISH\n"},
+  };
+  for (const auto &row : rows) {
+    const Outcome outcome = merge("a <b>c</b> <img>d", row.frames);
+    EXPECT_EQ(outcome.errors, row.message) << row.frames;
+    EXPECT_EQ(outcome.status, 1) << row.frames;
+    EXPECT_EQ(read("result.html"), "(none)") << row.frames;
+  }
+  const std::string index = read("job.anx");
+  write("job.anx", index.substr(0, index.size() - 4));
+  EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors,
+            "job.anx: does not fit job.anc: it ends at 22, the file at 28\n");
+  write("job.anx", "abc");
+  EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors, "job.anx: is no anchor index\n");
+}
+
+TEST_F(Merge, WritesTheEncodingOfThePage) {
+  const std::string page = "<meta charset=iso-8859-1><p>Caf\xE9 \x80</p>";
+  EXPECT_EQ(merge(page, "{94}1{95}{90}0 Caf{E9}{9D}20AC{9D}263A{91}{94}2{95}").errors, "");
+  EXPECT_EQ(read("result.html"), "<meta charset=iso-8859-1><p>Caf\xE9\x80&#9786;</p>");
+}
+
+// Checked alike in every program.
+TEST_F(Merge, Arguments) {
+  static const struct {
+    const char *arguments;
+    int status;
+    const char *message;
+  } rows[] = {
+      {"--help", 0, ""},
+      {"-LANGUAGE -h -h", 0, ""},
+      {"", 1, "kmerge: no file names\n"},
+      {"a.kti b.anc", 1, "kmerge: 2 file names, but each job takes 3\n"},
+      {"-NOSUCH 1 a.kti b.anc c", 1, "kmerge: unknown parameter: -NOSUCH\n"},
+      {"-LANGUAGE=ENGLISH a.kti b.anc c", 1, "kmerge: unknown parameter: -LANGUAGE=ENGLISH\n"},
+      {"-LANGUAGE", 1, "kmerge: a value is missing behind -LANGUAGE\n"},
+      {"a b.anc c", 1, "kmerge: the name must end in a dot and a three-character type: a\n"},
+      {"a.kti b.anc c", 1, "a.kti: cannot be read: No such file or directory\n"},
+  };
+  for (const auto &row : rows) {
+    const Outcome outcome = run("kmerge", row.arguments);
+    EXPECT_EQ(outcome.errors.substr(0, outcome.errors.find("Try ")), row.message) << row.arguments;
+    EXPECT_EQ(outcome.status, row.status) << row.arguments;
+    EXPECT_EQ(outcome.output.starts_with("Usage: kmerge "), row.status == 0) << row.arguments;
+  }
+}
+
+// An abort in the first job closes the log; the second job is logged and written all the same.
+TEST_F(Merge, JobsDoNotDisturbEachOther) {
+  write("page.html", "<p>a <b>c</b></p>");
+  run("kextract", "job.kti page.html");
+  write("cut.kti", coded("{90}0 A"));
+  const Outcome outcome =
+      run("kmerge", "-LOG-PATHNAME job.log cut.kti job.anc one.html job.kti job.anc two.html");
+  EXPECT_EQ(outcome.errors, "cut.kti:1: a sentence is cut off\n");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(read("one.html"), "(none)");
+  EXPECT_EQ(read("two.html"), "<p>a <b>c</b></p>");
+  EXPECT_NE(read("job.log").find("Premature end of file.\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace klib::test
