@@ -158,16 +158,17 @@ void Kdelete_file(const char *name) {
 }
 
 void Kcopy_file(const char *source, const char *target) {
-  // The source first: when it cannot be opened, the target is not touched.
+  // The source first: when it cannot be opened, or is a directory, the target is not touched.
   FILE *from = Kfopen2(source, platform::read_text);
   if (from == nullptr) return;
-  FILE *to = Kfopen2(target, platform::write_text);
+  char block[copy_block];
+  size_t size = platform::calls.read_stream(block, sizeof block, from);
+  const bool readable = size > 0 || std::ferror(from) == 0;
+  FILE *to = readable ? Kfopen2(target, platform::write_text) : nullptr;
   bool written = true;
-  if (to != nullptr) {
-    char block[copy_block];
-    size_t size;
-    while (written && (size = platform::calls.read_stream(block, sizeof block, from)) > 0)
-      written = platform::calls.write_stream(block, size, to) == size;
+  while (to != nullptr && written && size > 0) {
+    written = platform::calls.write_stream(block, size, to) == size;
+    size = platform::calls.read_stream(block, sizeof block, from);
   }
   close_stream(from, std::ferror(from) == 0);
   if (to != nullptr) close_stream(to, written);

@@ -77,6 +77,8 @@ TEST_F(CheckedFiles, CopiesWholeFilesOrSaysSo) {
   EXPECT_TRUE(read_file("empty") == content);
   Kcopy_file("missing", "abc");
   EXPECT_EQ(log() + read_file("abc"), "File 'missing' cannot be opened.\nProgram aborted.\nabc");
+  Kcopy_file(".", "abc");
+  EXPECT_EQ(log() + read_file("abc"), "A file could not be closed.\nabc");
   for (const char *source : {"abc", "long"}) Kcopy_file(source, "/dev/full");
   EXPECT_EQ(log(), "A file could not be closed.\nA file could not be closed.\n");
 }
