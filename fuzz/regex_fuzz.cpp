@@ -10,7 +10,7 @@ namespace regex = klib::regex;
 
 namespace {
 
-constexpr size_t longest_for_backtracking = 20;
+constexpr size_t longest_for_backtracking = 12;
 
 bool found_by_backtracking(const regex::Expression &expression, const regex::Subject &subject) {
   regex::Groups groups;
@@ -41,7 +41,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   regex::Compiled compiled;
   for (const std::string &expression : expressions) {
     const regex::Expression *form = regex::regex_compile(expression.c_str(), compiled);
-    if (form == nullptr || form->size > 24) continue;
+    if (form == nullptr || form->size > 18) continue;
     require(regex::regex_find(*form, subject) == found_by_backtracking(*form, subject),
             "both matchers give one answer");
   }
