@@ -1,7 +1,7 @@
 // Sorting of text lines by their unsigned bytes.
 //
 // Comparing texts costs a step into cold memory for each side of each comparison. So every line is
-// held together with a key, eight of its bytes as a number that orders as they do, and only keys
+// held together with a key, eight of its bytes as a number, and only keys
 // are compared: first those of the bytes 0 to 7; then, in each run of lines with equal keys, those
 // of the next eight, and so on. Keys are sorted byte by byte into 256 buckets, small ranges by
 // comparing. Of the runs in a range all but the longest are handled by recursion, each at most half
@@ -20,6 +20,7 @@
 #include <numeric>
 
 #include "containers/bytes.h"
+#include "containers/line_keys.h"
 #include "frame/memory.h"
 #include "platform/platform.h"
 
@@ -27,53 +28,17 @@ namespace klib::containers {
 
 namespace {
 
-constexpr size_t key_size = sizeof(uint64_t);
 constexpr ptrdiff_t small_range = 96;           // up to here comparing is quicker than buckets
 constexpr size_t few_lines = 24;                // so few are not worth the memory
 constexpr size_t longest_look = 32 * key_size;  // for bytes in common
-constexpr uint64_t every_byte = 0x0101010101010101;
 constexpr ptrdiff_t lines_ahead = 16;  // whose next bytes are fetched while runs are handled
 
 struct Entry {
-  uint64_t key;  // bytes of the line, the first highest, zeros from the line's NUL on
+  uint64_t key;
   char *line;
 };
 
 bool key_below(const Entry &a, const Entry &b) { return a.key < b.key; }
-
-bool is_complete(uint64_t key) { return (key & 0xFF) == 0; }
-
-uintptr_t address(const char *bytes) { return reinterpret_cast<uintptr_t>(bytes); }
-
-struct Readable {
-  const char *begin;
-  const char *end;
-
-  [[nodiscard]] bool holds_word_at(const char *bytes) const {
-    // Unsigned: a text before `begin` is as far off as one behind `end`.
-    const uintptr_t size = address(end) - address(begin);
-    const uintptr_t offset = address(bytes) - address(begin);
-    return offset < size && size - offset >= key_size;
-  }
-};
-
-// Eight bytes, the first one lowest, with zeros from the first zero on.
-uint64_t word_at(const char *bytes) {
-  uint64_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  if (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-  // In every zero byte the top bit; a byte above the first zero may have it wrongly.
-  const uint64_t zeros = (word - every_byte) & ~word & (every_byte * 0x80);
-  return word & (((zeros & (0 - zeros)) >> 7) - 1);
-}
-
-uint64_t key_at(const char *bytes, Readable readable) {
-  if (readable.holds_word_at(bytes)) return __builtin_bswap64(word_at(bytes));
-  uint64_t key = 0;
-  size_t i = 0;
-  for (; i < key_size && bytes[i] != '\0'; i++) key = key << 8 | u8(bytes[i]);
-  return i == 0 ? 0 : key << 8 * (key_size - i);
-}
 
 // Sorts by the highest byte in which keys differ, and then each bucket by those below it.
 void sort_keys(Entry *first, Entry *last) {
@@ -175,12 +140,12 @@ void sort_with_keys(char **lines, size_t count, Entry *entries, Readable readabl
 
 }  // namespace
 
-void sort_lines(char **lines, size_t count, const char *readable, const char *readable_end) {
+void sort_lines(char **lines, size_t count, Readable readable) {
   // The sort cannot fail, so a lack of memory is nothing to report: the platform is asked directly.
   void *block = count > few_lines ? platform::calls.allocate(count * sizeof(Entry)) : nullptr;
   const memory::Array<Entry> entries(static_cast<Entry *>(block));
   if (entries)
-    sort_with_keys(lines, count, entries.get(), {readable, readable_end});
+    sort_with_keys(lines, count, entries.get(), readable);
   else
     std::sort(lines, lines + count,
               [](const char *a, const char *b) { return std::strcmp(a, b) < 0; });

@@ -3,10 +3,11 @@
 
 #include <cstddef>
 
+#include "containers/line_keys.h"
+
 namespace klib::containers {
 
-// Sorts `count` pointers to texts in the order of ustrcmp. The bytes from `readable` up to
-// `readable_end` can all be read, so that texts inside are looked at eight bytes at a time.
-void sort_lines(char **lines, size_t count, const char *readable, const char *readable_end);
+// Sorts `count` pointers to texts in the order of ustrcmp; texts in `readable` are sorted fastest.
+void sort_lines(char **lines, size_t count, Readable readable);
 
 }  // namespace klib::containers

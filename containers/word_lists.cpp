@@ -24,8 +24,18 @@ struct State {
   char *buffer = nullptr;  // the loaded list's text: sorting moves l_array[0]; null = none
   const char *buffer_end = nullptr;  // behind the last line's NUL
 };
-
 constinit State state;
+
+containers::Readable readable() { return {state.buffer, state.buffer_end}; }
+
+// As strcmp, with the word's key at hand. The list's lines are cold memory and compared by the key
+// that stands there, without a call.
+int compare(const char *word, uint64_t word_key, const char *line) {
+  const uint64_t line_key = containers::key_at(line, readable());
+  if (word_key != line_key) return word_key < line_key ? -1 : 1;
+  if (containers::is_complete(word_key)) return 0;
+  return std::strcmp(word + containers::key_size, line + containers::key_size);
+}
 
 }  // namespace
 
@@ -51,18 +61,18 @@ int32_t Klist_in(const char *name) {
 }
 
 void Ksort_list() {
-  if (l_length > 1)
-    containers::sort_lines(l_array, static_cast<size_t>(l_length), state.buffer, state.buffer_end);
+  if (l_length > 1) containers::sort_lines(l_array, static_cast<size_t>(l_length), readable());
 }
 
 int32_t Klist_search(const char *word) {
   // The lines before `low` are below the word, those from `high` on above it.
   int32_t low = 0, high = l_length;
   int32_t below = -1;  // the last line found to be below the word
+  const uint64_t key = containers::key_at(word, {});
   while (low < high) {
     const int32_t probe = low + (high - low) / 2;
     if (probe == below) break;
-    const int order = std::strcmp(word, l_array[probe]);
+    const int order = compare(word, key, l_array[probe]);
     if (order == 0) return probe;
     if (order < 0)
       high = probe;
