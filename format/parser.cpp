@@ -1,17 +1,11 @@
-// Levels of the format-code parser, and tokens: plain text and whole codes, as far as the level's
-// flags ask for them.
+// Tokens of the format-code parser: plain text and whole codes, as far as the level's flags ask for
+// them.
 //
 // A token is what the token buffer holds when it is delivered. A byte that ends a token without
-// belonging to it is taken back and read again by the next call. Up to four levels can be open; one
-// more is refused: it reads nothing but the end, and its exit closes nothing.
-//
-// The state of the counters outlives levels: an inner level that counts starts the open codes from
-// 0, nothing else is set aside for it.
+// belonging to it is taken back and read again by the next call.
 
 #include "format/parser.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <cstring>
 #include <string_view>
 
@@ -21,64 +15,11 @@
 #include "frame/messages.h"
 #include "pattern/character_types.h"
 
-// Programs read the frames: 17 numbers, then three pointers.
-static_assert(offsetof(parser_frame, hidden_real_column) == 16 * sizeof(int32_t));
-static_assert(offsetof(parser_frame, saved_pushback) ==
-              offsetof(parser_frame, string_pos) + 2 * sizeof(char *));
-static_assert(sizeof(parser_frame) == offsetof(parser_frame, saved_pushback) + sizeof(char *));
-
 namespace klib::parser {
-
-constinit State state;
 
 namespace {
 
 using codes::Code;
-
-bool is_open() {
-  return state.refused_levels == 0 && static_cast<uint32_t>(parser_level - 1) < deepest_level;
-}
-
-void release_stack(int32_t number) {
-  Kfree(_stack[number].base);
-  _stack[number] = {};
-}
-
-void make_stacks() {
-  s_make(slots::parser_pushback, 50, 50);
-  if (_stack[slots::parser_pushback].base == nullptr) throw memory::Exhausted{};
-  s_make(slots::parser_token, 1000, 1000);
-  if (_stack[slots::parser_token].base != nullptr) return;
-  release_stack(slots::parser_pushback);
-  throw memory::Exhausted{};
-}
-
-void set_pushback_aside(parser_frame &frame) {
-  byte_stack &pushback = pushback_stack();
-  frame.saved_pushback = memory::copy(s_stack(slots::parser_pushback)).release();
-  pushback.top = pushback.base;
-}
-
-void open_level(int32_t flags) {
-  if (state.refused_levels > 0 || parser_level >= deepest_level) {
-    Kdisplay("Internal error. More than %d parser levels.\n", deepest_level);
-    ++state.refused_levels;
-    return;
-  }
-  if (parser_level == 0)
-    make_stacks();
-  else
-    set_pushback_aside(p_root[parser_level]);
-  parser_frame &frame = p_root[++parser_level];
-  state.checked_end[parser_level] = nullptr;
-  frame.flags = flags;
-  frame.counting = flags & P_COUNT;
-  frame.status = 0;
-  if (frame.counting == 0) return;
-  frame.token_line = frame.line = frame.token_column = frame.column = 1;
-  frame.token_real_line = frame.real_line = frame.token_real_column = frame.real_column = 1;
-  state.p_open_codes = 0;
-}
 
 int32_t deliver(Input input, int32_t kind) {
   *token_stack().top = '\0';
@@ -215,58 +156,16 @@ int32_t read_to_position(Input input, int32_t line, int32_t column) {
   return deliver(input, byte >= 0 ? 0 : -1);
 }
 
-void close_level() {
-  if (parser_level-- == 1) {
-    release_stack(slots::parser_token);
-    release_stack(slots::parser_pushback);
-    return;
-  }
-  parser_frame &outer = p_root[parser_level];
-  byte_stack &pushback = pushback_stack();
-  pushback.top = pushback.base;
-  if (outer.saved_pushback != nullptr) s_fill(slots::parser_pushback, outer.saved_pushback);
-  Kfree(outer.saved_pushback);
-  outer.saved_pushback = nullptr;
-}
-
 }  // namespace
-
-Level::Level(int32_t flags, const char *text) {
-  open_level(flags);
-  parse_from_string(text);
-}
 
 int32_t Level::next() { return is_open() ? read_token({p_root[parser_level], nullptr}) : P_END; }
 
-void reset() {
-  while (parser_level > 0) close_level();
-  std::ranges::fill(p_root, parser_frame{});
-  state = State{};
-}
-
 }  // namespace klib::parser
 
-// Exported data and operations
+// Exported operations
 
 using namespace klib;
 using namespace klib::parser;
-
-constinit parser_frame p_root[deepest_level + 1] = {};
-constinit int32_t parser_level = 0;
-
-void init_parser(int32_t flags) {
-  try {
-    open_level(flags);
-  } catch (const memory::Exhausted &) {
-    ++state.refused_levels;
-  }
-}
-
-void parse_from_string(const char *text) {
-  if (!is_open()) return;
-  p_root[parser_level].string_pos = text;
-  state.checked_end[parser_level] = text;
-}
 
 int32_t parse(FILE *stream) {
   if (!is_open()) return P_END;
@@ -290,15 +189,6 @@ int32_t p_getchar(FILE *stream) {
     s_stack(slots::parser_token);  // the token ends after the new byte
     return byte;
   });
-}
-
-void exit_parser() {
-  if (state.refused_levels > 0)
-    --state.refused_levels;
-  else if (is_open())
-    close_level();
-  else
-    Kdisplay("Internal error. No parser level to close.\n");
 }
 
 char *body(char *token) {

@@ -33,6 +33,11 @@ struct State {
 };
 extern constinit State state;
 
+// Whether there is a level to read from.
+[[nodiscard]] inline bool is_open() {
+  return state.refused_levels == 0 && static_cast<uint32_t>(parser_level - 1) < deepest_level;
+}
+
 // A level for one text, from here to the end of the scope. Unlike the exported operations it throws
 // memory::Exhausted where the memory for a token or for the level itself is missing.
 class Level {

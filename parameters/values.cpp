@@ -51,7 +51,7 @@ memory::Array<char *> copy_texts(TextAt text_at) {
   copies.reserve(text_count);
   for (int32_t i = 0; i < text_count; i++) copies.push_back(memory::copy(text_at(i)));
   auto table = memory::allocate_array<char *>(text_count);
-  for (int32_t i = 0; i < text_count; i++) table[i] = copies[i].release();
+  std::ranges::transform(copies, table.get(), [](memory::Text &copy) { return copy.release(); });
   return table;
 }
 
@@ -177,8 +177,7 @@ void Ksourcecode_defaults_for_parms(const char *directory) {
     lib_directory.append(directory);
     lib_directory.append("dfmt");
     auto numbers = memory::allocate_array<int32_t>(numeric_count);
-    for (const NumericDefinition &row : numeric_definitions)
-      numbers[row.number - 1] = row.default_value;
+    std::ranges::transform(numeric_definitions, numbers.get(), &NumericDefinition::default_value);
     auto texts = copy_texts([&](int32_t i) {
       return text_definitions[i].number == static_cast<int32_t>(Text::lib_directory)
                  ? lib_directory.text()
@@ -205,7 +204,8 @@ void Kcleanup_parameters() {
 void Ksave_parameter_values() {
   memory::guarded([] {
     auto numbers = memory::allocate_array<int32_t>(numeric_count);
-    for (int32_t i = 0; i < numeric_count; i++) numbers[i] = number(static_cast<Number>(i + 1));
+    for (int32_t i = 0; i < numeric_count; i++)
+      numbers.get()[i] = number(static_cast<Number>(i + 1));
     auto texts = copy_texts([](int32_t i) { return text(static_cast<Text>(i + 1)); });
     Kfree(state.saved_kparm);
     release_texts(state.saved_skparm);

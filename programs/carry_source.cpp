@@ -31,6 +31,7 @@ struct Reader {
   size_t waiting = 0;        // the first code since the last blank
   size_t count = 0;          // characters of the current word
   size_t run = 0;            // the first of those since the fonts have changed
+  size_t marks = 0;          // since the last letter
 };
 
 void begin_word(Reader &reader) {
@@ -43,7 +44,7 @@ void begin_word(Reader &reader) {
   }
   reader.inside_word = true;
   reader.seen_letter = reader.differs = false;
-  reader.count = reader.run = 0;
+  reader.count = reader.run = reader.marks = 0;
 }
 
 void end_word(Reader &reader) {
@@ -64,6 +65,12 @@ void end_word(Reader &reader) {
 // The next character goes from the bytes to the text of the sentence.
 char32_t take_character(Reader &reader, std::string_view bytes, size_t &position) {
   const size_t begin = position;
+  const char32_t single = reader.from.character[static_cast<unsigned char>(bytes[position])];
+  if (single != 0 && reader.to.byte[single] != 0) {
+    position++;
+    reader.sentence.text += static_cast<char>(reader.to.byte[single]);
+    return single;
+  }
   const char32_t c = next_character(reader.from, bytes, position);
   if (c == 0) fail_at(reader, bytes.substr(begin, position - begin));
   append_character(reader.to, c, reader.sentence.text);
@@ -77,14 +84,16 @@ void note_character(Reader &reader, bool letter, SourceWord &word) {
     reader.seen_letter = word.uniform = true;
     reader.differs = false;
     word.letter = reader.fonts;
-    word.before = reader.run;
-    word.behind = 0;
-  } else if (reader.run > 0 && reader.fonts != word.letter) {
+    word.before = reader.run > 0 && reader.run == reader.count ? all_marks : reader.run;
+    reader.marks = word.behind = 0;
+  } else if (!reader.differs && reader.run > 0 && reader.fonts != word.letter) {
     reader.differs = true;
+    word.behind = reader.marks == 0 ? all_marks : 0;
   }
   reader.count++;
+  reader.marks = letter ? 0 : reader.marks + 1;
   if (!reader.differs) return;
-  word.behind++;
+  if (word.behind != all_marks) word.behind++;
   if (letter || !reader.seen_letter) word.uniform = false;
 }
 

@@ -15,13 +15,16 @@ namespace klib::programs {
 
 using Fonts = std::array<int32_t, font_group_count>;  // in force, by group; 0: plain
 
+constexpr size_t all_marks = SIZE_MAX;
+
 struct SourceWord {
   size_t begin, end;  // in the text of the sentence
   Fonts first, letter,
       last;              // of its first character, its first letter or digit, its last character
   bool uniform = true;   // from the first to the last letter or digit all have the same fonts
   bool aligned = false;  // a word of the translation has it as its source
-  size_t before = 0, behind = 0;  // marks around the stretch that has the fonts of the letters
+  // Marks around the stretch that has the fonts of the letters; all_marks when it has none itself.
+  size_t before = 0, behind = 0;
 };
 
 struct SourceCode {

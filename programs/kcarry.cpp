@@ -102,29 +102,50 @@ void report_sentence(Carry &job, int64_t fonts, int64_t anchors, bool translated
        static_cast<int>(job.sentences.number()), behind_comma);
 }
 
-void carry_sentence(Carry &job) {
-  read_source(job.sentences, job.from, job.to, job.pieces, job.source);
-  const int32_t source_words =
-      job.source.text.empty() ? 0 : static_cast<int32_t>(job.source.words.size());
-  const int32_t target_words = encode_translation(job);
+// Reads the alignment of the sentence.
+void find_links(Carry &job, int32_t source_words, int32_t target_words) {
   if (job.alignment)
     job.totals.pairs += read_links(*job.alignment, source_words, target_words, job.links);
   else
     link_in_order(source_words, target_words, job.links);
-  int64_t fonts = 0, anchors = 0;
+}
+
+// Writes the translation with the codes of the sentence to `settled`.
+void carry_codes(Carry &job, int32_t target_words) {
+  read_source(job.sentences, job.from, job.to, job.pieces, job.source);
+  const SourceSentence &source = job.source;
+  find_links(job, source.text.empty() ? 0 : static_cast<int32_t>(source.words.size()),
+             target_words);
   if (target_words == 0) {
-    fonts = keep_anchors(job);
-  } else if (job.source.codes.empty()) {
-    job.settled = job.encoded;
-  } else {
-    anchors = move_anchors(job.source, job.links);
-    initCT(job.language_of_target);
-    transfer_codes(job.source, job.links, job.encoded, target_words, job.transfer, job.transferred);
-    split_sentence(job.sentences, job.transferred, job.pieces);
-    initCT(job.source_language);
-    fonts = settle_fonts(job.to, job.source, job.links, job.pieces, job.settled);
+    report_sentence(job, keep_anchors(job), 0, false);
+    return;
   }
-  report_sentence(job, fonts, anchors, target_words > 0);
+  const int64_t anchors = move_anchors(job.source, job.links);
+  initCT(job.language_of_target);
+  transfer_codes(source, job.links, job.encoded, target_words, job.transfer, job.transferred);
+  split_sentence(job.sentences, job.transferred, job.pieces);
+  initCT(job.source_language);
+  const int64_t fonts = settle_fonts(job.to, source, job.links, job.pieces, job.settled);
+  report_sentence(job, fonts, anchors, true);
+}
+
+// The words of a text without codes.
+int32_t count_words(std::string_view text) {
+  int32_t words = 0;
+  for (size_t position = 0; !next_word(text, position).empty();) words++;
+  return words;
+}
+
+void carry_sentence(Carry &job) {
+  const int32_t target_words = encode_translation(job);
+  const std::string &text = job.sentences.text();
+  if (text.find('\x94') != text.npos || text.find('\x98') != text.npos) {
+    carry_codes(job, target_words);
+  } else {
+    find_links(job, count_words(text), target_words);
+    job.settled = job.encoded;
+    report_sentence(job, 0, 0, target_words > 0);
+  }
   kti_format(job.out.stream(), job.settled.data(), -1);
   show_progress(++job.totals.sentences);
 }

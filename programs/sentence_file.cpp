@@ -51,6 +51,14 @@ Piece font_piece(const SentenceFile &file, std::string_view code) {
   return {Piece::font, code, number, group};
 }
 
+void split_text(std::string_view text, std::vector<Piece> &pieces) {
+  for (size_t begin = 0, end; begin < text.size(); begin = end) {
+    const bool blank = text[begin] == ' ';
+    end = std::min(blank ? text.find_first_not_of(' ', begin) : text.find(' ', begin), text.size());
+    pieces.push_back({blank ? Piece::blank : Piece::text, text.substr(begin, end - begin)});
+  }
+}
+
 }  // namespace
 
 SentenceFile::SentenceFile(const char *name) : name_(name), stream_(fopen(name, "rbe")) {
@@ -104,16 +112,13 @@ void split_sentence(const SentenceFile &file, std::string_view text, std::vector
   pieces.clear();
   const std::string copy(text);
   size_t position = 0;
-  init_parser(P_WHITE | P_ALIEN | P_ANCHOR | P_FONT);
+  init_parser(P_ALIEN | P_ANCHOR | P_FONT);
   parse_from_string(copy.c_str());
   try {
     for (int32_t kind; (kind = parse(nullptr)) != P_END;) {
       const std::string_view bytes = text.substr(position, strlen(token()));
       position += bytes.size();
       switch (kind) {
-        case P_WHITE:
-          pieces.push_back({Piece::blank, bytes});
-          break;
         case P_ALIEN:
           pieces.push_back({Piece::alien, bytes});
           break;
@@ -124,7 +129,7 @@ void split_sentence(const SentenceFile &file, std::string_view text, std::vector
           pieces.push_back(font_piece(file, bytes));
           break;
         default:
-          pieces.push_back({Piece::text, bytes});
+          split_text(bytes, pieces);
       }
     }
   } catch (...) {
