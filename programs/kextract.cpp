@@ -1,5 +1,5 @@
 // kextract takes a page apart: its sentences with format codes, their words for the translation,
-// and everything else as anchors. docs/pipeline.md describes the files.
+// and everything else as anchors. docs/file-formats.md describes the files.
 #include <sys/stat.h>
 
 #include <algorithm>
