@@ -127,42 +127,43 @@ std::string_view ahead_in_text(const char *position) {
   return {position, length};
 }
 
-std::string_view bytes_ahead(Input input) {
-  return input.stream != nullptr ? platform::buffered_bytes(input.stream)
-                                 : ahead_in_text(input.frame.string_pos);
+std::string_view bytes_ahead(parser_frame &frame, FILE *stream) {
+  return stream != nullptr ? platform::buffered_bytes(stream) : ahead_in_text(frame.string_pos);
 }
 
-void skip_ahead(Input input, size_t length) {
-  if (input.stream != nullptr)
-    platform::skip_buffered_bytes(input.stream, length);
+void skip_ahead(parser_frame &frame, FILE *stream, size_t length) {
+  if (stream != nullptr)
+    platform::skip_buffered_bytes(stream, length);
   else
-    input.frame.string_pos += length;
+    frame.string_pos += length;
 }
 
 constexpr int32_t nothing_wanted = -2;
 
-// Reads from what lies ahead, through the first byte that is wanted; -1 for a stream's NUL.
-int32_t read_run(Input input, std::string_view ahead, uint32_t wanted) {
-  parser_frame &frame = input.frame;
+// Reads from what lies ahead, through the first byte that is wanted or has to be counted by itself;
+// -1 for a stream's NUL.
+int32_t read_run(parser_frame &frame, FILE *stream, std::string_view ahead, uint32_t wanted) {
   byte_stack &tokens = token_stack();
   if (!has_room(tokens, 1)) [[unlikely]]
     grow_tokens(token_length() + 1);
   const size_t room = static_cast<size_t>(tokens.size) - token_length() - 1;
   const size_t limit = std::min(ahead.size(), room);
+  const bool counting = frame.counting != 0;
   char *const to = tokens.top;
-  const size_t length = copy_unwanted(to, ahead.data(), limit, wanted);
-  if (frame.counting != 0) count_run(frame, to, length);
+  const size_t length = copy_unwanted(to, ahead.data(), limit, wanted | (counting ? P_COUNT : 0));
+  if (counting) count_run(frame, to, length);
   tokens.top = to + length;
   if (length == limit) [[unlikely]] {
-    skip_ahead(input, length);
+    skip_ahead(frame, stream, length);
     return nothing_wanted;
   }
   const uint8_t byte = u8(ahead[length]);
-  skip_ahead(input, length + 1);
+  skip_ahead(frame, stream, length + 1);
   *tokens.top++ = static_cast<char>(byte);
   if (byte == 0) return -1;
-  if (frame.counting != 0) count_byte(frame, byte, Direction::reading);
-  return byte;
+  if (!counting) return byte;
+  count_byte(frame, byte);
+  return is_wanted(static_cast<char>(byte), wanted) ? byte : nothing_wanted;
 }
 
 }  // namespace
@@ -190,16 +191,16 @@ void grow_pushback(size_t length) {
   pushback.size = static_cast<int32_t>(size);
 }
 
-int32_t next_wanted(Input input, uint32_t wanted) {
-  wanted |= codes::text_end | (input.frame.counting != 0 ? P_COUNT : 0);
+int32_t next_wanted(parser_frame &frame, FILE *stream, uint32_t wanted) {
+  wanted |= codes::text_end;
   for (;;) {
     const bool taken_back = pushback_stack().top != pushback_stack().base;
-    const std::string_view ahead = taken_back ? std::string_view() : bytes_ahead(input);
+    const std::string_view ahead = taken_back ? std::string_view() : bytes_ahead(frame, stream);
     if (!ahead.empty()) {
-      const int32_t byte = read_run(input, ahead, wanted);
+      const int32_t byte = read_run(frame, stream, ahead, wanted);
       if (byte != nothing_wanted) return byte;
     } else {
-      const int32_t byte = next_byte(input);
+      const int32_t byte = next_byte(frame, stream);
       if (byte < 0 || is_wanted(static_cast<char>(byte), wanted)) return byte;
     }
   }

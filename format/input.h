@@ -1,7 +1,8 @@
 // Reading bytes into the token buffer, and taking them back; see input.cpp. The single byte has its
 // common case here: it is read for every token.
 //
-// Exhausted memory is thrown before a byte has been taken from anywhere.
+// `stream` is null where the level's text is read. Exhausted memory is thrown before a byte has
+// been taken from anywhere.
 #pragma once
 
 #include <cstddef>
@@ -14,11 +15,6 @@
 #include "klib.h"
 
 namespace klib::parser {
-
-struct Input {
-  parser_frame &frame;
-  FILE *stream;  // null: the level's text
-};
 
 inline byte_stack &token_stack() { return _stack[slots::parser_token]; }
 inline byte_stack &pushback_stack() { return _stack[slots::parser_pushback]; }
@@ -45,30 +41,29 @@ inline int read_byte(FILE *stream) {
 }
 
 // One byte, or -1 at the end of the input, whose NUL is appended.
-inline int32_t next_byte(Input input) {
+inline int32_t next_byte(parser_frame &frame, FILE *stream) {
   byte_stack &tokens = token_stack(), &pushback = pushback_stack();
   if (!has_room(tokens, 1)) [[unlikely]]
     grow_tokens(token_length() + 1);
   int32_t byte = 0;
   if (pushback.top != pushback.base) {
     byte = u8(*--pushback.top);
-  } else if (input.stream != nullptr) {
-    byte = read_byte(input.stream);
+  } else if (stream != nullptr) {
+    byte = read_byte(stream);
     if (byte == EOF) byte = 0;
-  } else if (input.frame.string_pos != nullptr) {
-    byte = u8(*input.frame.string_pos);
-    input.frame.string_pos += byte != 0;
+  } else if (frame.string_pos != nullptr) {
+    byte = u8(*frame.string_pos);
+    frame.string_pos += byte != 0;
   }
   *tokens.top++ = static_cast<char>(byte);
   if (byte == 0) return -1;
-  if (input.frame.counting != 0)
-    count_byte(input.frame, static_cast<uint8_t>(byte), Direction::reading);
+  if (frame.counting != 0) count_byte(frame, static_cast<uint8_t>(byte));
   return byte;
 }
 
 // Bytes up to and including the first one that has a role in `wanted` (see codes.h) or, with
 // P_WHITE in it, is white; that byte, or -1 at the end of the input.
-int32_t next_wanted(Input input, uint32_t wanted);
+int32_t next_wanted(parser_frame &frame, FILE *stream, uint32_t wanted);
 
 // Moves the last byte of the token buffer, the NUL of the end included, to the pushback stack.
 inline void p_unget(parser_frame &frame) {
@@ -76,7 +71,7 @@ inline void p_unget(parser_frame &frame) {
   if (!has_room(pushback, 1)) [[unlikely]]
     grow_pushback(static_cast<size_t>(pushback.top - pushback.base) + 1);
   const char byte = *--tokens.top;
-  if (byte != 0 && frame.counting != 0) count_byte(frame, u8(byte), Direction::taking_back);
+  if (byte != 0 && frame.counting != 0) uncount_byte(frame, u8(byte));
   *pushback.top++ = byte;
 }
 

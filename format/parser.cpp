@@ -21,16 +21,16 @@ namespace {
 
 using codes::Code;
 
-int32_t deliver(Input input, int32_t kind) {
+int32_t deliver(parser_frame &frame, int32_t kind) {
   *token_stack().top = '\0';
-  input.frame.token = token_stack().base;
+  frame.token = token_stack().base;
   return kind;
 }
 
 // Text that was read before the byte that has just ended it.
-int32_t deliver_text(Input input) {
-  p_unget(input.frame);
-  return deliver(input, P_TEXT);
+int32_t deliver_text(parser_frame &frame) {
+  p_unget(frame);
+  return deliver(frame, P_TEXT);
 }
 
 bool is_white(int32_t byte) {
@@ -44,72 +44,72 @@ void report_premature_end() {
 }
 
 // The bytes after the opening one, through the closing one that belongs to it.
-void read_body(Input input, const Code &code) {
+void read_body(parser_frame &frame, FILE *stream, const Code &code) {
   const auto ends = static_cast<uint32_t>(code.close == '\n' ? P_LINE : code.kind);
   const uint32_t marks = code.kind == P_CODE_LINE ? 0 : P_MARK_1D;
   for (size_t depth = 1; depth > 0;) {
-    const int32_t byte = next_wanted(input, ends | marks);
+    const int32_t byte = next_wanted(frame, stream, ends | marks);
     if (byte < 0) return report_premature_end();
     if (byte == code.close)
       --depth;
     else if (byte == code.open && code.nests)
       ++depth;
     else if (byte == codes::of(P_MARK_1D).open && marks != 0)
-      input.frame.status = 128;
+      frame.status = 128;
   }
 }
 
 // A sentence's body, whose printing bytes leave their outermost columns.
-void read_sentence(Input input, const Code &code) {
+void read_sentence(parser_frame &frame, FILE *stream, const Code &code) {
   struct Tracking {
     Tracking() { state.p_tracking = 1; }
     ~Tracking() { state.p_tracking = 0; }
   } tracking;
-  input.frame.min_real_column = input.frame.max_real_column = input.frame.token_real_column;
-  read_body(input, code);
+  frame.min_real_column = frame.max_real_column = frame.token_real_column;
+  read_body(frame, stream, code);
 }
 
 // A line with 0x97 in it. Earlier lines in the buffer are a token of their own, and then this line
 // is read again.
-int32_t read_code_line(Input input, const Code &code) {
+int32_t read_code_line(parser_frame &frame, FILE *stream, const Code &code) {
   const std::string_view text(token_stack().base, token_length());
   const size_t newline = text.rfind('\n');
   if (newline != text.npos) {
-    take_back(input.frame, text.size() - newline - 1);
-    return deliver(input, P_TEXT);
+    take_back(frame, text.size() - newline - 1);
+    return deliver(frame, P_TEXT);
   }
-  read_body(input, code);
+  read_body(frame, stream, code);
   // The line does not count.
-  input.frame.real_line = static_cast<int32_t>(static_cast<uint32_t>(input.frame.real_line) - 1);
-  return deliver(input, P_CODE_LINE);
+  frame.real_line = static_cast<int32_t>(static_cast<uint32_t>(frame.real_line) - 1);
+  return deliver(frame, P_CODE_LINE);
 }
 
-int32_t read_code(Input input, const Code &code) {
-  if (code.kind == P_CODE_LINE) return read_code_line(input, code);
-  if (token_length() > 1) return deliver_text(input);
+int32_t read_code(parser_frame &frame, FILE *stream, const Code &code) {
+  if (code.kind == P_CODE_LINE) return read_code_line(frame, stream, code);
+  if (token_length() > 1) return deliver_text(frame);
   switch (code.kind) {
     case P_MARK_1D:
       break;
     case P_ALIEN:
       for (int i = 0; i < codes::alien_digits; ++i)
-        if (next_byte(input) < 0) report_premature_end();
+        if (next_byte(frame, stream) < 0) report_premature_end();
       break;
     case P_SENTENCE:
-      read_sentence(input, code);
+      read_sentence(frame, stream, code);
       break;
     default:
-      read_body(input, code);
+      read_body(frame, stream, code);
   }
-  return deliver(input, code.kind);
+  return deliver(frame, code.kind);
 }
 
-int32_t read_white(Input input) {
-  if (token_length() > 1) return deliver_text(input);
+int32_t read_white(parser_frame &frame, FILE *stream) {
+  if (token_length() > 1) return deliver_text(frame);
   int32_t byte;
-  do byte = next_byte(input);
+  do byte = next_byte(frame, stream);
   while (byte >= 0 && is_white(byte));
-  if (byte >= 0) p_unget(input.frame);
-  return deliver(input, P_WHITE);
+  if (byte >= 0) p_unget(frame);
+  return deliver(frame, P_WHITE);
 }
 
 // The code that a byte opens, if the level asks for it.
@@ -124,9 +124,8 @@ void begin_token(parser_frame &frame) {
   token_stack().top = token_stack().base;
 }
 
-int32_t read_token(Input input) {
+int32_t read_token(parser_frame &frame, FILE *stream) {
   constexpr int32_t all_kinds = 2 * P_LINE - 1;
-  parser_frame &frame = input.frame;
   begin_token(frame);
   frame.status = 0;
   frame.token_line = frame.line;
@@ -134,31 +133,30 @@ int32_t read_token(Input input) {
   frame.token_column = frame.column;
   frame.token_real_column = frame.real_column;
   const int32_t flags = frame.flags & all_kinds;
-  int32_t byte = next_byte(input);
+  int32_t byte = next_byte(frame, stream);
   if (byte < 0) return P_END;
   for (;;) {
-    if ((flags & P_WHITE) != 0 && is_white(byte)) return read_white(input);
-    if (const Code *code = code_opened_by(byte, flags)) return read_code(input, *code);
-    if ((flags & P_LINE) != 0 && byte == '\n') return deliver(input, P_LINE);
-    byte = next_wanted(input, static_cast<uint32_t>(flags));
-    if (byte < 0) return deliver_text(input);
+    if ((flags & P_WHITE) != 0 && is_white(byte)) return read_white(frame, stream);
+    if (const Code *code = code_opened_by(byte, flags)) return read_code(frame, stream, *code);
+    if ((flags & P_LINE) != 0 && byte == '\n') return deliver(frame, P_LINE);
+    byte = next_wanted(frame, stream, static_cast<uint32_t>(flags));
+    if (byte < 0) return deliver_text(frame);
   }
 }
 
 // Until the real position is reached; the position moves by more than a column, and codes open and
 // close, only at bytes with a role.
-int32_t read_to_position(Input input, int32_t line, int32_t column) {
-  const parser_frame &frame = input.frame;
+int32_t read_to_position(parser_frame &frame, FILE *stream, int32_t line, int32_t column) {
   int32_t byte = 0;
-  while (byte >= 0 && frame.real_line < line) byte = next_wanted(input, P_COUNT);
+  while (byte >= 0 && frame.real_line < line) byte = next_wanted(frame, stream, P_COUNT);
   while (byte >= 0 && (frame.real_column < column || state.p_open_codes != 0))
-    byte = next_byte(input);
-  return deliver(input, byte >= 0 ? 0 : -1);
+    byte = next_byte(frame, stream);
+  return deliver(frame, byte >= 0 ? 0 : -1);
 }
 
 }  // namespace
 
-int32_t Level::next() { return is_open() ? read_token({p_root[parser_level], nullptr}) : P_END; }
+int32_t Level::next() { return is_open() ? read_token(p_root[parser_level], nullptr) : P_END; }
 
 }  // namespace klib::parser
 
@@ -169,23 +167,20 @@ using namespace klib::parser;
 
 int32_t parse(FILE *stream) {
   if (!is_open()) return P_END;
-  return memory::guarded<int32_t>(P_END, [&] {
-    return read_token({p_root[parser_level], stream});
-  });
+  return memory::guarded<int32_t>(P_END, [&] { return read_token(p_root[parser_level], stream); });
 }
 
 int32_t parse_to(FILE *stream, int32_t line, int32_t column) {
   if (!is_open()) return -1;
   begin_token(p_root[parser_level]);
-  return memory::guarded<int32_t>(-1, [&] {
-    return read_to_position({p_root[parser_level], stream}, line, column);
-  });
+  return memory::guarded<int32_t>(
+      -1, [&] { return read_to_position(p_root[parser_level], stream, line, column); });
 }
 
 int32_t p_getchar(FILE *stream) {
   if (!is_open()) return -1;
   return memory::guarded<int32_t>(-1, [&] {
-    const int32_t byte = next_byte({p_root[parser_level], stream});
+    const int32_t byte = next_byte(p_root[parser_level], stream);
     s_stack(slots::parser_token);  // the token ends after the new byte
     return byte;
   });

@@ -26,6 +26,9 @@ void add(int32_t &number, int32_t amount) {
   number = static_cast<int32_t>(static_cast<uint32_t>(number) + static_cast<uint32_t>(amount));
 }
 
+// Reading counts with d = -1, taking back with d = 1.
+enum Direction : int32_t { reading = -1, taking_back = 1 };
+
 // `n` above 0 ends a hidden stretch, else one begins.
 void hidden_step(parser_frame &frame, int32_t n) {
   if (n > 0) {
@@ -41,23 +44,23 @@ void hidden_step(parser_frame &frame, int32_t n) {
   }
 }
 
-void move_over_newline(parser_frame &frame, Direction direction) {
-  if (direction == Direction::reading) {
+template <Direction d>
+void move_over_newline(parser_frame &frame) {
+  if (d == reading) {
     frame.last_line_columns = frame.column;
     frame.last_line_real_columns = frame.real_column;
     frame.column = frame.real_column = 1;
-    add(frame.line, 1);
-    add(frame.real_line, 1);
   } else {
     frame.column = frame.last_line_columns;
     frame.real_column = frame.last_line_real_columns;
-    add(frame.line, -1);
-    add(frame.real_line, -1);
   }
+  add(frame.line, -d);
+  add(frame.real_line, -d);
 }
 
-// What a byte does beyond taking its place; `d` is -1 for reading and 1 for taking back.
-void apply_effect(parser_frame &frame, Effect effect, int32_t d) {
+// What a byte does beyond taking its place.
+template <Direction d>
+void apply_effect(parser_frame &frame, Effect effect) {
   switch (effect) {
     case Effect::none:
       break;
@@ -106,20 +109,24 @@ void track(parser_frame &frame, int32_t real_column) {
   frame.min_real_column = std::min(frame.min_real_column, column);
 }
 
-}  // namespace
-
-void count_byte(parser_frame &frame, uint8_t byte, Direction direction) {
-  const auto d = static_cast<int32_t>(direction);
+template <Direction d>
+void count_either_way(parser_frame &frame, uint8_t byte) {
   if (byte == '\n') {
-    move_over_newline(frame, direction);
+    move_over_newline<d>(frame);
   } else {
     add(frame.column, -d);
     add(frame.real_column, -d);
   }
-  apply_effect(frame, codes::roles[byte].effect, d);
+  apply_effect<d>(frame, codes::roles[byte].effect);
   if (state.p_tracking != 0 && is_printing(static_cast<char>(byte)))
     track(frame, frame.real_column);
 }
+
+}  // namespace
+
+void count_byte(parser_frame &frame, uint8_t byte) { count_either_way<reading>(frame, byte); }
+
+void uncount_byte(parser_frame &frame, uint8_t byte) { count_either_way<taking_back>(frame, byte); }
 
 void count_run(parser_frame &frame, const char *bytes, size_t length) {
   const int32_t before = frame.real_column;

@@ -8,11 +8,12 @@
 
 namespace klib::parser {
 
-// Taking a byte back mirrors reading it.
-enum class Direction : int32_t { reading = -1, taking_back = 1 };
-void count_byte(parser_frame &frame, uint8_t byte, Direction direction);
+// Counts a byte that is read. Taking it back is the mirror of that, which is not always its
+// undoing.
+void count_byte(parser_frame &frame, uint8_t byte);
+void uncount_byte(parser_frame &frame, uint8_t byte);
 
-// Reads bytes that move no position but by one column each.
+// Counts bytes that move no position but by one column each.
 void count_run(parser_frame &frame, const char *bytes, size_t length);
 
 }  // namespace klib::parser
