@@ -33,6 +33,22 @@ std::vector<std::string> anchors_of(const std::string &text) {
   return anchors;
 }
 
+// Whether no code of the text is cut off by its end.
+bool ends_every_code(const std::string &text) {
+  bool ends = true;
+  init_parser(P_ANCHOR | P_FONT);
+  parse_from_string(text.c_str());
+  for (int32_t kind; (kind = parse(nullptr)) != P_END;) {
+    const std::string token = p_root[parser_level].token;
+    const bool anchor = kind == P_ANCHOR;
+    if (kind != P_TEXT)
+      ends = ends && std::count(token.begin(), token.end(), anchor ? '\x94' : '\x98') ==
+                         std::count(token.begin(), token.end(), anchor ? '\x95' : '\x99');
+  }
+  exit_parser();
+  return ends;
+}
+
 // The text without codes, white space brought to single blanks.
 std::string words_of(const std::string &text) {
   std::string words;
@@ -95,7 +111,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static const char code_bytes[] = "\x1D\x1E\x1F\x90\x91\x94\x95\x96\x97\x98\x99\x9B\x9C\x9D";
   const bool plain_target =
       !target.empty() && !has_any(target, code_bytes) && words_of(target)[0] != ' ';
-  const bool balanced = !has_any(source, "\x1E\x1F");
+  const bool balanced = !has_any(source, "\x1E\x1F") && ends_every_code(source);
   if (matching && plain_target && balanced && count_words(target) == list_count) {
     require(anchors_of(text) == anchors_of(source), "no anchor is lost or doubled");
     require(words_of(text) == words_of(target), "the words of the translation stay as they are");
