@@ -140,7 +140,10 @@ std::vector<std::string> fonts_of_words(const Reading &reading) {
 
 TEST_F(Carry, WhatHoldsForAnyCodesAndAlignment) {
   std::mt19937 random(1);
-  const auto below = [&](size_t n) { return static_cast<int>(random() % n); };
+  const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+  const auto word = [&](int letter) {
+    return std::string(1 + static_cast<size_t>(below(5)), static_cast<char>(letter));
+  };
   int number = 0;
   std::vector<std::string> rows, sources, translations;
   std::vector<std::map<int, int>> first_sources;
@@ -155,12 +158,12 @@ TEST_F(Carry, WhatHoldsForAnyCodesAndAlignment) {
         source += kind < 2 ? "[" + n + "]" : "[" + std::string(1, "wic"[below(3)]);
         source += kind < 2 ? "" : (kind < 4 ? "0" : n) + "]";
       }
-      source += std::string(1 + below(5), static_cast<char>('a' + w % 26));
+      source += word('a' + w % 26);
       if (below(5) == 0) source += "[w0]";
     }
     std::map<int, int> first;
     for (int j = 0; j < targets; j++) {
-      translation += (j > 0 ? " " : "") + std::string(1 + below(5), static_cast<char>('A' + j));
+      translation += (j > 0 ? " " : "") + word('A' + j);
       for (int c = below(4); c > 0; c--) {
         const int w = below(words);
         alignment.append(std::to_string(w)).append("-").append(std::to_string(j)).append(" ");
