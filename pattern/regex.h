@@ -128,15 +128,8 @@ class Bitmap {
   }
   void put_nul(bool in_set) { words_[0] = (words_[0] & ~uint64_t{1}) | (in_set ? 1 : 0); }
 
-  // The first value from `from` on that is (or is not) in the set; 256 when there is none.
-  [[nodiscard]] unsigned next(unsigned from, bool in_set) const {
-    while (from < 256) {
-      const uint64_t word = (in_set ? words_[from / 64] : ~words_[from / 64]) >> from % 64;
-      if (word != 0) return from + static_cast<unsigned>(std::countr_zero(word));
-      from = (from | 63) + 1;
-    }
-    return 256;
-  }
+  // The values 64 * i to 64 * i + 63, the first one's bit lowest.
+  [[nodiscard]] uint64_t word(size_t i) const { return words_[i]; }
 
   [[nodiscard]] static bool test(const uint8_t *bytes, uint8_t value) {
     return (bytes[value / 8] >> value % 8 & 1) != 0;
@@ -179,14 +172,37 @@ struct Subject {
 struct Groups {
   std::array<const uint8_t *, most_groups> start, stop;  // of the text that each group matched
   std::array<const uint8_t *, most_groups> end_item;     // each group's end in the compiled form
+  uint64_t steps_left;                                   // 0 when they did not suffice
 };
 
-// Prepares for a search with this compiled form.
-void set_up(Groups &groups, const Expression &expression);
+// Prepares for a search with this compiled form. A step is an item that is tried at a position, or
+// some bytes that a repetition passes.
+void set_up(Groups &groups, const Expression &expression, uint64_t most_steps = UINT64_MAX);
 
-// Whether the items from `item` on match at the position.
+// Whether the items from `item` on match at the position. False, too, when the steps do not suffice
+// to find out.
 [[nodiscard]] bool regex_match_at(const Subject &subject, Groups &groups, const uint8_t *position,
                                   const uint8_t *item);
+
+// Whether a literal, any or set item, repeated or not, matches the byte.
+[[nodiscard]] inline bool consumes(const uint8_t *item, uint8_t byte) {
+  switch (plain(*item)) {
+    case literal:
+      return byte == item[1];
+    case any:
+      return byte != '\0';
+    case set:
+      return byte < 0x80 && Bitmap::test(item + 1, byte);
+    case negated_set:
+      return byte >= 0x80 || !Bitmap::test(item + 1, byte);
+    default:
+      return Bitmap::test(item + 1, byte);
+  }
+}
+
+// The item that must match the byte at the position where the items from this one on match: a
+// literal or set that stands first. Null when there is none.
+[[nodiscard]] const uint8_t *deciding_item(const uint8_t *item);
 
 // Whether a byte is a letter or a digit, in the locale of the process, or '_'.
 [[nodiscard]] bool is_word_byte(uint8_t byte);

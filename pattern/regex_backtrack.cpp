@@ -20,7 +20,11 @@
 namespace klib::regex {
 
 bool is_word_byte(uint8_t byte) {
-  return std::isalpha(byte) != 0 || std::isdigit(byte) != 0 || byte == '_';
+  // Below 0x80 the letters and digits are the same in every locale.
+  if (byte < 0x80)
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+           (byte >= '0' && byte <= '9') || byte == '_';
+  return std::isalpha(byte) != 0 || std::isdigit(byte) != 0;
 }
 
 namespace {
@@ -39,21 +43,6 @@ struct Run {
   const uint8_t *shortest, *longest;
   size_t step;
 };
-
-bool consumes(const uint8_t *item, uint8_t byte) {
-  switch (plain(*item)) {
-    case literal:
-      return byte == item[1];
-    case any:
-      return byte != '\0';
-    case set:
-      return byte < 0x80 && Bitmap::test(item + 1, byte);
-    case negated_set:
-      return byte >= 0x80 || !Bitmap::test(item + 1, byte);
-    default:
-      return Bitmap::test(item + 1, byte);
-  }
-}
 
 std::string_view group_text(const Groups &groups, const uint8_t *reference) {
   const uint8_t group = reference[1];
@@ -91,20 +80,6 @@ bool find_run(const Subject &subject, const Groups &groups, const uint8_t *item,
   run.shortest = position + counts.least * run.step;
   run.longest = at;
   return count >= counts.least;
-}
-
-// The next item that decides by a single byte whether the rest can match at all, or null.
-const uint8_t *deciding_item(const uint8_t *item) {
-  while (*item == group_start || *item == group_end) item = next_item(item);
-  switch (*item) {
-    case literal:
-    case set:
-    case wide_set:
-    case negated_set:
-      return item;
-    default:
-      return nullptr;
-  }
 }
 
 // Moves to the next end that is worth a try.
@@ -147,7 +122,21 @@ bool match_once(const Subject &subject, Groups &groups, const uint8_t *item,
 
 }  // namespace
 
-void set_up(Groups &groups, const Expression &expression) {
+const uint8_t *deciding_item(const uint8_t *item) {
+  while (*item == group_start || *item == group_end) item = next_item(item);
+  switch (*item) {
+    case literal:
+    case set:
+    case wide_set:
+    case negated_set:
+      return item;
+    default:
+      return nullptr;
+  }
+}
+
+void set_up(Groups &groups, const Expression &expression, uint64_t most_steps) {
+  groups.steps_left = most_steps;
   for (const uint8_t *item = expression.items.data(); *item != end; item = next_item(item))
     if (*item == group_end) groups.end_item[item[1]] = item;
 }
@@ -157,12 +146,15 @@ bool regex_match_at(const Subject &subject, Groups &groups, const uint8_t *posit
   std::array<Frame, form_size> frames;
   size_t depth = 0;
   while (*item != end) {
+    if (groups.steps_left == 0 || --groups.steps_left == 0) return false;
     if (repetition_of(*item) == 0) {
       if (match_once(subject, groups, item, position)) {
         item = next_item(item);
         continue;
       }
     } else if (Run run; find_run(subject, groups, item, position, run)) {
+      const auto passed = static_cast<uint64_t>(run.longest - position);
+      groups.steps_left -= std::min(groups.steps_left, passed / 8);
       item = next_item(item);
       frames[depth++] = {item, run.shortest, run.longest, true, run.step, deciding_item(item)};
     }

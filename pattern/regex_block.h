@@ -16,6 +16,10 @@ namespace klib::regex {
 
 inline constexpr size_t block_size = 64;
 
+struct Range {
+  uint8_t first, last;
+};
+
 struct Block {
   const uint8_t *bytes;
   const Subject *subject;
@@ -50,59 +54,91 @@ inline __m128i load(const uint8_t *bytes) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes));
 }
 
-// The bits of the bytes for which compare(first of 16 bytes) has a byte of ones.
-template <class Compare>
-inline uint64_t bits_where(Compare compare) {
-  uint64_t bits = 0;
-  for (size_t i = 0; i < block_size; i += 16)
-    bits |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(compare(i)))} << i;
-  return bits;
-}
+// The bytes of a block that have been found, each as a byte of ones.
+struct Found {
+  __m128i parts[4];
 
-inline uint64_t equal(const Block &block, uint8_t value) {
+  template <class Find>
+  void add(Find find) {
+    for (size_t i = 0; i < 4; ++i) parts[i] = _mm_or_si128(parts[i], find(16 * i));
+  }
+  [[nodiscard]] uint64_t bits() const {
+    uint64_t result = 0;
+    for (size_t i = 0; i < 4; ++i)
+      result |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(parts[i]))} << (16 * i);
+    return result;
+  }
+};
+
+inline void add_equal(Found &found, const Block &block, uint8_t value) {
   const __m128i wanted = _mm_set1_epi8(static_cast<char>(value));
-  return bits_where([&](size_t i) { return _mm_cmpeq_epi8(load(block.bytes + i), wanted); });
+  found.add([&](size_t i) { return _mm_cmpeq_epi8(load(block.bytes + i), wanted); });
 }
 
-inline uint64_t within(const Block &block, uint8_t first, uint8_t last) {
-  const __m128i low = _mm_set1_epi8(static_cast<char>(first));
-  const __m128i width = _mm_set1_epi8(static_cast<char>(last - first));
-  return bits_where([&](size_t i) {
-    const __m128i above = _mm_sub_epi8(load(block.bytes + i), low);
+inline void add_range(Found &found, const Block &block, Range range) {
+  const __m128i first = _mm_set1_epi8(static_cast<char>(range.first));
+  const __m128i width = _mm_set1_epi8(static_cast<char>(range.last - range.first));
+  found.add([&](size_t i) {
+    const __m128i above = _mm_sub_epi8(load(block.bytes + i), first);
     return _mm_cmpeq_epi8(_mm_min_epu8(above, width), above);
   });
+}
+
+inline void add_equal_bytes(Found &found, const Block &block, const uint8_t *others) {
+  found.add([&](size_t i) { return _mm_cmpeq_epi8(load(block.bytes + i), load(others + i)); });
+}
+
+#else
+
+struct Found {
+  uint64_t result;
+
+  template <class Find>
+  void add(Find find) {
+    for (size_t i = 0; i < block_size; ++i) result |= uint64_t{find(i)} << i;
+  }
+  [[nodiscard]] uint64_t bits() const { return result; }
+};
+
+inline void add_equal(Found &found, const Block &block, uint8_t value) {
+  found.add([&](size_t i) { return block.bytes[i] == value; });
+}
+
+inline void add_range(Found &found, const Block &block, Range range) {
+  found.add(
+      [&](size_t i) { return range.first <= block.bytes[i] && block.bytes[i] <= range.last; });
+}
+
+inline void add_equal_bytes(Found &found, const Block &block, const uint8_t *others) {
+  found.add([&](size_t i) { return block.bytes[i] == others[i]; });
+}
+
+#endif
+
+inline uint64_t equal(const Block &block, uint8_t value) {
+  Found found{};
+  add_equal(found, block, value);
+  return found.bits();
+}
+
+// The bytes that lie in one of the ranges.
+inline uint64_t within(const Block &block, const Range *ranges, size_t count) {
+  Found found{};
+  for (const Range *range = ranges; range != ranges + count; ++range) {
+    if (range->first == range->last)
+      add_equal(found, block, range->first);
+    else
+      add_range(found, block, *range);
+  }
+  return found.bits();
 }
 
 // The bytes that equal the one `distance` before them.
 inline uint64_t equal_at_distance(const Block &block, ptrdiff_t distance) {
   const auto before = bytes_from(*block.subject, static_cast<ptrdiff_t>(block.base) - distance);
-  return block.inside & bits_where([&](size_t i) {
-           return _mm_cmpeq_epi8(load(block.bytes + i), load(&before[i]));
-         });
+  Found found{};
+  add_equal_bytes(found, block, before.data());
+  return found.bits() & block.inside;
 }
-
-#else
-
-template <class Holds>
-inline uint64_t bits_where(Holds holds) {
-  uint64_t bits = 0;
-  for (size_t i = 0; i < block_size; ++i) bits |= uint64_t{holds(i)} << i;
-  return bits;
-}
-
-inline uint64_t equal(const Block &block, uint8_t value) {
-  return bits_where([&](size_t i) { return block.bytes[i] == value; });
-}
-
-inline uint64_t within(const Block &block, uint8_t first, uint8_t last) {
-  return bits_where([&](size_t i) { return first <= block.bytes[i] && block.bytes[i] <= last; });
-}
-
-inline uint64_t equal_at_distance(const Block &block, ptrdiff_t distance) {
-  const auto before = bytes_from(*block.subject, static_cast<ptrdiff_t>(block.base) - distance);
-  return block.inside & bits_where([&](size_t i) { return block.bytes[i] == before[i]; });
-}
-
-#endif
 
 }  // namespace klib::regex

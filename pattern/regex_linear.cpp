@@ -27,6 +27,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
 
 namespace klib::regex {
 
@@ -34,6 +35,8 @@ namespace {
 
 constexpr uint64_t all = ~uint64_t{0};
 constexpr size_t longest_move = 255;  // that fits in the blocks which a window remembers
+
+size_t lowest(uint64_t bits) { return static_cast<size_t>(std::countr_zero(bits)); }
 
 size_t offset(const Walk &walk, const uint8_t *item) {
   return static_cast<size_t>(item - walk.items);
@@ -69,13 +72,21 @@ Set make_set(Walk &walk, const uint8_t *item) {
   walk.sets_made[at / 64] |= uint64_t{1} << at % 64;
   walk.set_of[at] = static_cast<uint8_t>(walk.sets);
   Set &set = walk.set[walk.sets++];
-  const Bitmap bitmap(item + 1, operand_size(plain(*item)));
+  Bitmap bitmap(item + 1, operand_size(plain(*item)));
+  bitmap.put_nul(false);  // is not inside the text
+  size_t firsts = walk.ranges, lasts = walk.ranges;
   set.first = static_cast<uint16_t>(walk.ranges);
-  for (unsigned first = bitmap.next(0, true); first < 256;) {
-    const unsigned after = bitmap.next(first, false);
-    walk.range[walk.ranges++] = {static_cast<uint8_t>(first), static_cast<uint8_t>(after - 1)};
-    first = bitmap.next(after, true);
+  const size_t words = operand_size(plain(*item)) / 8;
+  for (size_t i = 0; i < words; ++i) {
+    const uint64_t word = bitmap.word(i);
+    const uint64_t below = i != 0 ? bitmap.word(i - 1) >> 63 : 0;
+    const uint64_t above = i + 1 != words ? bitmap.word(i + 1) << 63 : 0;
+    for (uint64_t left = word & ~(word << 1 | below); left != 0; left &= left - 1)
+      walk.range[firsts++].first = static_cast<uint8_t>(64 * i + lowest(left));
+    for (uint64_t left = word & ~(word >> 1 | above); left != 0; left &= left - 1)
+      walk.range[lasts++].last = static_cast<uint8_t>(64 * i + lowest(left));
   }
+  walk.ranges = firsts;
   set.past = static_cast<uint16_t>(walk.ranges);
   return set;
 }
@@ -136,8 +147,8 @@ void find_references(Walk &walk) {
 
 // ---- Sets of positions in a block
 
-// The lowest `count` positions.
-uint64_t lowest(uint64_t count) { return count < 64 ? (uint64_t{1} << count) - 1 : all; }
+// The first `count` positions.
+uint64_t first_ones(uint64_t count) { return count < 64 ? (uint64_t{1} << count) - 1 : all; }
 
 // The positions up to `distance` behind each of the set.
 uint64_t smear(uint64_t set, uint64_t distance) {
@@ -166,10 +177,23 @@ uint64_t members_of(Walk &walk, const uint8_t *item, const Block &block) {
       break;
   }
   const Set set = set_at(walk, item);
+  const uint64_t bits = within(block, &walk.range[set.first], set.past - set.first);
+  return plain(*item) == negated_set ? ~bits & block.inside : bits;
+}
+
+// Whether these are so few positions, at most four, that it is best to look at each.
+bool are_few(uint64_t positions) {
+  for (int i = 0; i < 4; ++i) positions &= positions - 1;
+  return positions == 0;
+}
+
+// As far as they are among the positions.
+uint64_t members_among(Walk &walk, const uint8_t *item, const Block &block, uint64_t positions) {
+  if (!are_few(positions)) return members_of(walk, item, block);
   uint64_t bits = 0;
-  for (size_t i = set.first; i < set.past; ++i)
-    bits |= within(block, walk.range[i].first, walk.range[i].last);
-  return plain(*item) == negated_set ? ~bits : bits;
+  for (uint64_t left = positions; left != 0; left &= left - 1)
+    if (consumes(item, block.bytes[lowest(left)])) bits |= left & (0 - left);
+  return bits;
 }
 
 uint64_t advance_once(uint64_t positions, uint64_t members, uint8_t &carry) {
@@ -198,7 +222,7 @@ uint64_t advance_counted(uint64_t positions, uint64_t members, Window &window, u
 
   uint8_t covered = carry & 1;
   uint64_t near = smear(of_age, extra);
-  if (covered != 0 && window.age <= extra) near |= lowest(extra - window.age + 1);
+  if (covered != 0 && window.age <= extra) near |= first_ones(extra - window.age + 1);
   const uint64_t result = advance_star(of_age, members, covered) & near;
   window.age = of_age != 0 ? static_cast<uint64_t>(std::countl_zero(of_age)) + 1 : window.age + 64;
 
@@ -219,25 +243,29 @@ uint64_t advance_reference(Walk &walk, const uint8_t *item, const Block &block, 
   return advance_counted(positions, equal_at_distance(block, window.distance), window, carry);
 }
 
-// The letters, digits and '_' of a block. Only bytes from 0x80 depend on the locale.
-uint64_t word_bytes(const Block &block) {
-  uint64_t bits = within(block, 'a', 'z') | within(block, 'A', 'Z') | within(block, '0', '9') |
-                  equal(block, '_');
-  for (uint64_t left = within(block, 0x80, 0xFF); left != 0; left &= left - 1)
-    if (is_word_byte(block.subject->text[block.base + static_cast<size_t>(std::countr_zero(left))]))
-      bits |= left & (0 - left);
-  return bits;
+// Finds the bytes of a block that are letters, digits or '_'. Only from 0x80 on does that depend on
+// the locale.
+void find_words(Walk &walk, const Block &block) {
+  if (walk.words_base == block.base) return;
+  static constexpr Range ascii[] = {{'a', 'z'}, {'A', 'Z'}, {'0', '9'}, {'_', '_'}};
+  static constexpr Range others = {0x80, 0xFF};
+  uint64_t bits = within(block, ascii, std::size(ascii));
+  const uint8_t *text = block.subject->text + block.base;
+  for (uint64_t left = within(block, &others, 1); left != 0; left &= left - 1)
+    if (is_word_byte(text[lowest(left)])) bits |= left & (0 - left);
+  walk.words_base = block.base;
+  walk.words = bits;
+  walk.words_behind = bits << 1 | (block.base != 0 && is_word_byte(text[-1]) ? 1 : 0);
 }
 
 // The positions where a word starts, or ends.
-uint64_t at_word(const Walk &walk, const uint8_t *item, const Block &block) {
-  const uint64_t here = word_bytes(block);
-  const bool carry = block.base != 0 && is_word_byte(block.subject->text[block.base - 1]);
-  const uint64_t behind = here << 1 | (carry ? 1 : 0);
-  const uint64_t following = walk.backward ? behind : here;
+uint64_t at_word(Walk &walk, const uint8_t *item, const Block &block) {
+  find_words(walk, block);
+  const uint64_t following = walk.backward ? walk.words_behind : walk.words;
   if (*item == word_end) return ~following;
+  const uint64_t before = walk.backward ? walk.words : walk.words_behind;
   const uint64_t first = block.base == 0 ? 1 : 0, last = ~block.inside & block.positions;
-  return walk.backward ? (following & ~here) | last : (following & ~behind) | first;
+  return (following & ~before) | (walk.backward ? last : first);
 }
 
 uint64_t at_end(const Walk &walk, const Block &block) {
@@ -251,6 +279,7 @@ void begin(Walk &walk, const Expression &expression) {
   walk.items = expression.items.data();
   walk.end_item = walk.items + expression.size - 1;
   walk.backward = false;
+  walk.words_base = 1;
   walk.sets_made = walk.windows_made = {};
   walk.sets = walk.windows = walk.ranges = walk.references = 0;
   if (expression.references != 0) find_references(walk);
@@ -305,13 +334,16 @@ uint64_t advance(Walk &walk, const uint8_t *first, const uint8_t *past, const Bl
         positions = advance_reference(walk, item, block, positions, carry);
         break;
       default: {
-        const uint64_t members = members_of(walk, item, block);
-        if (repetition_of(*item) == 0)
+        const uint8_t repetition = repetition_of(*item);
+        if (repetition == 0) {
+          const uint64_t members = members_among(walk, item, block, positions);
           positions = advance_once(positions, members, carry);
-        else if (repetition_of(*item) == zero_or_more)
-          positions = advance_star(positions, members, carry);
-        else
-          positions = advance_counted(positions, members, window_at(walk, item), carry);
+          break;
+        }
+        const uint64_t members = members_of(walk, item, block);
+        positions = repetition == zero_or_more
+                        ? advance_star(positions, members, carry)
+                        : advance_counted(positions, members, window_at(walk, item), carry);
       }
     }
     walk.carry[at] = carry;

@@ -15,9 +15,6 @@ namespace klib::regex {
 struct Set {
   uint16_t first, past;
 };
-struct Range {
-  uint8_t first, last;
-};
 
 // An item that is counted, and its state between two blocks.
 struct Window {
@@ -42,6 +39,8 @@ struct Walk {
   std::array<uint64_t, form_size / 64> sets_made, windows_made;
   std::array<uint8_t, form_size> set_of, window_of;
   size_t sets, windows, ranges;  // in use
+  size_t words_base;             // the block for which these are made, 1 when there is none:
+  uint64_t words, words_behind;  // bytes of words, and positions behind one
   size_t references;             // back-references whose text can vary in length
   Reference reference;           // the last of them
   std::array<Set, form_size / 17> set;

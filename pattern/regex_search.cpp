@@ -14,17 +14,16 @@ namespace klib::regex {
 
 namespace {
 
-// Decides by backtracking, from each position of the text.
-bool match_anywhere(const Expression &expression, const Subject &subject) {
-  Groups groups;
-  set_up(groups, expression);
+// Decides by backtracking from each position of the text, as far as the steps suffice.
+bool match_anywhere(const Expression &expression, const Subject &subject, Groups &groups) {
   const uint8_t *first = expression.items.data();
+  const uint8_t *decides = deciding_item(first);
   const uint8_t *past = subject.text + subject.length + 1;
   if (expression.anchored) return regex_match_at(subject, groups, subject.text, first);
-  for (const uint8_t *at = subject.text; at != past; ++at) {
-    if (*first == literal) {
+  for (const uint8_t *at = subject.text; at != past && groups.steps_left != 0; ++at) {
+    if (decides != nullptr && *decides == literal) {
       const auto left = static_cast<size_t>(past - at);
-      at = static_cast<const uint8_t *>(std::memchr(at, first[1], left));
+      at = static_cast<const uint8_t *>(std::memchr(at, decides[1], left));
       if (at == nullptr) return false;
     }
     if (regex_match_at(subject, groups, at, first)) return true;
@@ -61,9 +60,12 @@ bool regex_find(const Expression &expression, const Subject &subject) {
   begin(walk, expression);
   if (!may_match(walk, expression.anchored, subject)) return false;
   if (walk.references == 0) return true;
-  if (walk.references == 1 && subject.length <= longest_for_sets)
-    return match_one_reference(walk, expression.anchored, subject);
-  return match_anywhere(expression, subject);
+  // Backtracking is the quickest on most texts. On others sets may have to decide.
+  const bool sets_can_decide = walk.references == 1 && subject.length <= longest_for_sets;
+  Groups groups;
+  set_up(groups, expression, sets_can_decide ? 64 + 4 * subject.length : UINT64_MAX);
+  if (match_anywhere(expression, subject, groups)) return true;
+  return groups.steps_left == 0 && match_one_reference(walk, expression.anchored, subject);
 }
 
 }  // namespace klib::regex
