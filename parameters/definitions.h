@@ -2,8 +2,8 @@
 // and type. A row's position is its number - 1, which is checked below.
 //
 // The type is a bit set that the library only hands on: it means something to programs alone.
-// The default of "LIB-DIRECTORY" is the one of a program that runs the main loop; starting a program
-// replaces it by the program's own directory.
+// The default of "LIB-DIRECTORY" is the one of a program that runs the main loop; starting a
+// program replaces it by the program's own directory.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
-// Anchor files of the pipeline: a header line, then the records that docs/file-formats.md describes.
-// The index is looked at as a whole before the library takes it, so that a wrong one is one clear
-// message and not one for each anchor.
+// Anchor files of the pipeline: a header line, then the records that docs/file-formats.md
+// describes. The index is looked at as a whole before the library takes it, so that a wrong one is
+// one clear message and not one for each anchor.
 #include "programs/anchor_file.h"
 
 #include <fcntl.h>

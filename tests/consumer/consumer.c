@@ -4,12 +4,12 @@
 #include <klib.h>
 #include <string.h>
 
-#define CHECK(condition)                                               \
-  do {                                                                 \
-    if (!(condition)) {                                                \
-      fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition);  \
-      failures++;                                                      \
-    }                                                                  \
+#define CHECK(condition)                                              \
+  do {                                                                \
+    if (!(condition)) {                                               \
+      fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition); \
+      failures++;                                                     \
+    }                                                                 \
   } while (0)
 
 static int failures = 0;
@@ -35,8 +35,15 @@ static void process(char *source, char *target) {
   CHECK(strcmp(source, "a.txt") == 0 && strcmp(target, "b.txt") == 0);
   groups++;
 
-  result = CopyFontsString("ab\x94" "3\x95" "cd ef", "wxyz uv", alignment);
-  CHECK(result != NULL && strcmp(result, "wx\x94" "3\x95" "yz uv") == 0);
+  result = CopyFontsString(
+      "ab\x94"
+      "3\x95"
+      "cd ef",
+      "wxyz uv", alignment);
+  CHECK(result != NULL && strcmp(result,
+                                 "wx\x94"
+                                 "3\x95"
+                                 "yz uv") == 0);
   Kfree(result);
   Kfree(alignment[0]);
   Kfree(alignment[1]);
