@@ -30,6 +30,7 @@ constexpr const char *usage =
     "  -h, --help           this text\n";
 
 constexpr int language = 2;  // string parameter
+constexpr int message_set = 90;
 constexpr int64_t lost_shown = 20;
 
 struct Merge {
@@ -42,7 +43,7 @@ struct Merge {
   std::vector<Piece> pieces;
   SentenceMarkup markup;
   std::string encoded;
-  int64_t frames = 0, reopened = 0;
+  int64_t frames = 0;
 
   explicit Merge(char **names)
       : sentences(names[0]), anchors(names[1]), encoder(anchors.encoding()), result(names[2]) {}
@@ -160,8 +161,8 @@ void write_frame(Merge &job) {
     note(job.sentences.name(), job.sentences.line(),
          "sentence %d: the element of anchor %d is closed and opened again",
          static_cast<int>(job.sentences.number()), static_cast<int>(number));
-  job.reopened += static_cast<int64_t>(writer.reopened().size());
   write(job, writer.result());
+  c_tick(1);
   show_progress(++job.frames);
 }
 
@@ -197,6 +198,7 @@ void merge(char **names) {
   make_code_page(skparm[language - 1], job.code_page);
   for (int byte = 0; byte < 256; byte++)
     if (job.code_page.character[byte]) job.html[byte] = html_of(job.code_page.character[byte]);
+  c_init();
   for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;) {
     if (kind == SentenceFile::frame)
       write_frame(job);
@@ -209,6 +211,8 @@ void merge(char **names) {
   job.result.write(job.encoded);
   job.result.finish();
   job.result.publish();
+  c_exit(message_set, 1, "No sentence has been merged.\n", message_set, 2,
+         "One sentence has been merged.\n", message_set, 3, "%d sentences have been merged.\n");
 }
 
 void process(char *sentences, char *anchors, char *result) {

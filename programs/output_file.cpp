@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "programs/program.h"
 
@@ -21,6 +22,17 @@ void give_usual_permissions(int descriptor) {
   (void)fchmod(descriptor, 0666 & ~mask);
 }
 
+// Names like /dev/stdout, which are links to whatever a program has open.
+bool is_device_name(const std::string &name) {
+  return name.starts_with("/dev/") || name.starts_with("/proc/");
+}
+
+// The file that a symbolic link leads to, so that the link stays one.
+std::string behind_links(const std::string &name) {
+  const std::unique_ptr<char, void (*)(void *)> path(realpath(name.c_str(), nullptr), free);
+  return path ? path.get() : name;
+}
+
 }  // namespace
 
 OutputFile::OutputFile(const std::string &name) : name_(name) {
@@ -28,10 +40,11 @@ OutputFile::OutputFile(const std::string &name) : name_(name) {
   const bool exists = stat(name.c_str(), &status) == 0;
   if (exists && S_ISDIR(status.st_mode)) fail(name.c_str(), 0, "is a directory");
   int descriptor;
-  if (exists && !S_ISREG(status.st_mode)) {
-    descriptor = open(name.c_str(), O_WRONLY | O_CLOEXEC);
+  if (exists && (!S_ISREG(status.st_mode) || is_device_name(name))) {
+    descriptor = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
   } else {
-    temporary_ = name + ".XXXXXX";
+    if (exists) name_ = behind_links(name);
+    temporary_ = name_ + ".XXXXXX";
     descriptor = mkostemp(temporary_.data(), O_CLOEXEC);
     if (descriptor >= 0) give_usual_permissions(descriptor);
   }

@@ -9,8 +9,8 @@ namespace klib::programs {
 
 // Opened under a temporary name beside the final one. finish() completes the file, and the rename
 // of publish() gives it its name; a file that is not published disappears with the object. What
-// exists under the name and is no regular file, such as a pipe, is written directly. Failures end
-// the job (fail()).
+// exists under the name and is no regular file, such as a pipe, or is one only by a name in /dev,
+// is written directly. Failures end the job (fail()).
 class OutputFile {
  public:
   explicit OutputFile(const std::string &name);

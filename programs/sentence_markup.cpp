@@ -154,6 +154,7 @@ void order_by_number(Reading &reading, Anchor::Kind kind) {
     return one.piece.number < other.piece.number;
   };
   std::vector<Part> ordered;
+  ordered.reserve(places.size());
   for (const Part *part : places) ordered.push_back(*part);
   if (std::is_sorted(ordered.begin(), ordered.end(), before)) return;
   std::sort(ordered.begin(), ordered.end(), before);

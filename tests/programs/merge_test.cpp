@@ -1,6 +1,8 @@
 // What kmerge makes of sentences that have been through a translation.
 #include "workplace.h"
 
+#include <filesystem>
+
 namespace klib::test {
 namespace {
 
@@ -138,6 +140,18 @@ TEST_F(Merge, Arguments) {
     EXPECT_EQ(outcome.status, row.status) << row.arguments;
     EXPECT_EQ(outcome.output.starts_with("Usage: kmerge "), row.status == 0) << row.arguments;
   }
+}
+
+TEST_F(Merge, OutputThroughLinksAndPipes) {
+  merge("<p>a", "{94}1{95}{90}0 A{91}");
+  std::filesystem::create_symlink("result.html", directory_ + "/link.html");
+  write("result.html", "old");
+  EXPECT_EQ(run("kmerge", "out.kti job.anc link.html").status, 0);
+  EXPECT_EQ(read("result.html"), "<p>A");
+  EXPECT_TRUE(std::filesystem::is_symlink(directory_ + "/link.html"));
+  EXPECT_EQ(run("kmerge", "out.kti job.anc /dev/stdout").output, "<p>A");
+  EXPECT_EQ(run("kmerge", "out.kti job.anc /dev/full").errors,
+            "/dev/full: could not be written: No space left on device\n");
 }
 
 // An abort in the first job closes the log; the second job is logged and written all the same.
