@@ -69,7 +69,7 @@ TEST_F(StringRoutines, UpperCase) {
       EXPECT_EQ(show(text), after) << types << upcase;
     }
   }
-  own_types['b'] = 0;
+  own_types[0x62] = 0;
   char text[] = "abc\xE0";
   uppercase_string(text);
   EXPECT_EQ(show(text), "AbC{DB}") << "a program's own types count as they are";
