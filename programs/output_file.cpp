@@ -65,10 +65,13 @@ OutputFile::~OutputFile() {
 void OutputFile::write(std::string_view text) { fwrite(text.data(), 1, text.size(), stream_); }
 
 void OutputFile::finish() {
+  errno = 0;
   const bool good = fflush(stream_) == 0 && !ferror(stream_);
   const bool closed = fclose(stream_) == 0;
   stream_ = nullptr;
-  if (!good || !closed) fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+  // A write that failed long ago has left its mark on the stream alone.
+  const char *reason = errno != 0 ? strerror(errno) : "an earlier write failed";
+  if (!good || !closed) fail(name_.c_str(), 0, "could not be written: %s", reason);
 }
 
 void OutputFile::publish() {
