@@ -110,7 +110,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   static const char code_bytes[] = "\x1D\x1E\x1F\x90\x91\x94\x95\x96\x97\x98\x99\x9B\x9C\x9D";
   const bool plain_target =
-      !target.empty() && !has_any(target, code_bytes) && words_of(target)[0] != ' ';
+      !words_of(target).empty() && !has_any(target, code_bytes) && words_of(target)[0] != ' ';
   const bool balanced = !has_any(source, "\x1E\x1F") && ends_every_code(source);
   if (matching && plain_target && balanced && count_words(target) == list_count) {
     require(anchors_of(text) == anchors_of(source), "no anchor is lost or doubled");
