@@ -210,9 +210,7 @@ void process(char *sentences, char *translation, char *alignment, char *out) {
 }
 
 }  // namespace
-}  // namespace klib::programs
 
-int main(int argc, char **argv) {
-  using namespace klib::programs;
-  return run_program({"kcarry", usage, 4, process_function(process)}, argc, argv);
-}
+const Program kcarry = {"kcarry", usage, 4, process_function(process)};
+
+}  // namespace klib::programs

@@ -262,9 +262,7 @@ void process(char *kti, char *page) {
 }
 
 }  // namespace
-}  // namespace klib::programs
 
-int main(int argc, char **argv) {
-  using namespace klib::programs;
-  return run_program({"kextract", usage, 2, process_function(process)}, argc, argv);
-}
+const Program kextract = {"kextract", usage, 2, process_function(process)};
+
+}  // namespace klib::programs

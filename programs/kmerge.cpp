@@ -221,9 +221,7 @@ void process(char *sentences, char *anchors, char *result) {
 }
 
 }  // namespace
-}  // namespace klib::programs
 
-int main(int argc, char **argv) {
-  using namespace klib::programs;
-  return run_program({"kmerge", usage, 3, process_function(process)}, argc, argv);
-}
+const Program kmerge = {"kmerge", usage, 3, process_function(process)};
+
+}  // namespace klib::programs

@@ -196,9 +196,7 @@ void process(char *file) {
 }
 
 }  // namespace
-}  // namespace klib::programs
 
-int main(int argc, char **argv) {
-  using namespace klib::programs;
-  return run_program({"kshow", usage, 1, process_function(process)}, argc, argv);
-}
+const Program kshow = {"kshow", usage, 1, process_function(process)};
+
+}  // namespace klib::programs

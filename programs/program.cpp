@@ -75,6 +75,7 @@ void check_font_groups(const char *file) {
 }  // namespace
 
 int run_program(const Program &program, int argc, char **argv) {
+  state = State{};
   state.name = program.name;
   const Arguments arguments = check_arguments(program, argc, argv);
   if (arguments != Arguments::good) return arguments == Arguments::help ? 0 : 1;

@@ -18,10 +18,14 @@ struct Program {
   K_process_function process;
 };
 
+// Each is run by a main() of its own (main.cpp).
+extern const Program kextract, kcarry, kmerge, kshow;
+
 // Thrown by fail() and caught by run_job(): the job is over.
 struct Failed {};
 
-// Runs the program through Kmain_loop and gives its exit status: 0 when everything went well.
+// Runs the program through Kmain_loop and gives its exit status: 0 when everything went well. A
+// process may run programs one after the other.
 int run_program(const Program &program, int argc, char **argv);
 
 // The value for Program::process: the main loop calls it with `files` names.

@@ -1,0 +1,7 @@
+// The main() of every program; the build defines PROGRAM as the one to run.
+#include "programs/program.h"
+
+int main(int argc, char **argv) {
+  using namespace klib::programs;
+  return run_program(PROGRAM, argc, argv);
+}
