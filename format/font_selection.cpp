@@ -90,6 +90,13 @@ bool is_selected(const char *name) {
   return is_packet_selected(found->packet);
 }
 
+bool is_known(const char *name) {
+  if (const char *end = std::strchr(name, separator))
+    return find(state.named_groups, {name, static_cast<size_t>(end - name)}) != nullptr;
+  const Name *found = find(state.names, name);
+  return found != nullptr && found->packet == none && found->group != none;
+}
+
 memory::Array<char *> make_list(size_t count) {
   constexpr int32_t step = 20;
   const size_t room = (count / step + 1) * step;  // the closing null included

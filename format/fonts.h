@@ -94,6 +94,9 @@ void select_font(const Name *found, const char *name);
 // memory::Exhausted.
 void select(const char *name);
 [[nodiscard]] bool is_selected(const char *name);
+// Whether the name is that of a font in a font group, or a selection in a named group that is
+// declared: is_selected has nothing to report then.
+[[nodiscard]] bool is_known(const char *name);
 
 // font_save.cpp. Every change of a selection goes through one of these two, so that a save in
 // force puts aside what it saves.

@@ -2,7 +2,6 @@
 #include "programs/alignments.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 
 #include "programs/program.h"
@@ -11,18 +10,19 @@ namespace klib::programs {
 namespace {
 
 bool read_number(const char *&position, const char *end, int32_t &number) {
-  if (position == end || *position < '0' || *position > '9') return false;
-  const auto [behind, error] = std::from_chars(position, end, number);
-  position = behind;
-  if (error == std::errc::result_out_of_range) number = INT32_MAX;
-  return true;
+  const char *const begin = position;
+  int64_t value = 0;
+  for (; position != end && *position >= '0' && *position <= '9'; position++)
+    value = std::min<int64_t>(10 * value + (*position - '0'), INT32_MAX);
+  number = static_cast<int32_t>(value);
+  return position != begin;
 }
 
-bool read_pair(std::string_view pair, Link &link) {
-  const char *position = pair.data(), *end = position + pair.size();
+// Reads a pair that ends with the line or before white space.
+bool read_pair(const char *&position, const char *end, Link &link) {
   if (!read_number(position, end, link.source)) return false;
   if (position == end || *position++ != '-') return false;
-  return read_number(position, end, link.target) && position == end;
+  return read_number(position, end, link.target) && (position == end || is_white(*position));
 }
 
 void report_pair(const LineReader &file, std::string_view pair, const char *what, int32_t words) {
@@ -41,10 +41,16 @@ int64_t read_links(const LineReader &file, int32_t source_words, int32_t target_
                    std::vector<Link> &links) {
   links.clear();
   int64_t bad = 0;
-  size_t position = 0;
-  for (std::string_view pair; !(pair = next_word(file.line(), position)).empty();) {
+  const char *position = file.line().data(), *const end = position + file.line().size();
+  for (;;) {
+    while (position != end && is_white(*position)) position++;
+    if (position == end) break;
+    const char *const begin = position;
     Link link;
-    if (!read_pair(pair, link))
+    const bool is_pair = read_pair(position, end, link);
+    while (position != end && !is_white(*position)) position++;
+    const std::string_view pair(begin, static_cast<size_t>(position - begin));
+    if (!is_pair)
       report_pair(file, pair, "is not two numbers with '-' between them", -1);
     else if (link.source >= source_words)
       report_pair(file, pair, "the sentence", source_words);
@@ -56,7 +62,7 @@ int64_t read_links(const LineReader &file, int32_t source_words, int32_t target_
     }
     bad++;
   }
-  std::sort(links.begin(), links.end());
+  if (!std::is_sorted(links.begin(), links.end())) std::sort(links.begin(), links.end());
   links.erase(std::unique(links.begin(), links.end()), links.end());
   return bad;
 }

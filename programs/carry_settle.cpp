@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "programs/letters.h"
+
 namespace klib::programs {
 namespace {
 
@@ -44,7 +46,7 @@ struct Output {
 
 void select(Output &output, const Fonts &wanted) {
   if (output.fonts == wanted) return;
-  for (size_t group = 0; group < wanted.size(); group++) {
+  for (size_t group = 0; group < font_group_count; group++) {
     if (output.fonts[group] == wanted[group]) continue;
     output.text.append("\x98").append(font_groups[group]).append("\xFF");
     output.text.append(std::to_string(wanted[group])).append("\x99");
@@ -62,11 +64,16 @@ int32_t font_between(int32_t before, int32_t behind, int32_t in_source) {
 
 void close_gap(Output &output, const Fonts &next) {
   constexpr Fonts plain{};
+  const bool same = output.fonts == next;
   for (const Piece *piece : output.gap) {
+    if (same) {
+      output.text += piece->bytes;
+      continue;
+    }
     const Fonts &in_source =
         piece->kind == Piece::anchor ? output.anchors.of(piece->number) : plain;
     Fonts wanted;
-    for (size_t group = 0; group < wanted.size(); group++)
+    for (size_t group = 0; group < font_group_count; group++)
       wanted[group] = piece->kind == Piece::blank && output.fonts[group] != next[group]
                           ? 0
                           : font_between(output.fonts[group], next[group], in_source[group]);
@@ -99,8 +106,7 @@ Word measure_word(const CodePage &page, PieceIterator begin, PieceIterator end) 
   for (PieceIterator piece = begin; piece != end; ++piece) {
     size_t position = 0;
     if (piece->kind == Piece::text)
-      while (position < piece->bytes.size())
-        take(is_letter(next_character(page, piece->bytes, position)));
+      for (const char c : piece->bytes) take(page.letter[static_cast<unsigned char>(c)]);
     else if (is_first_half(*piece))
       take(true);
     else if (piece->kind == Piece::alien && !is_second_half(*piece))
@@ -110,29 +116,33 @@ Word measure_word(const CodePage &page, PieceIterator begin, PieceIterator end) 
   return {begin, end, first, letters_end, count};
 }
 
+// Whether all characters of a word that it translates have the fonts of its letters.
+bool gives_one_formatting(const SourceWord &first, const SourceWord &last) {
+  return first.uniform && first.before == 0 && (!last.uniform || last.behind == 0);
+}
+
 // Follows the fonts through a word.
 struct Follower {
   const Word &word;
-  const SourceWord *source, *last_source;  // null: the word is aligned with nothing
-  Fonts fonts{};                           // as the transfer has placed them
-  size_t count = 0;                        // characters so far
+  const SourceWord &source, &last_source;
+  Fonts fonts{};     // as the transfer has placed them
+  size_t count = 0;  // characters so far
 
-  bool takes_codes() const { return source && !source->uniform && count > 0; }
+  bool takes_codes() const { return !source.uniform && count > 0; }
 
   // The fonts of the next character, and of how many from there on.
   const Fonts &next(size_t &same) {
     same = SIZE_MAX;
-    if (!source) return fonts;
-    if (!source->uniform) {
-      if (count == 0) fonts = word.first_letter == 0 ? source->letter : source->first;
+    if (!source.uniform) {
+      if (count == 0) fonts = word.first_letter == 0 ? source.letter : source.first;
       return fonts;
     }
-    const size_t before = std::min(source->before, word.first_letter);
+    const size_t before = std::min(source.before, word.first_letter);
     const size_t behind =
-        last_source->uniform ? std::min(last_source->behind, word.count - word.letters_end) : 0;
-    if (count >= word.count - behind) return last_source->last;
+        last_source.uniform ? std::min(last_source.behind, word.count - word.letters_end) : 0;
+    if (count >= word.count - behind) return last_source.last;
     same = (count < before ? before : word.count - behind) - count;
-    return count < before ? source->first : source->letter;
+    return count < before ? source.first : source.letter;
   }
 };
 
@@ -148,28 +158,40 @@ void write_text(Output &output, std::string_view bytes, Follower &follower) {
 }
 
 // An alien, with its second half, whatever codes have come between.
-void write_alien(Output &output, PieceIterator piece, Follower &follower) {
-  if (is_second_half(*piece)) return;
-  size_t same;
-  write_characters(output, piece->bytes, follower.next(same));
-  follower.count++;
+void write_alien(Output &output, PieceIterator piece, PieceIterator end, const Fonts &fonts) {
+  write_characters(output, piece->bytes, fonts);
   if (!is_first_half(*piece)) return;
-  const PieceIterator second = std::find_if(piece, follower.word.end, is_second_half);
-  if (second != follower.word.end) output.text += second->bytes;
+  const PieceIterator second = std::find_if(piece, end, is_second_half);
+  if (second != end) output.text += second->bytes;
 }
 
-void write_word(Output &output, const Word &word, const SourceWord *source,
-                const SourceWord *last_source) {
+void write_word(Output &output, const Word &word, const SourceWord &source,
+                const SourceWord &last_source) {
   Follower follower{word, source, last_source};
   for (PieceIterator piece = word.begin; piece != word.end; ++piece) {
+    if (piece->kind == Piece::anchor) {
+      output.gap.push_back(&*piece);
+    } else if (piece->kind == Piece::font && follower.takes_codes()) {
+      follower.fonts[static_cast<size_t>(piece->group)] = piece->number;
+    } else if (piece->kind == Piece::text) {
+      write_text(output, piece->bytes, follower);
+    } else if (piece->kind == Piece::alien && !is_second_half(*piece)) {
+      size_t same;
+      write_alien(output, piece, word.end, follower.next(same));
+      follower.count++;
+    }
+  }
+}
+
+void write_in_one_formatting(Output &output, PieceIterator begin, PieceIterator end,
+                             const Fonts &fonts) {
+  for (PieceIterator piece = begin; piece != end; ++piece) {
     if (piece->kind == Piece::anchor)
       output.gap.push_back(&*piece);
-    else if (piece->kind == Piece::font && follower.takes_codes())
-      follower.fonts[static_cast<size_t>(piece->group)] = piece->number;
     else if (piece->kind == Piece::text)
-      write_text(output, piece->bytes, follower);
-    else if (piece->kind == Piece::alien)
-      write_alien(output, piece, follower);
+      write_characters(output, piece->bytes, fonts);
+    else if (piece->kind == Piece::alien && !is_second_half(*piece))
+      write_alien(output, piece, end, fonts);
   }
 }
 
@@ -203,7 +225,12 @@ int64_t settle_fonts(const CodePage &page, const SourceSentence &sentence,
       last_source = &sentence.words[static_cast<size_t>(link->source)];
       if (!source) source = last_source;
     }
-    write_word(output, measure_word(page, begin, end), source, last_source);
+    if (!source)
+      write_in_one_formatting(output, begin, end, {});
+    else if (gives_one_formatting(*source, *last_source))
+      write_in_one_formatting(output, begin, end, source->letter);
+    else
+      write_word(output, measure_word(page, begin, end), *source, *last_source);
     if (end != pieces.end()) output.gap.push_back(&*end);
     begin = end == pieces.end() ? end : end + 1;
   }

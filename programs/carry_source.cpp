@@ -4,20 +4,10 @@
 
 #include <algorithm>
 
+#include "programs/letters.h"
+
 namespace klib::programs {
 namespace {
-
-// Characters beyond ASCII that are no letters, in ascending order.
-constexpr struct {
-  char32_t first, last;
-} marks[] = {
-    {0x0080, 0x00A9}, {0x00AB, 0x00B4}, {0x00B6, 0x00B9}, {0x00BB, 0x00BF}, {0x00D7, 0x00D7},
-    {0x00F7, 0x00F7}, {0x037E, 0x037E}, {0x0387, 0x0387}, {0x0589, 0x058A}, {0x05BE, 0x05BE},
-    {0x060C, 0x060C}, {0x061B, 0x061F}, {0x06D4, 0x06D4}, {0x0964, 0x0965}, {0x2000, 0x206F},
-    {0x20A0, 0x20CF}, {0x2190, 0x2BFF}, {0x2E00, 0x2E7F}, {0x3000, 0x303F}, {0xFE10, 0xFE6F},
-    {0xFF01, 0xFF0F}, {0xFF1A, 0xFF20}, {0xFF3B, 0xFF40}, {0xFF5B, 0xFF65},
-};
-static_assert(std::ranges::is_sorted(marks, {}, [](const auto &run) { return run.first; }));
 
 // What is being read: the sentence so far, and where in it the reader stands.
 struct Reader {
@@ -62,24 +52,37 @@ void end_word(Reader &reader) {
        static_cast<int>(file.number()), shown.c_str());
 }
 
+// The bytes at the beginning that are single characters in both code pages, all of them letters or
+// none, go to the text of the sentence. The result is their number.
+size_t take_run(Reader &reader, std::string_view bytes, bool letters) {
+  const CodePage &from = reader.from, &to = reader.to;
+  std::string &text = reader.sentence.text;
+  const size_t begin = text.size();
+  text.append(bytes);
+  char *const out = text.data() + begin;
+  size_t length = 0;
+  for (; length < bytes.size(); length++) {
+    const auto byte = static_cast<unsigned char>(out[length]);
+    const unsigned char converted = to.byte[from.character[byte]];
+    if (converted == 0 || from.letter[byte] != letters) break;
+    out[length] = static_cast<char>(converted);
+  }
+  text.resize(begin + length);
+  return length;
+}
+
 // The next character goes from the bytes to the text of the sentence.
 char32_t take_character(Reader &reader, std::string_view bytes, size_t &position) {
   const size_t begin = position;
-  const char32_t single = reader.from.character[static_cast<unsigned char>(bytes[position])];
-  if (single != 0 && reader.to.byte[single] != 0) {
-    position++;
-    reader.sentence.text += static_cast<char>(reader.to.byte[single]);
-    return single;
-  }
   const char32_t c = next_character(reader.from, bytes, position);
   if (c == 0) fail_at(reader, bytes.substr(begin, position - begin));
   append_character(reader.to, c, reader.sentence.text);
   return c;
 }
 
-// Takes one character into the current word. A word without letters is taken as if its first
-// character were one.
-void note_character(Reader &reader, bool letter, SourceWord &word) {
+// Takes characters into the current word, all of them letters or none. A word without letters is
+// taken as if its first character were one.
+void note_characters(Reader &reader, bool letter, size_t count, SourceWord &word) {
   if (letter && !reader.seen_letter) {
     reader.seen_letter = word.uniform = true;
     reader.differs = false;
@@ -90,10 +93,10 @@ void note_character(Reader &reader, bool letter, SourceWord &word) {
     reader.differs = true;
     word.behind = reader.marks == 0 ? all_marks : 0;
   }
-  reader.count++;
-  reader.marks = letter ? 0 : reader.marks + 1;
+  reader.count += count;
+  reader.marks = letter ? 0 : reader.marks + count;
   if (!reader.differs) return;
-  if (word.behind != all_marks) word.behind++;
+  if (word.behind != all_marks) word.behind += count;
   if (letter || !reader.seen_letter) word.uniform = false;
 }
 
@@ -103,8 +106,15 @@ void take_text(Reader &reader, std::string_view bytes) {
   SourceWord &word = reader.sentence.words.back();
   if (reader.fonts != word.last) reader.run = reader.count;
   word.last = reader.fonts;
-  for (size_t position = 0; position < bytes.size();)
-    note_character(reader, is_letter(take_character(reader, bytes, position)), word);
+  for (size_t position = 0; position < bytes.size();) {
+    const bool letters = reader.from.letter[static_cast<unsigned char>(bytes[position])];
+    if (const size_t run = take_run(reader, bytes.substr(position), letters); run > 0) {
+      note_characters(reader, letters, run, word);
+      position += run;
+    } else {
+      note_characters(reader, is_letter(take_character(reader, bytes, position)), 1, word);
+    }
+  }
   word.end = reader.sentence.text.size();
 }
 
@@ -114,6 +124,7 @@ void take_code(Reader &reader, const Piece &piece) {
   const int32_t word = std::max(static_cast<int32_t>(sentence.words.size()) - 1, 0);
   const size_t position = sentence.words.empty() ? 0 : sentence.length(word);
   sentence.codes.push_back({piece, word, position, reader.fonts});
+  (piece.kind == Piece::font ? sentence.has_fonts : sentence.has_anchors) = true;
 }
 
 bool is_alien_of(const Piece &piece, char first, char last) {
@@ -123,17 +134,12 @@ bool is_alien_of(const Piece &piece, char first, char last) {
 
 }  // namespace
 
-bool is_letter(char32_t c) {
-  if (c < 0x80) return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-  const auto run = std::ranges::lower_bound(marks, c, {}, [](const auto &r) { return r.last; });
-  return run == std::end(marks) || c < run->first;
-}
-
 void read_source(const SentenceFile &file, const CodePage &from, const CodePage &to,
                  std::vector<Piece> &pieces, SourceSentence &sentence) {
   sentence.text.clear();
   sentence.words.clear();
   sentence.codes.clear();
+  sentence.has_fonts = sentence.has_anchors = false;
   split_sentence(file, file.text(), pieces);
   Reader reader{file, from, to, sentence};
   for (size_t i = 0; i < pieces.size(); i++) {

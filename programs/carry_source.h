@@ -1,7 +1,6 @@
 // A source sentence taken apart for its transfer: words, codes, and the fonts of each place.
 #ifndef KLIB_PROGRAMS_CARRY_SOURCE_H
 #define KLIB_PROGRAMS_CARRY_SOURCE_H
-#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -13,7 +12,19 @@
 
 namespace klib::programs {
 
-using Fonts = std::array<int32_t, font_group_count>;  // in force, by group; 0: plain
+// In force, by group; 0: plain.
+struct Fonts {
+  int32_t of_group[font_group_count];
+
+  int32_t &operator[](size_t group) { return of_group[group]; }
+  const int32_t &operator[](size_t group) const { return of_group[group]; }
+  bool operator==(const Fonts &other) const {
+    int32_t differences = 0;
+    for (size_t group = 0; group < font_group_count; group++)
+      differences |= of_group[group] ^ other.of_group[group];
+    return differences == 0;
+  }
+};
 
 constexpr size_t all_marks = SIZE_MAX;
 
@@ -38,6 +49,7 @@ struct SourceSentence {
   std::string text;               // the words without codes, one behind the other, target code page
   std::vector<SourceWord> words;  // one at least, which may be empty
   std::vector<SourceCode> codes;  // in the order of the sentence
+  bool has_fonts = false, has_anchors = false;
 
   bool is_font(const SourceCode &code) const { return code.piece.kind == Piece::font; }
   size_t length(int32_t word) const {
@@ -45,10 +57,6 @@ struct SourceSentence {
     return w.end - w.begin;
   }
 };
-
-// Whether a character is a letter, a digit or something else that markup is about, and not a mark
-// that stands around it: punctuation, quotation marks, arrows, currency signs.
-bool is_letter(char32_t character);
 
 // Reads the current frame of `file`, whose text must outlive the sentence. The character table of
 // `from` must be active. Bytes that are no characters of `from` end the job (fail()).

@@ -1,4 +1,6 @@
 // The library's transfer, given a source that suits it:
+//  - Fonts come along where they change inside a word: what a word has throughout it gets when the
+//    fonts are settled.
 //  - Font codes between two words stand behind the earlier one. So the transfer counts them among
 //    what is in force when the later one begins, for each word of the translation that it has.
 //  - With fonts, a helper word comes first, which no word of the translation has as its source. It
@@ -84,6 +86,10 @@ struct Writer {
     const SourceCode &next = sentence.codes[code];
     return static_cast<size_t>(next.word) == word ? &next : nullptr;
   }
+  bool has_codes_near(size_t word) const {
+    return code < sentence.codes.size() &&
+           static_cast<size_t>(sentence.codes[code].word) <= word + 1;
+  }
 };
 
 void begin_word(Writer &writer) {
@@ -119,6 +125,10 @@ void write_word(Writer &writer, size_t w) {
   begin_word(writer);
   const SourceWord &word = writer.sentence.words[w];
   const size_t length = word.end - word.begin;
+  if (!writer.has_codes_near(w)) {
+    source.append(writer.sentence.text, word.begin, length);
+    return;
+  }
   append_codes(writer, w, 0, Piece::anchor);
   if (length > 0) skip_codes(writer, w, 0);
   size_t position = 0;
@@ -191,18 +201,22 @@ int64_t move_anchors(SourceSentence &sentence, const std::vector<Link> &links) {
 }
 
 void transfer_codes(const SourceSentence &sentence, const std::vector<Link> &links,
-                    const std::string &translation, int32_t target_words, Transfer &transfer,
+                    std::string &translation, int32_t target_words, Transfer &transfer,
                     std::string &result) {
-  const bool has_fonts = std::any_of(sentence.codes.begin(), sentence.codes.end(),
-                                     [&](const auto &code) { return sentence.is_font(code); });
-  write_source(sentence, has_fonts && !links.empty(), transfer);
+  const bool with_fonts =
+      std::any_of(sentence.words.begin(), sentence.words.end(),
+                  [](const auto &word) { return word.aligned && !word.uniform; });
+  if (!with_fonts && !sentence.has_anchors) {
+    result = translation;
+    return;
+  }
+  write_source(sentence, with_fonts, transfer);
   write_alignment(links, target_words, transfer);
-  std::string target = translation;
   char *bare_source = WithoutAlienCharacters(transfer.source.data());
   Owned source =
       bare_source == transfer.source.data() ? Owned(nullptr, Kfree) : checked(bare_source);
-  char *bare_target = WithoutAlienCharacters(target.data());
-  Owned owned_target = bare_target == target.data() ? Owned(nullptr, Kfree) : checked(bare_target);
+  char *bare_target = WithoutAlienCharacters(translation.data());
+  Owned target = bare_target == translation.data() ? Owned(nullptr, Kfree) : checked(bare_target);
   reset_named_font_groups();
   char *carried = CopyFontsString(bare_source, bare_target, transfer.lists.data());
   const Owned whole =

@@ -25,7 +25,7 @@ struct Transfer {
 // least one. The character table of the target must be active. The result is `result`; its words
 // and blanks are those of the translation.
 void transfer_codes(const SourceSentence &sentence, const std::vector<Link> &links,
-                    const std::string &translation, int32_t target_words, Transfer &transfer,
+                    std::string &translation, int32_t target_words, Transfer &transfer,
                     std::string &result);
 
 }  // namespace klib::programs

@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "programs/letters.h"
 #include "programs/program.h"
 #include "programs/utf8.h"
 
@@ -76,6 +77,7 @@ void make_code_page(const char *language, CodePage &page) {
     if (c == 0 || c > 0xFFFF) continue;
     page.character[byte] = c;
     page.byte[c] = static_cast<unsigned char>(byte);
+    page.letter[byte] = is_letter(c);
   }
   iconv_close(converter);
 }
@@ -98,15 +100,14 @@ void append_character(const CodePage &page, char32_t character, std::string &tex
 }
 
 void append_encoded(const CodePage &page, std::string_view utf8, std::string &text) {
-  size_t position = 0;
-  while (position < utf8.size()) {
-    const auto first = static_cast<unsigned char>(utf8[position]);
-    if (first < 0x80 && page.byte[first]) {
-      text += static_cast<char>(page.byte[first]);
-      position++;
-    } else {
-      append_character(page, next_utf8(utf8, position), text);
-    }
+  const auto is_same_byte = [&](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x80 && page.byte[byte] == byte;
+  };
+  for (size_t begin = 0, position = 0; position < utf8.size(); begin = position) {
+    while (position < utf8.size() && is_same_byte(utf8[position])) position++;
+    text.append(utf8, begin, position - begin);
+    if (position < utf8.size()) append_character(page, next_utf8(utf8, position), text);
   }
 }
 

@@ -12,6 +12,7 @@ namespace klib::programs {
 struct CodePage {
   char32_t character[256];      // of each byte; 0: the byte never comes from text
   unsigned char byte[0x10000];  // of each character; 0: it has none
+  bool letter[256];             // whether the character of the byte is one (is_letter())
 };
 
 constexpr char alien_marker = '\x9D';

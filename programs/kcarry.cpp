@@ -123,9 +123,14 @@ void carry_codes(Carry &job, int32_t target_words) {
   const int64_t anchors = move_anchors(job.source, job.links);
   initCT(job.language_of_target);
   transfer_codes(source, job.links, job.encoded, target_words, job.transfer, job.transferred);
-  split_sentence(job.sentences, job.transferred, job.pieces);
+  int64_t fonts = 0;
+  if (source.has_fonts || job.transferred.find(alien_marker) != job.transferred.npos) {
+    split_sentence(job.sentences, job.transferred, job.pieces);
+    fonts = settle_fonts(job.to, source, job.links, job.pieces, job.settled);
+  } else {
+    job.settled = job.transferred;
+  }
   initCT(job.source_language);
-  const int64_t fonts = settle_fonts(job.to, source, job.links, job.pieces, job.settled);
   report_sentence(job, fonts, anchors, true);
 }
 

@@ -39,11 +39,12 @@ bool LineReader::next() {
 }
 
 std::string_view next_word(std::string_view line, size_t &position) {
-  const auto is_white = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
-  while (position < line.size() && is_white(line[position])) position++;
-  const size_t begin = position;
-  while (position < line.size() && !is_white(line[position])) position++;
-  return line.substr(begin, position - begin);
+  size_t begin = position;
+  while (begin < line.size() && is_white(line[begin])) begin++;
+  size_t end = begin;
+  while (end < line.size() && !is_white(line[end])) end++;
+  position = end;
+  return line.substr(begin, end - begin);
 }
 
 }  // namespace klib::programs

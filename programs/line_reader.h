@@ -32,8 +32,14 @@ class LineReader {
   int64_t number_ = 0;
 };
 
+// White space of ASCII, which separates words.
+inline bool is_white(char c) {
+  constexpr uint64_t white = uint64_t{1} << ' ' | 0x1F << '\t';
+  const auto byte = static_cast<unsigned char>(c);
+  return byte <= ' ' && (white >> byte & 1) != 0;
+}
+
 // The word of the line at or behind `position`, which moves behind it; empty when there is none.
-// Words are separated by white space of ASCII.
 std::string_view next_word(std::string_view line, size_t &position);
 
 }  // namespace klib::programs

@@ -108,15 +108,15 @@ SentenceFile::Kind SentenceFile::next() {
   return end;
 }
 
-void split_sentence(const SentenceFile &file, std::string_view text, std::vector<Piece> &pieces) {
+void split_sentence(const SentenceFile &file, const std::string &text, std::vector<Piece> &pieces) {
   pieces.clear();
-  const std::string copy(text);
+  const std::string_view whole(text);
   size_t position = 0;
   init_parser(P_ALIEN | P_ANCHOR | P_FONT);
-  parse_from_string(copy.c_str());
+  parse_from_string(text.c_str());
   try {
     for (int32_t kind; (kind = parse(nullptr)) != P_END;) {
-      const std::string_view bytes = text.substr(position, strlen(token()));
+      const std::string_view bytes = whole.substr(position, strlen(token()));
       position += bytes.size();
       switch (kind) {
         case P_ALIEN:

@@ -48,7 +48,7 @@ struct Piece {
 // Splits the text of a frame, which must outlive the pieces: text without blanks, runs of blanks,
 // single aliens, anchors and fonts. A code that is cut, an anchor without a number and an unknown
 // font end the job; `file` says where.
-void split_sentence(const SentenceFile &file, std::string_view text, std::vector<Piece> &pieces);
+void split_sentence(const SentenceFile &file, const std::string &text, std::vector<Piece> &pieces);
 
 }  // namespace klib::programs
 #endif

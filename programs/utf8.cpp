@@ -2,6 +2,9 @@
 // follows from the first byte, and the second byte's range from the first where it is narrower.
 #include "programs/utf8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace klib::programs {
 namespace {
 
@@ -48,11 +51,22 @@ void append_utf8(char32_t c, std::string &text) {
   }
 }
 
+size_t ascii_length(std::string_view text) {
+  size_t length = 0;
+  for (uint64_t eight; length + sizeof eight <= text.size(); length += sizeof eight) {
+    memcpy(&eight, text.data() + length, sizeof eight);
+    if ((eight & 0x8080808080808080) != 0) break;
+  }
+  while (length < text.size() && static_cast<unsigned char>(text[length]) < 0x80) length++;
+  return length;
+}
+
 size_t find_invalid_utf8(std::string_view text) {
-  size_t position = 0;
-  while (position < text.size())
+  for (size_t position = 0;;) {
+    position += ascii_length(text.substr(position));
+    if (position == text.size()) return std::string_view::npos;
     if (next_utf8(text, position) == invalid_utf8) return position;
-  return std::string_view::npos;
+  }
 }
 
 }  // namespace klib::programs

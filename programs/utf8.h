@@ -15,6 +15,9 @@ char32_t next_utf8(std::string_view text, size_t &position);
 
 void append_utf8(char32_t character, std::string &text);
 
+// The length of the ASCII at the beginning of the text.
+size_t ascii_length(std::string_view text);
+
 // The position of the first byte that is not UTF-8, or npos.
 size_t find_invalid_utf8(std::string_view text);
 

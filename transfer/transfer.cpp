@@ -32,6 +32,7 @@ struct font_lists {
   memory::Vector<font> fonts;
   memory::Vector<size_t> ends;  // of each list in `fonts`; list 0 is empty
   memory::Text names;           // each ends with a NUL
+  bool known = true;            // nobody who asks for one of the fonts gets a report
 };
 
 // The translation as it is written.
@@ -41,8 +42,9 @@ struct Assembly {
   const memory::Vector<placed_code> &placed;
   const font_lists &lists;
   memory::Buffer text;
-  size_t copied = 0;     // the translation up to here is in `text`
-  size_t next_code = 0;  // in `placed`
+  size_t copied = 0;           // the translation up to here is in `text`
+  size_t next_code = 0;        // in `placed`
+  uint32_t selected_list = 0;  // all of its fonts are selected; 0 when that is not known
 };
 
 // Notes the fonts that are not those of the save, the first fonts of their groups left out.
@@ -54,6 +56,7 @@ void add_font_list(font_lists &lists, memory::Buffer &names,
     lists.fonts.push_back({names.size(), name.size()});
     names.append(name);
     names.append('\0');
+    lists.known = lists.known && fonts::is_known(name.data());
   }
   lists.ends.push_back(lists.fonts.size());
 }
@@ -92,6 +95,7 @@ void write_code(Assembly &assembly, int32_t kind, const char *body, size_t lengt
   if (kind == P_FONT) {
     if (fonts::is_selected(body)) return;
     fonts::select(body);
+    assembly.selected_list = 0;
   }
   copy_up_to(assembly, offset);
   assembly.text.append(static_cast<char>(kind == P_FONT ? font.open : anchor.open));
@@ -106,10 +110,11 @@ void prefix_font_states(Assembly &assembly, const target_word &target) {
   if (*number == -1) return;
   const auto &lists = assembly.lists;
   const uint32_t list = assembly.source.words[static_cast<size_t>(*number)].font_state;
-  if (list == 0) return;
+  if (list == 0 || list == assembly.selected_list) return;
   for (size_t i = lists.ends[list - 1]; i < lists.ends[list]; i++)
     write_code(assembly, P_FONT, lists.names.get() + lists.fonts[i].name, lists.fonts[i].length,
                target.start);
+  if (lists.known) assembly.selected_list = list;
 }
 
 void assemble_target_word(Assembly &assembly, const target_word &target) {
