@@ -23,19 +23,41 @@ constexpr size_t copy_block = 65536;
 constexpr size_t largest_move = 0x7FFFF000;
 constexpr int mode_of_new_files = 0666;  // less what the process masks out
 
-// Moves `count` bytes with one call of the platform, `call(from, count)`. It is made again when a
-// signal interrupted it before any byte was moved, and once more for the last bytes of almost 2
-// GiB, of which the platform moves no more than `largest_move` at a time. The bytes moved, or -1.
+// A call of the platform, made again for as long as a signal interrupts it before it does anything.
+template <class Call>
+auto uninterrupted(Call call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR) result = call();
+  return result;
+}
+
+// Moves `count` bytes with one call of the platform, `call(from, count)`, and with another for the
+// last bytes of almost 2 GiB, of which the platform moves no more than `largest_move` at a time.
+// The bytes moved, or -1.
 template <class Call>
 int64_t move_bytes(size_t count, Call call) {
-  int64_t moved;
-  do {
-    errno = 0;
-    moved = call(0, count);
-  } while (moved < 0 && errno == EINTR);
-  if (moved == largest_move && count > largest_move)
-    moved += std::max<int64_t>(call(largest_move, count - largest_move), 0);
+  int64_t moved = uninterrupted([&] { return call(0, count); });
+  if (moved == largest_move && count > largest_move) {
+    const auto rest = [&] { return call(largest_move, count - largest_move); };
+    moved += std::max<int64_t>(uninterrupted(rest), 0);
+  }
   return moved;
+}
+
+// The same for reading from a stream, whose bytes that did arrive are valid. Writing to a stream is
+// never repeated: what its buffer held when a signal interrupted it is lost.
+size_t read_stream(void *buffer, size_t count, FILE *stream) {
+  for (;;) {
+    errno = 0;
+    const size_t moved = platform::calls.read_stream(buffer, count, stream);
+    if (errno != EINTR || std::ferror(stream) == 0) return moved;
+    std::clearerr(stream);
+    if (moved > 0) return moved;
+  }
+}
+
+int open_file(const char *name, int flags, int mode) {
+  return uninterrupted([&] { return platform::calls.open(name, flags, mode); });
 }
 
 int32_t checked_read(int32_t count, int64_t moved) {
@@ -75,7 +97,7 @@ using namespace klib;
 using namespace klib::files;
 
 int32_t Kopen(const char *name, int32_t flags) {
-  const int descriptor = platform::calls.open(name, flags, mode_of_new_files);
+  const int descriptor = open_file(name, flags, mode_of_new_files);
   if (descriptor >= 0) return descriptor;
   const int error = errno;
   Kmessage(MESSAGE_FILE_NOT_OPENED, name);
@@ -84,7 +106,7 @@ int32_t Kopen(const char *name, int32_t flags) {
 }
 
 int32_t Kcreat(const char *name, int32_t mode) {
-  const int descriptor = platform::calls.open(name, O_WRONLY | O_CREAT | O_TRUNC, mode);
+  const int descriptor = open_file(name, O_WRONLY | O_CREAT | O_TRUNC, mode);
   if (descriptor >= 0) return descriptor;
   const int error = errno;
   Kmessage(MESSAGE_FILE_NOT_CREATED, name);
@@ -98,6 +120,7 @@ FILE *Kfopen2(const char *name, const char *mode) { return Kfopen_i(name, mode, 
 
 FILE *Kfopen_i(const char *name, const char *mode, int32_t) {
   FILE *stream = platform::calls.open_stream(name, mode);
+  while (stream == nullptr && errno == EINTR) stream = platform::calls.open_stream(name, mode);
   if (stream != nullptr) return stream;
   const int error = errno;
   Kmessage(MESSAGE_FILE_NOT_OPENED, name);
@@ -136,7 +159,7 @@ int32_t Kwrite(int32_t descriptor, const void *buffer, int32_t count) {
 int32_t Kfread(FILE *stream, void *buffer, int32_t count) {
   size_t moved = 0;
   if (stream != nullptr && buffer != nullptr && count > 0)
-    moved = platform::calls.read_stream(buffer, static_cast<size_t>(count), stream);
+    moved = read_stream(buffer, static_cast<size_t>(count), stream);
   return checked_read(count, static_cast<int64_t>(moved));
 }
 
@@ -162,13 +185,13 @@ void Kcopy_file(const char *source, const char *target) {
   FILE *from = Kfopen2(source, platform::read_text);
   if (from == nullptr) return;
   char block[copy_block];
-  size_t size = platform::calls.read_stream(block, sizeof block, from);
+  size_t size = read_stream(block, sizeof block, from);
   const bool readable = size > 0 || std::ferror(from) == 0;
   FILE *to = readable ? Kfopen2(target, platform::write_text) : nullptr;
   bool written = true;
   while (to != nullptr && written && size > 0) {
     written = platform::calls.write_stream(block, size, to) == size;
-    size = platform::calls.read_stream(block, sizeof block, from);
+    size = read_stream(block, sizeof block, from);
   }
   close_stream(from, std::ferror(from) == 0);
   if (to != nullptr) close_stream(to, written);

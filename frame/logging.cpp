@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "frame/memory.h"
 #include "klib.h"
@@ -57,11 +58,7 @@ void write(std::string_view bytes) {
   platform::calls.write_stream(bytes.data(), bytes.size(), state.log_file);
 }
 
-void close_log() {
-  FILE *log_file = state.log_file;
-  state.log_file = nullptr;
-  Kfclose(log_file, 0);
-}
+void close_log() { Kfclose(std::exchange(state.log_file, nullptr), 0); }
 
 }  // namespace
 
@@ -83,8 +80,9 @@ void Kstart_logging_file(const char *path) {
   if (!log_name) return;
   FILE *log_file = Kfopen(log_name.get(), platform::append_text);
   if (log_file == nullptr) return;
-  if (state.log_file != nullptr) close_log();
-  state.log_file = log_file;
+  // The new log tells when the old one could not be closed.
+  FILE *const old_log = std::exchange(state.log_file, log_file);
+  if (old_log != nullptr) Kfclose(old_log, 0);
 }
 
 void Kstop_logging_file() {

@@ -259,7 +259,10 @@ KLIB_API int32_t Kmanage_parameter_line(const char *parameter_line);
    descriptor, closing and sizing are reported and tolerated. Opening a stream, reading, writing
    and deleting are reported and abort: the log is closed, control returns and so does the
    failure result. Descriptors and streams are the platform's own, so other calls may use them
-   too. */
+   too.
+
+   A call that a signal interrupts before it has done anything is made again, except for closing
+   and for writing to a stream, where that would not be safe. */
 
 /* Opens a file with the platform's open flags; a file that these create gets mode 0666 less the
    process's mask. The descriptor, or -1: "File '%s' cannot be opened.\n". */
@@ -286,8 +289,7 @@ KLIB_API int32_t Kfile_size(int32_t descriptor);
 
 /* Reads `count` bytes and returns `count`. Anything less, at the end of the file too, is a
    failure: "Tried to read %d bytes. Read only %d bytes.\n", abort, and the bytes read, -1 on an
-   error. Only a call that a signal interrupted before any byte was moved is made again. A negative
-   count is an error. */
+   error. A negative count is an error. */
 KLIB_API int32_t Kread(int32_t descriptor, void *buffer, int32_t count);
 
 /* The same for writing: "Tried to write %d bytes. Wrote %d bytes.\n". */

@@ -51,8 +51,6 @@ TEST_F(ParameterFiles, ReadTheWholeChainInItsOrder) {
   EXPECT_EQ(chain_of("a/plain"), "[position.][aborted.]");
   EXPECT_STREQ(skparm[0], "no") << "the other files of the chain are read all the same";
   EXPECT_EQ(kparm[0], 999999) << "a line without the mark is a comment";
-  platform::calls.working_directory = [](char *, size_t) -> char * { return nullptr; };
-  EXPECT_EQ(chain_of("doc.txt"), "[directory.][aborted.]");
 }
 
 }  // namespace
