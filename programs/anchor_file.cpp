@@ -37,8 +37,9 @@ int open_file(const std::string &name, int64_t &size) {
 
 std::string read_bytes(int descriptor, const std::string &name, int64_t from, int64_t size) {
   std::string bytes(static_cast<size_t>(size), '\0');
+  errno = 0;
   if (pread(descriptor, bytes.data(), bytes.size(), from) != size)
-    fail(name.c_str(), 0, "cannot be read: %s", strerror(errno));
+    fail(name.c_str(), 0, "cannot be read: %s", errno != 0 ? strerror(errno) : "it ends early");
   return bytes;
 }
 
@@ -98,10 +99,13 @@ void AnchorFile::read_header() {
 }
 
 Anchor AnchorFile::read(int32_t number) {
-  times_read_[static_cast<size_t>(number)]++;
+  const auto index = static_cast<size_t>(number);
+  const auto size = static_cast<size_t>(offsets_[index] - offsets_[index - 1]);
+  times_read_[index]++;
   const Text text(read_anchor(text_.number, number), Kfree);
   std::string_view record = text ? text.get() : "";
-  if (record.empty() || !is_kind(record[0]) || find_invalid_utf8(record) != std::string_view::npos)
+  if (record.size() != size || record.empty() || !is_kind(record[0]) ||
+      find_invalid_utf8(record) != std::string_view::npos)
     fail(name_.c_str(), 0, "anchor %d is damaged", static_cast<int>(number));
   Anchor anchor{static_cast<Anchor::Kind>(record[0]), 0, {}};
   record.remove_prefix(1);

@@ -152,6 +152,7 @@ void carry_sentence(Carry &job) {
     report_sentence(job, 0, 0, target_words > 0);
   }
   kti_format(job.out.stream(), job.settled.data(), -1);
+  job.out.check();
   show_progress(++job.totals.sentences);
 }
 

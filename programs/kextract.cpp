@@ -215,6 +215,7 @@ void write_frame(Extraction &job, const std::vector<Item> &items, const Frame &f
   job.written = items[frame.last - 1].end;
   current_sentence_number = static_cast<int32_t>(job.number);
   kti_format(job.kti.stream(), sentence.coded.data(), -1);
+  job.kti.check();
   job.number = std::min<int64_t>(job.number + kparm[kti_step - 1], INT32_MAX);
   job.txt.write(sentence.words + "\n");
   show_progress(++job.sentences);

@@ -186,7 +186,10 @@ void show(char **names) {
   printf("%-9s %-9s %-9s %s\n", "raw", "real", "kind", "text");
   show_tokens(*job, stream.get());
   if (ferror(stream.get())) report(names[0], 0, "cannot be read: %s", strerror(errno));
-  if (fflush(stdout) != 0) fail("standard output", 0, "cannot be written: %s", strerror(errno));
+  errno = 0;
+  if (fflush(stdout) != 0 || ferror(stdout))
+    fail("standard output", 0, "cannot be written: %s",
+         errno != 0 ? strerror(errno) : "an earlier write failed");
   if (job->cut > 0) report(names[0], 0, "%lld codes are cut off", static_cast<long long>(job->cut));
 }
 

@@ -35,7 +35,7 @@ std::string behind_links(const std::string &name) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string &name) : name_(name) {
+OutputFile::OutputFile(const std::string &name) : name_(name), target_(name) {
   struct stat status;
   const bool exists = stat(name.c_str(), &status) == 0;
   if (exists && S_ISDIR(status.st_mode)) fail(name.c_str(), 0, "is a directory");
@@ -43,8 +43,8 @@ OutputFile::OutputFile(const std::string &name) : name_(name) {
   if (exists && (!S_ISREG(status.st_mode) || is_device_name(name))) {
     descriptor = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
   } else {
-    if (exists) name_ = behind_links(name);
-    temporary_ = name_ + ".XXXXXX";
+    if (exists) target_ = behind_links(name);
+    temporary_ = target_ + ".XXXXXX";
     descriptor = mkostemp(temporary_.data(), O_CLOEXEC);
     if (descriptor >= 0) give_usual_permissions(descriptor);
   }
@@ -52,7 +52,7 @@ OutputFile::OutputFile(const std::string &name) : name_(name) {
   if (!stream_) {
     const int error = errno;
     if (descriptor >= 0) close(descriptor);
-    temporary_.clear();
+    if (descriptor >= 0 && !temporary_.empty()) unlink(temporary_.c_str());
     fail(name.c_str(), 0, "cannot be written: %s", strerror(error));
   }
 }
@@ -62,21 +62,26 @@ OutputFile::~OutputFile() {
   if (!temporary_.empty()) unlink(temporary_.c_str());
 }
 
-void OutputFile::write(std::string_view text) { fwrite(text.data(), 1, text.size(), stream_); }
+void OutputFile::write(std::string_view text) {
+  fwrite(text.data(), 1, text.size(), stream_);
+  check();
+}
+
+void OutputFile::check() {
+  if (ferror(stream_)) fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+}
 
 void OutputFile::finish() {
-  errno = 0;
-  const bool good = fflush(stream_) == 0 && !ferror(stream_);
-  const bool closed = fclose(stream_) == 0;
+  fflush(stream_);
+  check();
+  FILE *const stream = stream_;
   stream_ = nullptr;
-  // A write that failed long ago has left its mark on the stream alone.
-  const char *reason = errno != 0 ? strerror(errno) : "an earlier write failed";
-  if (!good || !closed) fail(name_.c_str(), 0, "could not be written: %s", reason);
+  if (fclose(stream) != 0) fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
 }
 
 void OutputFile::publish() {
   if (temporary_.empty()) return;
-  if (rename(temporary_.c_str(), name_.c_str()) != 0)
+  if (rename(temporary_.c_str(), target_.c_str()) != 0)
     fail(name_.c_str(), 0, "cannot be replaced: %s", strerror(errno));
   temporary_.clear();
 }

@@ -21,11 +21,13 @@ class OutputFile {
   FILE *stream() { return stream_; }
   int descriptor() { return fileno(stream_); }
   void write(std::string_view text);
+  void check();    // for what others have written to the stream
   void finish();   // writes everything out and closes
   void publish();  // finish() first, for all files of a job before the first is published
 
  private:
-  std::string name_, temporary_;  // no temporary name: written directly
+  std::string name_;                // as it was given
+  std::string target_, temporary_;  // no temporary name: written directly
   FILE *stream_ = nullptr;
 };
 

@@ -6,9 +6,12 @@
 // each job opens the log again and ends with Kcleanup_parameters.
 #include "programs/program.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -21,6 +24,7 @@ namespace {
 
 constexpr const char *default_directory = "c:\\kavro\\dfmt";
 constexpr int lib_directory = 1, parameter_base_name = 6, log_path_name = 19;
+constexpr int logging = 31;  // numeric parameter
 
 struct State {
   const char *name = "";
@@ -43,6 +47,16 @@ void print(const char *file, int64_t line, const char *format, va_list arguments
     fprintf(stderr, "%s: ", file);
   vfprintf(stderr, format, arguments);
   fputc('\n', stderr);
+}
+
+// A standard stream that is closed must not become one of the files that are opened, or messages
+// would go into results; and a file that grows too large is an error to report like a full disk.
+void prepare_process() {
+  int descriptor;
+  do descriptor = open("/dev/null", O_RDONLY);
+  while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+  if (descriptor >= 0) close(descriptor);
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 // The directory of the running program with ../share/klib, or an empty text.
@@ -72,9 +86,19 @@ void check_font_groups(const char *file) {
            skparm[lib_directory - 1]);
 }
 
+// The library has no other place for reports than the log that it could not open.
+void check_log() {
+  const char *path = skparm[log_path_name - 1];
+  if (kparm[logging - 1] == 0 || path[0] == '\0') return;
+  const std::string name = with_type(path, "log");
+  const std::unique_ptr<FILE, int (*)(FILE *)> log(fopen(name.c_str(), "ae"), fclose);
+  if (!log) report(name.c_str(), 0, "cannot be written: %s", strerror(errno));
+}
+
 }  // namespace
 
 int run_program(const Program &program, int argc, char **argv) {
+  prepare_process();
   state = State{};
   state.name = program.name;
   const Arguments arguments = check_arguments(program, argc, argv);
@@ -88,6 +112,7 @@ int run_program(const Program &program, int argc, char **argv) {
 
 void run_job(const char *file, void (*work)(char **names), char **names) {
   try {
+    check_log();
     Kstart_logging_file(skparm[log_path_name - 1]);
     check_font_groups(file);
     work(names);

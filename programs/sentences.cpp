@@ -5,6 +5,7 @@
 #include "programs/sentences.h"
 
 #include <locale.h>
+#include <sys/stat.h>
 #include <wctype.h>
 
 #include <string>
@@ -139,7 +140,11 @@ void find_frames(const CodePage &code_page, std::string_view page, const std::ve
 
 void load_sentence_exceptions() {
   const Text name(Klib_pathname("SentenceExceptions", 1), Kfree);
-  exceptions_loaded = name && Kprobe_file(name.get()) && Klist_in(name.get()) == 0;
+  struct stat status;
+  if (!name || stat(name.get(), &status) != 0) return;
+  exceptions_loaded = Klist_in(name.get()) == 0;
+  if (status.st_size > 0 && (!exceptions_loaded || l_length == 0))
+    fail(name.get(), 0, "cannot be read, or holds no line");
 }
 
 void free_sentence_exceptions() {

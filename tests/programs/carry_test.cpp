@@ -234,6 +234,17 @@ TEST_F(Carry, OtherCodePagesAndTheDefaultAlignment) {
   EXPECT_EQ(shown(read("out.kti")), shown(coded("{90}3 {C5} {9D}00AA{91}\n")));
 }
 
+TEST_F(Carry, WritesItsFileWholeAndNothingElseIntoIt) {
+  carry({std::string(600, 'a') + " | b | 0-0", "c | " + std::string(600, 'd') + " | 0-0"}, "");
+  const std::string all = read("out.kti");
+  const Outcome outcome = run("kcarry", "job.kti t.txt a.txt out.kti", "ulimit -f 1; ");
+  EXPECT_EQ(outcome.errors, "out.kti: could not be written: File too large\n");
+  EXPECT_EQ(read("out.kti") + files(), all + "a.txt job.kti out.kti t.txt");
+  write("t.txt", "\n\n");  // reported, where there is a standard error
+  run("kcarry", "job.kti t.txt - out.kti <&- >&- 2>&-; true");
+  EXPECT_EQ(shown(read("out.kti")), shown(coded("{90}0 {91}\n{90}611 {91}\n")));
+}
+
 TEST_F(Carry, Kshow) {
   write("a.kti", coded("{94}1{95}\n{90}0 A{98}line{FF}2{99}{7B}{E4}{9D}20AC{91}\nb{94}3"));
   const Outcome outcome = run("kshow", "-LANGUAGE GERMAN a.kti");

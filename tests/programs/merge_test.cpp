@@ -103,7 +103,10 @@ TEST_F(Merge, Refuses) {
     EXPECT_EQ(outcome.status, 1) << row.frames;
     EXPECT_EQ(read("result.html"), "(none)") << row.frames;
   }
-  const std::string index = read("job.anx");
+  const std::string index = read("job.anx"), anchors = read("job.anc");
+  write("job.anc", coded("klib-page 1 UTF-8\n*<{00}>=<img>"));
+  EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors, "job.anc: anchor 1 is damaged\n");
+  write("job.anc", anchors);
   write("job.anx", index.substr(0, index.size() - 4));
   EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors,
             "job.anx: does not fit job.anc: it ends at 22, the file at 28\n");
@@ -152,6 +155,24 @@ TEST_F(Merge, OutputThroughLinksAndPipes) {
   EXPECT_EQ(run("kmerge", "out.kti job.anc /dev/stdout").output, "<p>A");
   EXPECT_EQ(run("kmerge", "out.kti job.anc /dev/full").errors,
             "/dev/full: could not be written: No space left on device\n");
+}
+
+// What stood under a name stays there, and nothing else is left behind.
+TEST_F(Merge, WritesFilesWholeOrNotAtAll) {
+  const std::string text(600, 'a');
+  merge("<p>" + text, "{94}1{95}{90}0 " + text + "{91}");
+  write("result.html", "old");
+  const std::string before = files();
+  for (const auto &[program, arguments, message] :
+       {std::tuple("kmerge", "out.kti job.anc result.html", "result.html"),
+        {"kextract", "new.kti page.html", "new.kti"}}) {
+    const Outcome outcome = run(program, arguments, "ulimit -f 1; ");
+    EXPECT_EQ(outcome.errors, std::string(message) + ": could not be written: File too large\n");
+    EXPECT_EQ(outcome.status, 1) << program;
+  }
+  EXPECT_EQ(files() + " " + read("result.html"), before + " old");
+  EXPECT_EQ(run("kmerge", "-LOG-PATHNAME no/x.log out.kti job.anc result.html").errors,
+            "no/x.log: cannot be written: No such file or directory\n");
 }
 
 // An abort in the first job closes the log; the second job is logged and written all the same.

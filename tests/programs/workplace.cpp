@@ -59,9 +59,10 @@ std::string Workplace::read(const std::string &name) const {
   return file ? content.str() : "(none)";
 }
 
-Outcome Workplace::run(const std::string &program, const std::string &arguments) const {
-  const std::string command = "cd " + directory_ + " && " PROGRAMS "/" + program + " " + arguments +
-                              " >.output 2>.errors </dev/null";
+Outcome Workplace::run(const std::string &program, const std::string &arguments,
+                       const std::string &before) const {
+  const std::string command = "cd " + directory_ + " && " + before + PROGRAMS "/" + program + " " +
+                              arguments + " >.output 2>.errors </dev/null";
   const int status = std::system(command.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(".errors"), read(".output")};
 }

@@ -27,7 +27,9 @@ class Workplace : public ::testing::Test {
 
   void write(const std::string &name, std::string_view content) const;
   std::string read(const std::string &name) const;  // "(none)" when there is no such file
-  Outcome run(const std::string &program, const std::string &arguments) const;
+  // `before` is for the shell that runs the program, such as "ulimit -f 1; ".
+  Outcome run(const std::string &program, const std::string &arguments,
+              const std::string &before = "") const;
   std::string files() const;  // the names of all files, in order
 
   std::string directory_;
