@@ -29,7 +29,6 @@ TEST_F(CheckedFiles, ReportWhatTheyAreNotMadeFor) {
     const char *log;
   } rows[] = {
       {[] { return Kfclose(nullptr, 1), 0; }, 0, "A file could not be closed.\n"},
-      {[] { return Kfile_size(-1); }, 0, "Length of a file could not be determined.\n"},
       {[&] { return Kread(abc, buffer, 2); }, 2, ""},
       {[&] { return Kread(abc, buffer, 8); }, 1, "Tried to read 8 bytes. Read only 1 bytes.\n!"},
       {[&] { return Kread(abc, buffer, -1); }, -1,
