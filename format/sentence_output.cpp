@@ -124,8 +124,8 @@ Paragraph start(char *text, int64_t frame_length) {
 bool collapse_piece(Paragraph &paragraph) {
   constexpr size_t piece = 32768;
   auto &[text, read, end, limit] = paragraph;
+  if (*read == '\0') return false;
   char *const piece_end = read + strnlen(read, piece);
-  if (piece_end == read) return false;
   const auto is_blank = [](char c) { return c == ' ' || becomes_blank(c); };
   while (read < piece_end) {
     if (end[-1] == ' ') read = std::find_if_not(read, piece_end, is_blank);
