@@ -41,6 +41,7 @@ int64_t read_links(const LineReader &file, int32_t source_words, int32_t target_
                    std::vector<Link> &links) {
   links.clear();
   int64_t bad = 0;
+  bool ascending = true;
   const char *position = file.line().data(), *const end = position + file.line().size();
   for (;;) {
     while (position != end && is_white(*position)) position++;
@@ -57,13 +58,16 @@ int64_t read_links(const LineReader &file, int32_t source_words, int32_t target_
     else if (link.target >= target_words)
       report_pair(file, pair, "the translation", target_words);
     else {
+      ascending = ascending && (links.empty() || links.back() < link);
       links.push_back(link);
       continue;
     }
     bad++;
   }
-  if (!std::is_sorted(links.begin(), links.end())) std::sort(links.begin(), links.end());
-  links.erase(std::unique(links.begin(), links.end()), links.end());
+  if (!ascending) {
+    std::sort(links.begin(), links.end());
+    links.erase(std::unique(links.begin(), links.end()), links.end());
+  }
   return bad;
 }
 

@@ -64,10 +64,15 @@ struct Carry {
 
 // Encodes the translation, words between single blanks, and gives their number.
 int32_t encode_translation(Carry &job) {
+  const std::string_view line = job.translation.line();
+  if (is_plain(line)) {  // printable ASCII is the same in every code page
+    job.encoded = line;
+    return count_words(line);
+  }
   int32_t words = 0;
   job.encoded.clear();
   size_t position = 0;
-  for (std::string_view word; !(word = next_word(job.translation.line(), position)).empty();) {
+  for (std::string_view word; !(word = next_word(line, position)).empty();) {
     if (words++ > 0) job.encoded += ' ';
     append_encoded(job.to, word, job.encoded);
   }
@@ -132,13 +137,6 @@ void carry_codes(Carry &job, int32_t target_words) {
   }
   initCT(job.source_language);
   report_sentence(job, fonts, anchors, true);
-}
-
-// The words of a text without codes.
-int32_t count_words(std::string_view text) {
-  int32_t words = 0;
-  for (size_t position = 0; !next_word(text, position).empty();) words++;
-  return words;
 }
 
 void carry_sentence(Carry &job) {

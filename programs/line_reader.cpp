@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -45,6 +46,21 @@ std::string_view next_word(std::string_view line, size_t &position) {
   while (end < line.size() && !is_white(line[end])) end++;
   position = end;
   return line.substr(begin, end - begin);
+}
+
+bool is_plain(std::string_view line) {
+  if (line.empty() || line.front() == ' ' || line.back() == ' ') return false;
+  bool odd = false;
+  for (size_t i = 0; i + 1 < line.size(); i++)
+    odd |= line[i] < ' ' || line[i] > '~' || (line[i] == ' ' && line[i + 1] == ' ');
+  return !odd && line.back() <= '~' && line.back() > ' ';
+}
+
+int32_t count_words(std::string_view line) {
+  if (is_plain(line)) return 1 + static_cast<int32_t>(std::count(line.begin(), line.end(), ' '));
+  int32_t words = 0;
+  for (size_t position = 0; !next_word(line, position).empty();) words++;
+  return words;
 }
 
 }  // namespace klib::programs

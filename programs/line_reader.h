@@ -42,5 +42,11 @@ inline bool is_white(char c) {
 // The word of the line at or behind `position`, which moves behind it; empty when there is none.
 std::string_view next_word(std::string_view line, size_t &position);
 
+// Whether the line is printable ASCII, its words one blank apart.
+bool is_plain(std::string_view line);
+
+// The number of words.
+int32_t count_words(std::string_view line);
+
 }  // namespace klib::programs
 #endif

@@ -15,7 +15,11 @@ namespace {
 
 char *token() { return p_root[parser_level].token; }
 
-int64_t lines_in(std::string_view text) { return std::count(text.begin(), text.end(), '\n'); }
+// Most texts are a line, or end with one.
+int64_t lines_in(std::string_view text) {
+  const size_t first = std::min(text.find('\n'), text.size());
+  return std::count(text.begin() + static_cast<ptrdiff_t>(first), text.end(), '\n');
+}
 
 // The number that the text is, or -1.
 int32_t whole_number(std::string_view text) {
@@ -78,7 +82,7 @@ void SentenceFile::take_frame(char *code) {
     fail(name(), line_, "a sentence stands inside another");
   if (whole[1] < '0' || whole[1] > '9') fail(name(), line_, "a sentence without a number");
   text_ = kti_body(code);
-  std::replace(text_.begin(), text_.end(), '\n', ' ');
+  if (text_.find('\n') != text_.npos) std::replace(text_.begin(), text_.end(), '\n', ' ');
   number_ = current_sentence_number;
 }
 
