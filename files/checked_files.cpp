@@ -47,12 +47,12 @@ int64_t move_bytes(size_t count, Call call) {
 // The same for reading from a stream, whose bytes that did arrive are valid. Writing to a stream is
 // never repeated: what its buffer held when a signal interrupted it is lost.
 size_t read_stream(void *buffer, size_t count, FILE *stream) {
-  for (;;) {
+  for (size_t moved = 0;;) {
     errno = 0;
-    const size_t moved = platform::calls.read_stream(buffer, count, stream);
-    if (errno != EINTR || std::ferror(stream) == 0) return moved;
+    moved +=
+        platform::calls.read_stream(static_cast<char *>(buffer) + moved, count - moved, stream);
+    if (moved == count || errno != EINTR || std::ferror(stream) == 0) return moved;
     std::clearerr(stream);
-    if (moved > 0) return moved;
   }
 }
 

@@ -5,10 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "programs/program.h"
 
@@ -33,32 +35,61 @@ std::string behind_links(const std::string &name) {
   return path ? path.get() : name;
 }
 
+constexpr size_t block_size = 65536;
+
+// False with errno when not all of it can be written.
+bool write_bytes(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return false;
+    bytes.remove_prefix(static_cast<size_t>(std::max<ssize_t>(written, 0)));
+  }
+  return true;
+}
+
 }  // namespace
+
+// What the stream calls instead of writing; fewer bytes than `count` are an error of the stream.
+ssize_t OutputFile::take(void *file, const char *bytes, size_t count) {
+  OutputFile &output = *static_cast<OutputFile *>(file);
+  if (output.block_.size() + count > block_size && !output.write_out()) return 0;
+  if (count > block_size)
+    return write_bytes(output.descriptor_, {bytes, count}) ? static_cast<ssize_t>(count) : 0;
+  output.block_.append(bytes, count);
+  return static_cast<ssize_t>(count);
+}
+
+bool OutputFile::write_out() {
+  const bool written = write_bytes(descriptor_, block_);
+  block_.clear();
+  return written;
+}
 
 OutputFile::OutputFile(const std::string &name) : name_(name), target_(name) {
   struct stat status;
   const bool exists = stat(name.c_str(), &status) == 0;
   if (exists && S_ISDIR(status.st_mode)) fail(name.c_str(), 0, "is a directory");
-  int descriptor;
+  block_.reserve(block_size);
   if (exists && (!S_ISREG(status.st_mode) || is_device_name(name))) {
-    descriptor = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    descriptor_ = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
   } else {
     if (exists) target_ = behind_links(name);
     temporary_ = target_ + ".XXXXXX";
-    descriptor = mkostemp(temporary_.data(), O_CLOEXEC);
-    if (descriptor >= 0) give_usual_permissions(descriptor);
+    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
+    if (descriptor_ >= 0) give_usual_permissions(descriptor_);
   }
-  if (descriptor >= 0) stream_ = fdopen(descriptor, "wb");
+  if (descriptor_ >= 0) stream_ = fopencookie(this, "wb", {nullptr, take, nullptr, nullptr});
   if (!stream_) {
     const int error = errno;
-    if (descriptor >= 0) close(descriptor);
-    if (descriptor >= 0 && !temporary_.empty()) unlink(temporary_.c_str());
+    if (descriptor_ >= 0) close(descriptor_);
+    if (descriptor_ >= 0 && !temporary_.empty()) unlink(temporary_.c_str());
     fail(name.c_str(), 0, "cannot be written: %s", strerror(error));
   }
 }
 
 OutputFile::~OutputFile() {
   if (stream_) fclose(stream_);
+  if (descriptor_ >= 0) close(descriptor_);
   if (!temporary_.empty()) unlink(temporary_.c_str());
 }
 
@@ -74,9 +105,8 @@ void OutputFile::check() {
 void OutputFile::finish() {
   fflush(stream_);
   check();
-  FILE *const stream = stream_;
-  stream_ = nullptr;
-  if (fclose(stream) != 0) fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+  if (!write_out() || close(std::exchange(descriptor_, -1)) != 0)
+    fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
 }
 
 void OutputFile::publish() {
