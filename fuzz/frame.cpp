@@ -22,7 +22,9 @@ namespace {
 struct Scratch {
   std::filesystem::path path;
   Scratch() {
-    std::string pattern = std::filesystem::temp_directory_path() / "klib-fuzz-XXXXXX";
+    const std::filesystem::path memory = "/dev/shm";
+    std::string pattern = (is_directory(memory) ? memory : std::filesystem::temp_directory_path()) /
+                          "klib-fuzz-XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) std::abort();
     path = pattern;
     std::filesystem::current_path(path);

@@ -1,0 +1,178 @@
+// A page through kextract, kcarry with any translation and alignment, and kmerge.
+//
+// Every anchor of a sentence is carried once, the visible text becomes the translation, formatting
+// follows the alignment, markup that was well nested in the page is so in the result, and the
+// result has the translation as its text.
+
+#include <algorithm>
+#include <sstream>
+
+#include "fuzz/page_jobs.h"
+#include "fuzz/sentence_model.h"
+#include "programs/html_elements.h"
+#include "programs/html_tokenizer.h"
+#include "programs/page_file.h"
+#include "programs/text_reader.h"
+#include "programs/utf8.h"
+
+using namespace klib::fuzz;
+using namespace klib::programs;
+
+namespace {
+
+// Makes a line of UTF-8 of any bytes.
+std::string valid_line(const std::string &bytes) {
+  std::string line;
+  for (size_t i = 0; i < bytes.size();) {
+    char32_t c = next_utf8(bytes, i);
+    if (c == invalid_utf8) c = 0x100u + static_cast<unsigned char>(bytes[i++]);
+    if (c != 0xFEFF) append_utf8(c, line);
+  }
+  return line;
+}
+
+// What a sentence is given to be carried into.
+struct Target {
+  std::vector<std::string> words;
+  std::vector<std::vector<size_t>> sources;  // of each word, in order
+};
+
+// Takes a line of the alignment from the input; some pairs name words that are not there.
+std::string align(Input &input, size_t source_words, Target &target) {
+  std::string line;
+  for (uint32_t pairs = input.below(16); pairs > 0; pairs--) {
+    const size_t i = input.byte() % (source_words + 1);
+    const size_t j = input.byte() % (target.words.size() + 1);
+    line += std::to_string(i) + "-" + std::to_string(j) + " ";
+    if (i < source_words && j < target.words.size()) target.sources[j].push_back(i);
+  }
+  for (auto &sources : target.sources) std::sort(sources.begin(), sources.end());
+  return line;
+}
+
+void align_in_order(size_t source_words, Target &target) {
+  for (size_t k = 0; k < std::min(source_words, target.words.size()); k++) target.sources[k] = {k};
+}
+
+// Whether a font of the word is in force somewhere in one of its source words.
+bool has_source(int32_t font, size_t group, const std::vector<size_t> &sources,
+                const std::vector<Word> &words) {
+  return font == 0 || std::ranges::any_of(sources, [&](size_t i) {
+           return std::ranges::any_of(words[i].fonts,
+                                      [&](const Fonts &fonts) { return fonts[group] == font; });
+         });
+}
+
+void check_fonts(const Sentence &source, const Sentence &result, const Target &target) {
+  for (size_t j = 0; j < target.words.size(); j++) {
+    const Word &word = result.words[j];
+    const std::vector<size_t> &sources = target.sources[j];
+    for (const Fonts &fonts : word.fonts)
+      for (size_t group = 0; group < fonts.size(); group++)
+        require(has_source(fonts[group], group, sources, source.words),
+                "a word has no font that none of its source words had");
+    if (sources.empty()) continue;
+    const Word &first = source.words[sources.front()], &last = source.words[sources.back()];
+    if (first.uniform() && last.uniform())
+      require(word.uniform() && word.fonts[0] == first.fonts[0],
+              "a word has the fonts of its first source word");
+  }
+}
+
+// Whether every tag of an element with content has its partner, and no two elements cross.
+bool is_well_nested(const std::string &page) {
+  std::vector<std::string> open;
+  for (size_t i = 0; i < page.size();) {
+    const Token token = next_token(page, i);
+    i = token.end;
+    const Element::Content content = element(token.name).content;
+    if (token.name.empty() || content == Element::empty || content == Element::separator) continue;
+    if (token.kind == Token::start_tag) {
+      open.push_back(lower_case(token.name));
+      if (content == Element::raw || content == Element::caption)
+        i = end_of_raw_text(page, i, token.name);
+    } else {
+      if (open.empty() || open.back() != lower_case(token.name)) return false;
+      open.pop_back();
+    }
+  }
+  return open.empty();
+}
+
+// The characters of a text that can be seen, one behind the other.
+std::string visible(const std::string &text) {
+  std::string characters;
+  for (size_t i = 0; i < text.size();) {
+    const size_t begin = i;
+    next_utf8(text, i);
+    if (is_visible(text.substr(begin, i - begin))) characters += text.substr(begin, i - begin);
+  }
+  return characters;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  Input input(data, size);
+  const std::string language = any_language(input), target_language = any_language(input);
+  const std::string width = std::to_string(input.byte());
+  const bool in_order = input.below(8) == 0;
+  clear_scratch();
+  scratch_file("page.html", input.text());
+  if (!run(kextract, {"-LANGUAGE", language, "-KTI-WIDTH", width, "job.kti", "page.html"}).good)
+    return 0;
+  const std::vector<Sentence> source = read_sentences("job.kti", language);
+
+  std::istringstream lines(input.text()), source_lines(read_scratch("job.txt"));
+  std::string translation, alignment;
+  std::vector<Target> targets;
+  for (const Sentence &sentence : source) {
+    Target &target = targets.emplace_back();
+    if (sentence.number < 0) continue;
+    std::string line, words;
+    std::getline(source_lines, line);
+    for (const Word &word : sentence.words) words += (words.empty() ? "" : " ") + word.text;
+    require(words == line, "the text for the translation has the words of the sentence");
+    line.clear();
+    std::getline(lines, line);
+    line = valid_line(line);
+    translation += line + "\n";
+    target.words = words_of(line);
+    target.sources.resize(target.words.size());
+    if (in_order)
+      align_in_order(sentence.words.size(), target);
+    else
+      alignment += align(input, sentence.words.size(), target) + "\n";
+  }
+  scratch_file("job.tra", translation);
+  scratch_file("job.ali", alignment);
+  const Outcome carried =
+      run(kcarry, {"-LANGUAGE", language, "-TARGET-LANGUAGE", target_language, "-KTI-WIDTH", width,
+                   "job.kti", "job.tra", in_order ? "-" : "job.ali", "out.kti"});
+  require(carried.good || carried.messages.find(": pair '") != std::string::npos,
+          "only bad pairs make the status 1");
+
+  const std::vector<Sentence> result = read_sentences("out.kti", target_language);
+  require(result.size() == source.size(), "the frames and what stands between them stay");
+  for (size_t k = 0; k < source.size(); k++) {
+    require(result[k].number == source[k].number, "frames keep their order");
+    require(result[k].anchors == source[k].anchors, "every anchor is carried once");
+    require(texts(result[k].words) == targets[k].words, "the text is the translation");
+    check_fonts(source[k], result[k], targets[k]);
+  }
+
+  const Outcome merged =
+      run(kmerge, {"-LANGUAGE", target_language, "out.kti", "job.anc", "result.html"});
+  require(merged.good, "what was carried is merged");
+  const Page page = read_page("page.html");
+  if (is_well_nested(page.text))
+    require(is_well_nested(to_utf8(read_scratch("result.html"), page.encoding)),
+            "markup stays well nested");
+  if (page.encoding == "UTF-8") {
+    require(run(kextract, {"-LANGUAGE", target_language, "new.kti", "result.html"}).good,
+            "the new page is taken");
+    require(visible(read_scratch("new.txt")) == visible(translation),
+            "the new page has the text of the translation");
+  }
+  return 0;
+}

@@ -1,0 +1,40 @@
+// A page of any bytes through kextract and, without a translation, through kmerge: it comes back as
+// it was, or is refused.
+
+#include "fuzz/page_jobs.h"
+#include "programs/html_tokenizer.h"
+#include "programs/page_file.h"
+#include "programs/utf8.h"
+#include "tests/programs/same_pages.h"
+
+using namespace klib;
+using namespace klib::fuzz;
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  Input input(data, size);
+  const std::string language = any_language(input), width = std::to_string(input.byte());
+  const std::string bytes = input.rest();
+  clear_scratch();
+  scratch_file("page.html", bytes);
+
+  const bool may_be_refused = bytes.find('\0') != bytes.npos ||
+                              programs::find_invalid_utf8(bytes) != bytes.npos ||
+                              programs::lower_case(bytes).find("charset") != bytes.npos;
+  if (!run(programs::kextract, {"-LANGUAGE", language, "-KTI-WIDTH", width, "job.kti", "page.html"})
+           .good) {
+    require(may_be_refused, "a page that declares nothing and is UTF-8 is taken");
+    require(scratch_files() == "page.html ", "a page that is refused leaves no file");
+    return 0;
+  }
+  const Outcome merged =
+      run(programs::kmerge, {"-LANGUAGE", language, "job.kti", "job.anc", "result.html"});
+  require(merged.good && merged.messages.empty(), "what was extracted is merged without a remark");
+  require(scratch_files() == "job.anc job.anx job.kti job.txt page.html result.html ",
+          "nothing but the results is left");
+
+  const programs::Page page = programs::read_page("page.html");
+  const std::string result = to_utf8(read_scratch("result.html"), page.encoding);
+  test::Place expected{page.text}, place{result};
+  require(test::same_pages(expected, place), "the page comes back");
+  return 0;
+}
