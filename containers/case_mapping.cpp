@@ -10,6 +10,7 @@
 #include <array>
 #include <bit>
 #include <cctype>
+#include <cstring>
 #include <initializer_list>
 #include <span>
 #include <string_view>
@@ -99,6 +100,33 @@ bool combine() {
   return true;
 }
 
+// The upper-case form of eight bytes below 0x80, where all built-in tables agree.
+uint64_t uppercase_ascii(uint64_t bytes) {
+  constexpr uint64_t each = 0x0101010101010101;
+  const uint64_t from_a = bytes + (0x80 - 'a') * each, behind_z = bytes + (0x7F - 'z') * each;
+  return bytes ^ ((from_a ^ behind_z) & 0x80 * each) >> 2;  // a letter's case is its bit 0x20
+}
+
+// Through the combined table.
+void uppercase_combined(char *s) {
+  constexpr uint64_t high_bits = 0x8080808080808080;
+  const auto map = [&](char *end) {
+    for (; s != end; ++s) *s = static_cast<char>(state.combined[u8(*s)]);
+  };
+  char *const end = s + std::strlen(s);
+  for (uint64_t bytes; end - s >= ptrdiff_t{sizeof bytes};) {
+    std::memcpy(&bytes, s, sizeof bytes);
+    if ((bytes & high_bits) != 0) {
+      map(s + sizeof bytes);
+    } else {
+      bytes = uppercase_ascii(bytes);
+      std::memcpy(s, &bytes, sizeof bytes);
+      s += sizeof bytes;
+    }
+  }
+  map(end);
+}
+
 }  // namespace
 
 void reset() { state = State{}; }
@@ -119,7 +147,7 @@ void initUpcase(const char *language) {
 
 void uppercase_string(char *s) {
   if (combine()) {
-    for (; *s != '\0'; ++s) *s = static_cast<char>(state.combined[u8(*s)]);
+    uppercase_combined(s);
   } else {
     const uint32_t *const types = c_t;
     const uint8_t *const upper = state.active;

@@ -54,6 +54,7 @@ TEST_F(StringRoutines, UpperCase) {
   static constexpr const char *rows[][4] = {
       // character types, upper case, text, result
       {"FR", "FR", "aZ{DF}{E0}{F7}{FF}{83}", "AZ{DF}{C0}{F7}{DF}{83}"},
+      {"FR", "FR", "@azAZ[`{7B}stuvwx{E0}yz{7F}", "@AZAZ[`{7B}STUVWX{C0}YZ{7F}"},
       {"RU", "RUS", "a{E0}{83}{AA}{BF}{F7}{B5}", "A{C0}{81}{AA}{AF}{D7}{B5}"},
       {"FR", "RU", "a{E0}{83}{F7}", "A{C0}{83}{F7}"},
       {"GR", "GR-EN", "{C0}{DC}{E0}{F2}{F3}{FF}", "{DA}{B6}{DB}{D3}{D3}{DF}"},
