@@ -268,9 +268,74 @@ uint64_t at_word(Walk &walk, const uint8_t *item, const Block &block) {
   return (following & ~before) | (walk.backward ? last : first);
 }
 
+// As far as they are among the positions.
+uint64_t at_word_among(Walk &walk, const uint8_t *item, const Block &block, uint64_t positions) {
+  if (walk.backward || !are_few(positions)) return positions & at_word(walk, item, block);
+  uint64_t bits = 0;
+  for (uint64_t left = positions; left != 0; left &= left - 1) {
+    const uint8_t *byte = block.bytes + lowest(left);
+    const bool first = block.base == 0 && (left & 1) != 0;
+    const uint8_t before = first ? uint8_t{0} : block.subject->text[block.base + lowest(left) - 1];
+    const bool following = is_word_byte(*byte);
+    const bool holds =
+        *item == word_end ? !following : first || (following && !is_word_byte(before));
+    if (holds) bits |= left & (0 - left);
+  }
+  return bits;
+}
+
 uint64_t at_end(const Walk &walk, const Block &block) {
   if (walk.backward) return block.base == 0 ? 1 : 0;
   return ~block.inside & block.positions;
+}
+
+// One or two literals at a fixed distance from the beginning of a match, behind an item that is
+// costly to look at. Few positions are left for that item when those without them are left out.
+struct Hint {
+  const uint8_t *item = nullptr;
+  size_t distance = 0, literals = 0;
+};
+
+Hint find_hint(const Walk &walk) {
+  bool costly = false;
+  size_t distance = 0;
+  for (const uint8_t *item = walk.items; distance < 63; item = next_item(item)) {
+    switch (*item) {
+      case literal:
+        if (costly) return {item, distance, *next_item(item) == literal ? size_t{2} : size_t{1}};
+        [[fallthrough]];
+      case any:
+        distance++;
+        break;
+      case set:
+      case wide_set:
+      case negated_set:
+        costly = true;
+        distance++;
+        break;
+      case word_start:
+      case word_end:
+        costly = true;
+        break;
+      case group_start:
+      case group_end:
+        break;
+      default:
+        return {};
+    }
+  }
+  return {};
+}
+
+// The literals may also stand in the next block.
+uint64_t allowed_by(const Hint &hint, const Block &block) {
+  uint64_t positions = all;
+  const uint8_t *item = hint.item;
+  for (size_t i = 0; i < hint.literals; ++i, item = next_item(item)) {
+    const size_t distance = hint.distance + i;
+    positions &= equal(block, item[1]) >> distance | ~(all >> distance);
+  }
+  return positions;
 }
 
 }  // namespace
@@ -326,7 +391,7 @@ uint64_t advance(Walk &walk, const uint8_t *first, const uint8_t *past, const Bl
         break;
       case word_start:
       case word_end:
-        positions &= at_word(walk, item, block);
+        positions = at_word_among(walk, item, block, positions);
         break;
       case back_reference:
       case back_reference + zero_or_more:
@@ -355,6 +420,7 @@ uint64_t advance(Walk &walk, const uint8_t *first, const uint8_t *past, const Bl
 }
 
 bool may_match(Walk &walk, bool anchored, const Subject &subject) {
+  const Hint hint = anchored ? Hint{} : find_hint(walk);
   for (size_t base = 0; base <= subject.length; base += block_size) {
     const Block block = block_at(subject, base);
     uint64_t positions = block.positions;
@@ -362,6 +428,7 @@ bool may_match(Walk &walk, bool anchored, const Subject &subject) {
       if (base != 0 && walk.live == walk.items) return false;
       positions = base == 0 ? 1 : 0;
     }
+    if (hint.item != nullptr) positions &= allowed_by(hint, block);
     if (advance(walk, walk.items, walk.end_item, block, positions) != 0) return true;
   }
   return false;
