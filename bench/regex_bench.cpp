@@ -8,6 +8,9 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 #endif
+#if HAVE_re2
+#include <re2/re2.h>
+#endif
 
 namespace klib::bench {
 
@@ -128,6 +131,18 @@ void hostile(benchmark::State &state, const char *expression) {
   char *list = own.data();
   for (auto _ : state) benchmark::DoNotOptimize(regex_search(text.c_str(), 1, &list));
 }
+#if HAVE_re2
+void hostile_to_re2(benchmark::State &state, std::string expression) {
+  static const std::string text(100'000, 'x');
+  std::erase(expression, '\\');  // of the intervals
+  const RE2 compiled(expression, RE2::Latin1);
+  for (auto _ : state) benchmark::DoNotOptimize(RE2::PartialMatch(text, compiled));
+}
+#define HOSTILE_TO_RE2(name, expression) \
+  BENCHMARK_CAPTURE(hostile_to_re2, name, expression)->Name("hostile, " #name "/RE2 compiled once")
+#else
+#define HOSTILE_TO_RE2(name, expression) static_assert(true)
+#endif
 void one_back_reference(benchmark::State &state) {
   static const std::string text(1000, 'x');
   char expression[] = "\\(x*\\)x*\\1y";
@@ -136,6 +151,7 @@ void one_back_reference(benchmark::State &state) {
 }
 #define HOSTILE(name, expression)                                                \
   BENCHMARK_CAPTURE(hostile, name, expression)->Name("hostile, " #name "/klib"); \
+  HOSTILE_TO_RE2(name, expression);                                              \
   BENCHMARK_CAPTURE(fixed_time, name, 0.010)->Name("hostile, " #name "/10 ms")->UseManualTime()
 HOSTILE(stars, "x*x*x*x*x*x*x*x*y");
 HOSTILE(any, ".*.*.*.*=");
