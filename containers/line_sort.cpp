@@ -47,7 +47,9 @@ void sort_keys(Entry *first, Entry *last) {
   for (const Entry *entry = first; entry != last; entry++) differing |= entry->key ^ first->key;
   if (differing == 0) return;
   const int shift = (63 - std::countl_zero(differing)) / 8 * 8;
-  const auto bucket_of = [shift](const Entry &entry) { return entry.key >> shift & 0xFF; };
+  const auto bucket_of = [shift](const Entry &entry) {
+    return static_cast<size_t>(entry.key >> shift & 0xFF);
+  };
   std::array<ptrdiff_t, 256> sizes{};
   for (const Entry *entry = first; entry != last; entry++) sizes[bucket_of(*entry)]++;
   std::array<Entry *, 256> next, end;

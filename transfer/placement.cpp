@@ -107,7 +107,7 @@ placement proportional_position(Placing &placing, const source_word &word, const
   const auto entry =
       static_cast<size_t>(std::lower_bound(reach.begin(), reach.end(), place) - reach.begin());
   const size_t target = list[entry];
-  const size_t position = place - (entry == 0 ? 0 : reach[entry - 1]);
+  const auto position = static_cast<size_t>(place - (entry == 0 ? 0 : reach[entry - 1]));
   const size_t length = placing.targets.words[target].length;
   if (position == 0 || code.position == 0 || code.position == word.text_length ||
       position == length)
