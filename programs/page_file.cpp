@@ -142,7 +142,12 @@ bool decode(const std::string &bytes, const char *encoding, Page &page, std::str
 }
 
 bool is_known(const std::string &encoding) {
-  if (encoding.find_first_of("/,") != std::string::npos) return false;  // iconv's own additions
+  // iconv looks past whatever is no part of a name, and has additions of its own.
+  constexpr size_t longest_name = 64;
+  constexpr const char *in_names = "abcdefghijklmnopqrstuvwxyz0123456789-_.:+()";
+  if (encoding.size() > longest_name ||
+      lower_case(encoding).find_first_not_of(in_names) != encoding.npos)
+    return false;
   const iconv_t converter = iconv_open("UTF-8", encoding.c_str());
   if (converter == reinterpret_cast<iconv_t>(-1)) return false;
   iconv_close(converter);
@@ -159,7 +164,7 @@ Label choose(const char *name, const std::string &bytes, std::string &declared) 
   if (declared.empty() || declared == "utf-8") return {"", {"UTF-8"}};
   for (const Label &row : labels)
     if (row.label == declared) return row;
-  if (!is_known(declared)) fail(name, line, "unknown encoding '%s'", declared.c_str());
+  if (!is_known(declared)) fail(name, line, "unknown encoding '%s'", readable(declared).c_str());
   return {"", {declared.c_str()}};
 }
 
