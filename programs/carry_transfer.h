@@ -22,8 +22,8 @@ struct Transfer {
 };
 
 // Carries the codes into `translation`, words in the target code page between single blanks, at
-// least one. The character table of the target must be active. The result is `result`; its words
-// and blanks are those of the translation.
+// least one, which stays as it is. The character table of the target must be active. The result is
+// `result`; its words and blanks are those of the translation.
 void transfer_codes(const SourceSentence &sentence, const std::vector<Link> &links,
                     std::string &translation, int32_t target_words, Transfer &transfer,
                     std::string &result);
