@@ -9,11 +9,11 @@
 
 #include "fuzz/page_jobs.h"
 #include "fuzz/sentence_model.h"
-#include "programs/html_elements.h"
-#include "programs/html_tokenizer.h"
-#include "programs/page_file.h"
-#include "programs/text_reader.h"
-#include "programs/utf8.h"
+#include "programs/common/utf8.h"
+#include "programs/html/elements.h"
+#include "programs/html/page_file.h"
+#include "programs/html/text_reader.h"
+#include "programs/html/tokenizer.h"
 
 using namespace klib::fuzz;
 using namespace klib::programs;

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "programs/line_reader.h"
+#include "programs/common/line_reader.h"
 
 namespace klib::fuzz {
 

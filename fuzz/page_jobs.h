@@ -2,7 +2,7 @@
 #pragma once
 
 #include "fuzz/frame.h"
-#include "programs/program.h"
+#include "programs/common/program.h"
 
 namespace klib::fuzz {
 

@@ -2,9 +2,9 @@
 // it was, or is refused.
 
 #include "fuzz/page_jobs.h"
-#include "programs/html_tokenizer.h"
-#include "programs/page_file.h"
-#include "programs/utf8.h"
+#include "programs/common/utf8.h"
+#include "programs/html/page_file.h"
+#include "programs/html/tokenizer.h"
 #include "tests/programs/same_pages.h"
 
 using namespace klib;

@@ -4,9 +4,9 @@
 #include <algorithm>
 
 #include "fuzz/frame.h"
-#include "programs/code_page.h"
-#include "programs/sentence_file.h"
-#include "programs/utf8.h"
+#include "programs/common/code_page.h"
+#include "programs/common/sentence_file.h"
+#include "programs/common/utf8.h"
 
 namespace klib::fuzz {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "programs/program.h"
+#include "programs/common/program.h"
 
 namespace klib::fuzz {
 

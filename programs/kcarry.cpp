@@ -4,15 +4,15 @@
 #include <memory>
 #include <new>
 
-#include "programs/alignments.h"
-#include "programs/carry_settle.h"
-#include "programs/carry_source.h"
-#include "programs/carry_transfer.h"
-#include "programs/code_page.h"
-#include "programs/line_reader.h"
-#include "programs/output_file.h"
-#include "programs/program.h"
-#include "programs/sentence_file.h"
+#include "programs/carry/alignments.h"
+#include "programs/carry/settle.h"
+#include "programs/carry/source.h"
+#include "programs/carry/transfer.h"
+#include "programs/common/code_page.h"
+#include "programs/common/line_reader.h"
+#include "programs/common/output_file.h"
+#include "programs/common/program.h"
+#include "programs/common/sentence_file.h"
 
 namespace klib::programs {
 namespace {

@@ -5,16 +5,16 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "programs/code_page.h"
-#include "programs/html_elements.h"
-#include "programs/html_tokenizer.h"
-#include "programs/output_file.h"
-#include "programs/page_file.h"
-#include "programs/paragraph.h"
-#include "programs/program.h"
-#include "programs/sentences.h"
-#include "programs/text_reader.h"
-#include "programs/utf8.h"
+#include "programs/common/code_page.h"
+#include "programs/common/output_file.h"
+#include "programs/common/program.h"
+#include "programs/common/utf8.h"
+#include "programs/html/elements.h"
+#include "programs/html/page_file.h"
+#include "programs/html/paragraph.h"
+#include "programs/html/sentences.h"
+#include "programs/html/text_reader.h"
+#include "programs/html/tokenizer.h"
 
 namespace klib::programs {
 namespace {

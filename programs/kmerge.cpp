@@ -3,16 +3,16 @@
 #include <algorithm>
 #include <string>
 
-#include "programs/anchor_file.h"
-#include "programs/code_page.h"
-#include "programs/html_tokenizer.h"
-#include "programs/nesting.h"
-#include "programs/output_file.h"
-#include "programs/page_file.h"
-#include "programs/program.h"
-#include "programs/sentence_file.h"
-#include "programs/sentence_markup.h"
-#include "programs/utf8.h"
+#include "programs/common/anchor_file.h"
+#include "programs/common/code_page.h"
+#include "programs/common/nesting.h"
+#include "programs/common/output_file.h"
+#include "programs/common/program.h"
+#include "programs/common/sentence_file.h"
+#include "programs/common/sentence_markup.h"
+#include "programs/common/utf8.h"
+#include "programs/html/page_file.h"
+#include "programs/html/tokenizer.h"
 
 namespace klib::programs {
 namespace {

@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
-#include "programs/code_page.h"
-#include "programs/program.h"
-#include "programs/utf8.h"
+#include "programs/common/code_page.h"
+#include "programs/common/program.h"
+#include "programs/common/utf8.h"
 
 namespace klib::programs {
 namespace {

@@ -1,5 +1,5 @@
 // The main() of every program; the build defines PROGRAM as the one to run.
-#include "programs/program.h"
+#include "programs/common/program.h"
 
 int main(int argc, char **argv) {
   using namespace klib::programs;

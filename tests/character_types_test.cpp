@@ -1,6 +1,6 @@
 // Character types: property words per code page, keyed words, bracket expressions of named types.
 
-#include "pattern/character_types.h"
+#include "text/character_types.h"
 
 #include <tuple>
 

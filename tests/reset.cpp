@@ -3,10 +3,8 @@
 #include "tests/reset.h"
 
 #include "containers/byte_stacks.h"
-#include "containers/case_mapping.h"
 #include "containers/double_stack.h"
 #include "containers/string_arrays.h"
-#include "containers/word_lists.h"
 #include "format/counters.h"
 #include "format/fonts.h"
 #include "format/parser.h"
@@ -14,8 +12,10 @@
 #include "frame/abort_hook.h"
 #include "frame/logging.h"
 #include "frame/program.h"
+#include "lists/word_lists.h"
 #include "parameters/parameters.h"
-#include "pattern/character_types.h"
+#include "text/case_mapping.h"
+#include "text/character_types.h"
 #include "transfer/anchors.h"
 
 namespace klib::test {

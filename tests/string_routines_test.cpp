@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "pattern/character_types.h"
 #include "tests/support.h"
+#include "text/character_types.h"
 
 namespace klib::test {
 

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <string>
 
-#include "programs/html_references.h"
-#include "programs/html_tokenizer.h"
-#include "programs/paragraph.h"
-#include "programs/utf8.h"
+#include "programs/common/utf8.h"
+#include "programs/html/paragraph.h"
+#include "programs/html/references.h"
+#include "programs/html/tokenizer.h"
 
 using namespace klib::programs;
 

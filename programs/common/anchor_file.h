@@ -1,0 +1,58 @@
+// The anchors of a page, read from the anchor text file and its index.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace klib::programs {
+
+struct Anchor {
+  enum Kind {
+    single = '=',      // as it is
+    font = '*',        // the opening tag of a font
+    open = '(',        // the opening tag of a pair in one sentence
+    close = ')',       // the closing tag of a pair in one sentence
+    opens_out = '<',   // an opening tag that is closed behind its sentence
+    closes_from = '>'  // a closing tag that was opened before its sentence
+  };
+  Kind kind;
+  int32_t partner;  // of a closing tag of a pair: the number of the opening one
+  std::string raw;
+};
+
+// Reads through the library, which notes what was read twice or never. Failures (no file, an index
+// that does not fit, a wrong header) end the job (fail()).
+class AnchorFile {
+ public:
+  explicit AnchorFile(const char *name);  // of the anchor text file; the index has the type anx
+  ~AnchorFile();
+  AnchorFile(const AnchorFile &) = delete;
+  AnchorFile &operator=(const AnchorFile &) = delete;
+
+  const std::string &encoding() const { return encoding_; }  // of the page
+  int32_t count() const { return count_; }
+  bool has(int32_t number) const { return number >= 1 && number <= count_; }
+  // The anchor of a number that the file has. Reading it twice is counted as such.
+  Anchor read(int32_t number);
+  int32_t times_read(int32_t number) const { return times_read_[static_cast<size_t>(number)]; }
+  // The kind of an anchor that was not read.
+  Anchor::Kind kind(int32_t number) const;
+
+ private:
+  struct Descriptor {
+    int number = -1;
+    ~Descriptor();
+  };
+
+  void check_index(const std::string &index_name);
+  void read_header();
+
+  std::string name_, encoding_;
+  Descriptor text_, index_;
+  int32_t count_ = 0;
+  std::vector<int32_t> offsets_;  // of each anchor, and the end
+  std::vector<int32_t> times_read_;
+};
+
+}  // namespace klib::programs

@@ -1,0 +1,40 @@
+// Between Unicode and the engine's text: single bytes of the language's code page, and alien
+// characters, {9D} and four hexadecimal digits, for what has no byte there.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "klib.h"
+
+namespace klib::programs {
+
+struct CodePage {
+  char32_t character[256];      // of each byte; 0: the byte never comes from text
+  unsigned char byte[0x10000];  // of each character; 0: it has none
+  bool letter[256];             // whether the character of the byte is one (is_letter())
+};
+
+constexpr char alien_marker = '\x9D';
+
+// The code page of a language, which also becomes the active character table (initCT), since white
+// bytes of that table are none of the page's.
+void make_code_page(const char *language, CodePage &page);
+
+// Appends the character as a byte or as one or two aliens.
+void append_character(const CodePage &page, char32_t character, std::string &text);
+
+// Appends the character as one or two aliens.
+void append_alien(char32_t character, std::string &text);
+
+// Appends UTF-8 as engine text; the text must be valid and hold no NUL.
+void append_encoded(const CodePage &page, std::string_view utf8, std::string &text);
+
+// The next character of engine text without codes; the position moves behind it. 0 when the byte is
+// none of the page's, or when an alien is cut short or half a surrogate pair (the position moves
+// behind what was looked at). The position must be before the end. `*alien` says whether the
+// character was an alien.
+char32_t next_character(const CodePage &page, std::string_view text, size_t &position,
+                        bool *alien = nullptr);
+
+}  // namespace klib::programs

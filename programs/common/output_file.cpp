@@ -1,0 +1,119 @@
+// Output files under temporary names.
+#include "programs/common/output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "programs/common/program.h"
+
+namespace klib::programs {
+namespace {
+
+// The permissions that a new file would have: mkstemp's own are for its owner alone.
+void give_usual_permissions(int descriptor) {
+  const mode_t mask = umask(0);
+  umask(mask);
+  (void)fchmod(descriptor, 0666 & ~mask);
+}
+
+// Names like /dev/stdout, which are links to whatever a program has open.
+bool is_device_name(const std::string &name) {
+  return name.starts_with("/dev/") || name.starts_with("/proc/");
+}
+
+// The file that a symbolic link leads to, so that the link stays one.
+std::string behind_links(const std::string &name) {
+  const std::unique_ptr<char, void (*)(void *)> path(realpath(name.c_str(), nullptr), free);
+  return path ? path.get() : name;
+}
+
+constexpr size_t block_size = 65536;
+
+// False with errno when not all of it can be written.
+bool write_bytes(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return false;
+    bytes.remove_prefix(static_cast<size_t>(std::max<ssize_t>(written, 0)));
+  }
+  return true;
+}
+
+}  // namespace
+
+// What the stream calls instead of writing; fewer bytes than `count` are an error of the stream.
+ssize_t OutputFile::take(void *file, const char *bytes, size_t count) {
+  OutputFile &output = *static_cast<OutputFile *>(file);
+  if (output.block_.size() + count > block_size && !output.write_out()) return 0;
+  if (count > block_size)
+    return write_bytes(output.descriptor_, {bytes, count}) ? static_cast<ssize_t>(count) : 0;
+  output.block_.append(bytes, count);
+  return static_cast<ssize_t>(count);
+}
+
+bool OutputFile::write_out() {
+  const bool written = write_bytes(descriptor_, block_);
+  block_.clear();
+  return written;
+}
+
+OutputFile::OutputFile(const std::string &name) : name_(name), target_(name) {
+  struct stat status;
+  const bool exists = stat(name.c_str(), &status) == 0;
+  if (exists && S_ISDIR(status.st_mode)) fail(name.c_str(), 0, "is a directory");
+  block_.reserve(block_size);
+  if (exists && (!S_ISREG(status.st_mode) || is_device_name(name))) {
+    descriptor_ = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  } else {
+    if (exists) target_ = behind_links(name);
+    temporary_ = target_ + ".XXXXXX";
+    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
+    if (descriptor_ >= 0) give_usual_permissions(descriptor_);
+  }
+  if (descriptor_ >= 0) stream_ = fopencookie(this, "wb", {nullptr, take, nullptr, nullptr});
+  if (!stream_) {
+    const int error = errno;
+    if (descriptor_ >= 0) close(descriptor_);
+    if (descriptor_ >= 0 && !temporary_.empty()) unlink(temporary_.c_str());
+    fail(name.c_str(), 0, "cannot be written: %s", strerror(error));
+  }
+}
+
+OutputFile::~OutputFile() {
+  if (stream_) fclose(stream_);
+  if (descriptor_ >= 0) close(descriptor_);
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+void OutputFile::write(std::string_view text) {
+  fwrite(text.data(), 1, text.size(), stream_);
+  check();
+}
+
+void OutputFile::check() {
+  if (ferror(stream_)) fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+}
+
+void OutputFile::finish() {
+  fflush(stream_);
+  check();
+  if (!write_out() || close(std::exchange(descriptor_, -1)) != 0)
+    fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+}
+
+void OutputFile::publish() {
+  if (temporary_.empty()) return;
+  if (rename(temporary_.c_str(), target_.c_str()) != 0)
+    fail(name_.c_str(), 0, "cannot be replaced: %s", strerror(errno));
+  temporary_.clear();
+}
+
+}  // namespace klib::programs

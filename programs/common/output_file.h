@@ -1,0 +1,44 @@
+// An output file that appears under its name only when it is complete.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace klib::programs {
+
+// Opened under a temporary name beside the final one. finish() completes the file, and the rename
+// of publish() gives it its name; a file that is not published disappears with the object. What
+// exists under the name and is no regular file, such as a pipe, or is one only by a name in /dev,
+// is written directly. Failures end the job (fail()).
+//
+// The library flushes its stream after every sentence. As nobody reads the file before it is
+// complete, what the stream gives away is collected, and written in blocks.
+class OutputFile {
+ public:
+  explicit OutputFile(const std::string &name);
+  ~OutputFile();
+  OutputFile(const OutputFile &) = delete;
+  OutputFile &operator=(const OutputFile &) = delete;
+
+  FILE *stream() { return stream_; }
+  int descriptor() { return descriptor_; }  // for a file that is written without the stream
+  void write(std::string_view text);
+  void check();    // for what others have written to the stream
+  void finish();   // writes everything out and closes
+  void publish();  // finish() first, for all files of a job before the first is published
+
+ private:
+  static ssize_t take(void *file, const char *bytes, size_t count);
+  bool write_out();
+
+  std::string name_;                // as it was given
+  std::string target_, temporary_;  // no temporary name: written directly
+  int descriptor_ = -1;
+  FILE *stream_ = nullptr;
+  std::string block_;  // what the stream has given away and the file has not got
+};
+
+}  // namespace klib::programs

@@ -1,0 +1,53 @@
+// A sentence file, read frame by frame, and the pieces of a sentence.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace klib::programs {
+
+// Reads through the library's parser, of which it keeps one level open while it lives. Failures (no
+// file, a NUL, a frame that is cut off or stands in another, text between frames, an anchor without
+// a number) end the job (fail()).
+class SentenceFile {
+ public:
+  enum Kind { end, frame, anchor };
+
+  explicit SentenceFile(const char *name);
+  ~SentenceFile();
+  SentenceFile(const SentenceFile &) = delete;
+  SentenceFile &operator=(const SentenceFile &) = delete;
+
+  // The next frame, or the next anchor between frames.
+  Kind next();
+  const std::string &text() const { return text_; }  // of the frame; line ends are blanks
+  int32_t number() const { return number_; }         // of the frame or the anchor
+  int64_t line() const { return line_; }             // where the frame or anchor begins, from 1
+  const char *name() const { return name_.c_str(); }
+
+ private:
+  void take_frame(char *code);
+
+  std::string name_, text_;
+  FILE *stream_;
+  int32_t number_ = 0;
+  int64_t line_ = 1, next_line_ = 1;
+};
+
+struct Piece {
+  enum Kind { text, blank, alien, anchor, font };
+  Kind kind;
+  std::string_view bytes;  // as they stand in the sentence, codes included
+  int32_t number = 0;      // of the anchor, or of the font (0: plain)
+  int group = 0;           // of the font, its place in font_groups
+};
+
+// Splits the text of a frame, which must outlive the pieces: text without blanks, runs of blanks,
+// single aliens, anchors and fonts. A code that is cut, an anchor without a number and an unknown
+// font end the job; `file` says where.
+void split_sentence(const SentenceFile &file, const std::string &text, std::vector<Piece> &pieces);
+
+}  // namespace klib::programs

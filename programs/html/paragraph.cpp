@@ -1,0 +1,145 @@
+// Paragraphs of a page. Tags are paired within their paragraph with a stack: an end tag closes the
+// innermost open element of its name, and the elements inside that one that are still open have no
+// partner. A count for each name keeps stray end tags from being looked for, so every tag is
+// pushed and popped once.
+#include "programs/html/paragraph.h"
+
+#include <string>
+#include <unordered_map>
+
+#include "programs/html/elements.h"
+#include "programs/html/text_reader.h"
+#include "programs/html/tokenizer.h"
+
+namespace klib::programs {
+namespace {
+
+// The position behind the raw text of a start tag and its end tag.
+size_t end_of_raw_element(std::string_view page, const Token &start) {
+  const size_t end = end_of_raw_text(page, start.end, start.name);
+  return end == page.size() ? end : next_token(page, end).end;
+}
+
+bool closes_itself(std::string_view page, const Token &tag) { return page[tag.end - 2] == '/'; }
+
+// The position behind the end tag that belongs to a start tag, with all that is nested in it.
+size_t end_of_nested_element(std::string_view page, const Token &start, bool is_html) {
+  if (!is_html && closes_itself(page, start)) return start.end;
+  size_t depth = 1, i = start.end;
+  while (i < page.size() && depth > 0) {
+    const Token token = next_token(page, i);
+    i = token.end;
+    if (token.kind == Token::start_tag && is_html) {
+      const Element::Content content = element(token.name).content;
+      if (content == Element::raw || content == Element::caption)
+        i = end_of_raw_element(page, token);
+    }
+    if (token.name.empty() || !equal_names(token.name, start.name)) continue;
+    if (token.kind == Token::end_tag)
+      depth--;
+    else if (is_html || !closes_itself(page, token))
+      depth++;
+  }
+  return i;
+}
+
+using OpenCounts = std::unordered_map<std::string, size_t>;
+
+void pair_tags(std::vector<Item> &items) {
+  std::vector<size_t> open;
+  OpenCounts open_by_name;
+  for (size_t i = 0; i < items.size(); i++) {
+    Item &item = items[i];
+    if (item.kind == Item::open) {
+      open.push_back(i);
+      open_by_name[lower_case(item.name)]++;
+    }
+    if (item.kind != Item::close) continue;
+    size_t &count = open_by_name[lower_case(item.name)];
+    if (count == 0) {
+      item.reaches_out = open.empty();
+      continue;
+    }
+    while (!equal_names(items[open.back()].name, item.name)) {
+      open_by_name[lower_case(items[open.back()].name)]--;
+      open.pop_back();
+    }
+    count--;
+    item.partner = open.back();
+    items[open.back()].partner = i;
+    open.pop_back();
+  }
+  for (const size_t i : open) items[i].reaches_out = true;
+}
+
+}  // namespace
+
+void ParagraphReader::take_text(size_t begin, size_t end, std::vector<Item> &items) {
+  for (size_t i = begin; i < end;) {
+    const size_t first = i;
+    const bool white = is_html_white(page_[i]);
+    while (i < end && is_html_white(page_[i]) == white) i++;
+    Item item{white ? Item::white : Item::text, first, i, {}};
+    if (!white) item.visible = is_visible(page_.substr(first, i - first));
+    items.push_back(item);
+  }
+}
+
+// Takes the token at the position; false when the paragraph ends there.
+bool ParagraphReader::take_token(std::vector<Item> &items) {
+  const Token token = next_token(page_, position_);
+  position_ = token.end;
+  if (token.kind == Token::text) {
+    take_text(token.begin, token.end, items);
+    return true;
+  }
+  if (token.kind == Token::other) {
+    items.push_back({Item::single, token.begin, token.end, {}});
+    return true;
+  }
+  const bool opens = token.kind == Token::start_tag;
+  const Element::Content content = element(token.name).content;
+  Item::Kind kind = Item::single;
+  switch (content) {
+    case Element::block:
+    case Element::separator:
+      return false;
+    case Element::preserved:
+      if (opens) position_ = end_of_nested_element(page_, token, true);
+      return false;
+    case Element::caption:
+      if (opens) caption_end_ = end_of_raw_text(page_, token.end, token.name);
+      return false;
+    case Element::raw:
+      if (opens) position_ = end_of_raw_element(page_, token);
+      break;
+    case Element::nested:
+      if (opens) position_ = end_of_nested_element(page_, token, false);
+      break;
+    case Element::empty:
+      break;
+    case Element::inlined:
+      kind = opens ? Item::open : Item::close;
+      break;
+  }
+  items.push_back({kind, token.begin, position_, kind == Item::single ? "" : token.name});
+  return true;
+}
+
+bool ParagraphReader::next(std::vector<Item> &items) {
+  items.clear();
+  if (position_ == page_.size()) return false;
+  if (position_ < caption_end_) {
+    // Tags have no meaning here but would have one elsewhere: such a text is left alone.
+    const std::string_view caption = page_.substr(position_, caption_end_ - position_);
+    if (caption.find('<') == std::string_view::npos) take_text(position_, caption_end_, items);
+    position_ = caption_end_;
+    return true;
+  }
+  while (position_ < page_.size() && take_token(items)) {
+  }
+  pair_tags(items);
+  return true;
+}
+
+}  // namespace klib::programs

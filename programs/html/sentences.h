@@ -1,0 +1,26 @@
+// Where the sentences of a paragraph are.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "programs/common/code_page.h"
+#include "programs/html/paragraph.h"
+
+namespace klib::programs {
+
+// The items of one sentence that stand in its frame: from the first to before the last.
+struct Frame {
+  size_t first, last;
+};
+
+// The frames of a paragraph, in order. A frame begins and ends with text, or with a tag of an
+// element that begins or ends inside it.
+void find_frames(const CodePage &code_page, std::string_view page, const std::vector<Item> &items,
+                 std::vector<Frame> &frames);
+
+// Loads the exceptions of the language in use, if there are any, as the library's word list.
+void load_sentence_exceptions();
+void free_sentence_exceptions();
+
+}  // namespace klib::programs

@@ -1,0 +1,56 @@
+// A bare '<' or '&' is no markup only because of what follows it. So a reference there stays as it
+// is written if its character would turn both into a tag or another reference.
+#include "programs/html/text_reader.h"
+
+#include "programs/common/utf8.h"
+#include "programs/html/references.h"
+
+namespace klib::programs {
+namespace {
+
+bool is_letter(char32_t c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
+bool continues_reference(char32_t c) {
+  return is_letter(c) || c == '#' || c == ';' || (c >= '0' && c <= '9');
+}
+
+bool continues_tag(char32_t c) { return is_letter(c) || c == '/' || c == '!' || c == '?'; }
+
+// Blanks, marks of no width and controls.
+bool is_invisible(char32_t c) {
+  return c <= 0x20 || (c >= 0x7F && c <= 0xA0) || c == 0xAD || c == 0x1680 ||
+         (c >= 0x2000 && c <= 0x200F) || (c >= 0x2028 && c <= 0x202F) ||
+         (c >= 0x205F && c <= 0x206F) || c == 0x3000 || c == 0xFEFF;
+}
+
+}  // namespace
+
+TextCharacter TextReader::next() {
+  const size_t begin = position_;
+  const char32_t c = next_utf8(text_, position_);
+  if (c == '&') {
+    size_t end = 0;
+    const char32_t meant = read_reference(text_, begin, end);
+    const bool dangerous = (bare_before_ == '<' && continues_tag(meant)) ||
+                           (bare_before_ == '&' && continues_reference(meant));
+    if (meant && !dangerous) {
+      position_ = end;
+      bare_before_ = 0;
+      return {meant, false};
+    }
+  }
+  if (c == '<' || c == '&')
+    bare_before_ = c;
+  else if (bare_before_ == '<' || !continues_reference(c))
+    bare_before_ = 0;
+  return {c, c == '<' || c == '>' || c == '&'};
+}
+
+bool is_visible(std::string_view text) {
+  TextReader reader(text);
+  while (!reader.at_end())
+    if (!is_invisible(reader.next().character)) return true;
+  return false;
+}
+
+}  // namespace klib::programs

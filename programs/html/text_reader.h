@@ -1,0 +1,29 @@
+// The characters of a page's text, references resolved.
+#pragma once
+
+#include <string_view>
+
+namespace klib::programs {
+
+struct TextCharacter {
+  char32_t character;
+  bool bare;  // a '<', '>' or '&' that stands in the page as itself
+};
+
+// Reads text between tags, which is valid UTF-8 without white space.
+class TextReader {
+ public:
+  explicit TextReader(std::string_view text) : text_(text) {}
+  bool at_end() const { return position_ == text_.size(); }
+  TextCharacter next();
+
+ private:
+  std::string_view text_;
+  size_t position_ = 0;
+  char32_t bare_before_ = 0;  // '<' right before, or '&' and what may be of its reference
+};
+
+// Whether the text has a character that can be seen.
+bool is_visible(std::string_view text);
+
+}  // namespace klib::programs

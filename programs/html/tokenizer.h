@@ -1,0 +1,33 @@
+// Splits an HTML page into text and markup by the tokenization rules of the HTML standard, giving
+// the exact bytes of every piece: the pieces, one behind the other, are the page.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace klib::programs {
+
+struct Token {
+  // other: comments, declarations, processing instructions, and a tag that the end of the page cuts
+  enum Kind { text, start_tag, end_tag, other };
+  Kind kind;
+  size_t begin, end;      // in the page
+  std::string_view name;  // of a tag, as it is spelled
+};
+
+// The token at `position`, which must be before the end.
+Token next_token(std::string_view page, size_t position);
+
+// The position behind the raw text that follows the start tag of `name` (script, style, title ...),
+// where its end tag begins, or the end of the page when it has none.
+size_t end_of_raw_text(std::string_view page, size_t position, std::string_view name);
+
+// The value of an attribute of a start tag, without its quotes, or an empty text.
+std::string_view attribute(std::string_view tag, std::string_view name);
+
+bool is_html_white(char c);
+std::string lower_case(std::string_view text);                   // ASCII letters
+bool equal_names(std::string_view one, std::string_view other);  // ASCII letters in any case
+
+}  // namespace klib::programs

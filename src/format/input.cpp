@@ -1,0 +1,216 @@
+// Reading bytes into the token buffer, and taking them back.
+//
+// The token buffer and the pushback stack are byte stacks, and whoever reads their records finds
+// them as if every byte had been pushed by itself: the sizes grow by the fixed steps. But runs of
+// bytes without a role are copied as a whole, eight bytes at a time, from the text or from what the
+// stream's buffer holds, and the token buffer is reserved ahead, so that a long token costs no more
+// per byte than a short one.
+//
+// A stream is never read further than single calls of getc would have read it.
+
+#include "format/input.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <string_view>
+
+#include "containers/growth.h"
+#include "format/codes.h"
+#include "format/parser.h"
+#include "frame/memory.h"
+#include "platform/stream_buffer.h"
+#include "text/character_types.h"
+
+namespace klib::parser {
+
+namespace {
+
+constexpr size_t checked_ahead = 4096;
+
+// The first of a stack's sizes that is above `length` bytes, as its growth step gives them; a step
+// that does not enlarge counts as one byte.
+int64_t size_above(const byte_stack &stack, size_t length) {
+  int64_t size = stack.size;
+  while (size <= static_cast<int64_t>(length))
+    size = std::max(growth::step(size, stack.increment), size + 1);
+  return size;
+}
+
+void reallocate(byte_stack &stack, int64_t size) {
+  const auto length = stack.top - stack.base;
+  stack.base = static_cast<char *>(memory::reallocate(stack.base, growth::request(size)));
+  stack.top = stack.base + length;
+}
+
+// What the token buffer really has room for.
+int64_t reserved_for_tokens() {
+  const byte_stack &tokens = token_stack(), &known = state.reserved_for;
+  const bool current =
+      known.base == tokens.base && known.size == tokens.size && known.increment == tokens.increment;
+  return current ? state.reserved : tokens.size;
+}
+
+// Frames whose token begins the buffer go along when it moves.
+void move_tokens(int64_t size) {
+  const char *const before = token_stack().base;
+  bool moves[std::size(p_root)];
+  std::ranges::transform(p_root, moves, [&](const auto &frame) { return frame.token == before; });
+  reallocate(token_stack(), size);
+  for (size_t level = 0; level < std::size(p_root); ++level)
+    if (moves[level]) p_root[level].token = token_stack().base;
+}
+
+bool is_white(char byte) {
+  return (character_types::properties(u8(byte)) & character_types::white) != 0;
+}
+
+bool has_role(char byte, uint32_t wanted) { return (codes::roles[u8(byte)].stops & wanted) != 0; }
+
+bool is_wanted(char byte, uint32_t wanted) {
+  return has_role(byte, wanted) || ((wanted & P_WHITE) != 0 && is_white(byte));
+}
+
+// Copies bytes up to the first one that is wanted, `limit` at most; their number. `to` may lie
+// before `from` in the same block, where nothing is written beyond the bytes that have been copied.
+template <bool white>
+size_t copy_bytes(char *to, const char *from, size_t limit, uint32_t wanted) {
+  size_t n = 0;
+  while (n < limit && !has_role(from[n], wanted) && !(white && is_white(from[n]))) {
+    to[n] = from[n];
+    ++n;
+  }
+  return n;
+}
+
+// The same where nothing white is wanted, by words of eight bytes: only a word that holds a byte in
+// 00-1F or 80-9F, where all roles lie, is looked at more closely. Writes up to seven bytes more
+// than it copies, within the limit.
+size_t copy_words(char *to, const char *from, size_t limit, uint32_t wanted) {
+  constexpr uint64_t bit_6 = 0x4040404040404040;
+  constexpr bool first_is_low = std::endian::native == std::endian::little;
+  size_t n = 0;
+  while (n + sizeof(uint64_t) <= limit) {
+    uint64_t word;
+    std::memcpy(&word, from + n, sizeof word);
+    std::memcpy(to + n, &word, sizeof word);
+    const uint64_t special = ~(word | word << 1) & bit_6;  // neither bit 5 nor bit 6 of the byte
+    if (special == 0) {
+      n += sizeof word;
+      continue;
+    }
+    n += static_cast<size_t>(first_is_low ? std::countr_zero(special) : std::countl_zero(special)) /
+         8;
+    if (has_role(from[n], wanted)) return n;
+    ++n;
+  }
+  return n + copy_bytes<false>(to + n, from + n, limit - n, wanted);
+}
+
+size_t copy_unwanted(char *to, const char *from, size_t limit, uint32_t wanted) {
+  if ((wanted & P_WHITE) != 0) return copy_bytes<true>(to, from, limit, wanted);
+  const uintptr_t distance = reinterpret_cast<uintptr_t>(from) - reinterpret_cast<uintptr_t>(to);
+  if (distance < sizeof(uint64_t)) return copy_bytes<false>(to, from, limit, wanted);
+  return copy_words(to, from, limit, wanted);
+}
+
+// Bytes that can be read as a whole: of a text, the next ones that are known not to be NUL (none at
+// its end); of a stream, what its buffer still holds.
+std::string_view ahead_in_text(const char *position) {
+  if (position == nullptr) return {};
+  const char *&checked_end = state.checked_end[parser_level];
+  const uintptr_t known =
+      reinterpret_cast<uintptr_t>(checked_end) - reinterpret_cast<uintptr_t>(position);
+  if (known - 1 < checked_ahead) return {position, known};
+  const size_t length = strnlen(position, checked_ahead);
+  checked_end = position + length;
+  return {position, length};
+}
+
+std::string_view bytes_ahead(parser_frame &frame, FILE *stream) {
+  return stream != nullptr ? platform::buffered_bytes(stream) : ahead_in_text(frame.string_pos);
+}
+
+void skip_ahead(parser_frame &frame, FILE *stream, size_t length) {
+  if (stream != nullptr)
+    platform::skip_buffered_bytes(stream, length);
+  else
+    frame.string_pos += length;
+}
+
+constexpr int32_t nothing_wanted = -2;
+
+// Reads from what lies ahead, through the first byte that is wanted or has to be counted by itself;
+// -1 for a stream's NUL.
+int32_t read_run(parser_frame &frame, FILE *stream, std::string_view ahead, uint32_t wanted) {
+  byte_stack &tokens = token_stack();
+  if (!has_room(tokens, 1)) [[unlikely]]
+    grow_tokens(token_length() + 1);
+  const size_t room = static_cast<size_t>(tokens.size) - token_length() - 1;
+  const size_t limit = std::min(ahead.size(), room);
+  const bool counting = frame.counting != 0;
+  char *const to = tokens.top;
+  const size_t length = copy_unwanted(to, ahead.data(), limit, wanted | (counting ? P_COUNT : 0));
+  if (counting) count_run(frame, to, length);
+  tokens.top = to + length;
+  if (length == limit) [[unlikely]] {
+    skip_ahead(frame, stream, length);
+    return nothing_wanted;
+  }
+  const uint8_t byte = u8(ahead[length]);
+  skip_ahead(frame, stream, length + 1);
+  *tokens.top++ = static_cast<char>(byte);
+  if (byte == 0) return -1;
+  if (!counting) return byte;
+  count_byte(frame, byte);
+  return is_wanted(static_cast<char>(byte), wanted) ? byte : nothing_wanted;
+}
+
+}  // namespace
+
+void grow_tokens(size_t length) {
+  byte_stack &tokens = token_stack();
+  const int64_t size = size_above(tokens, length);
+  int64_t reserved = reserved_for_tokens();
+  if (size > reserved) {
+    // Twice as much, as long as sizes have 31 bits.
+    const auto ahead = static_cast<size_t>(std::min<int64_t>(2 * reserved, INT32_MAX - 1000));
+    reserved = std::max(size, size_above(tokens, ahead));
+    if (reserved > INT32_MAX) reserved = size;
+    move_tokens(reserved);
+  }
+  tokens.size = static_cast<int32_t>(size);
+  state.reserved_for = tokens;
+  state.reserved = reserved;
+}
+
+void grow_pushback(size_t length) {
+  byte_stack &pushback = pushback_stack();
+  const int64_t size = size_above(pushback, length);
+  reallocate(pushback, size);
+  pushback.size = static_cast<int32_t>(size);
+}
+
+int32_t next_wanted(parser_frame &frame, FILE *stream, uint32_t wanted) {
+  wanted |= codes::text_end;
+  for (;;) {
+    const bool taken_back = pushback_stack().top != pushback_stack().base;
+    const std::string_view ahead = taken_back ? std::string_view() : bytes_ahead(frame, stream);
+    if (!ahead.empty()) {
+      const int32_t byte = read_run(frame, stream, ahead, wanted);
+      if (byte != nothing_wanted) return byte;
+    } else {
+      const int32_t byte = next_byte(frame, stream);
+      if (byte < 0 || is_wanted(static_cast<char>(byte), wanted)) return byte;
+    }
+  }
+}
+
+void take_back(parser_frame &frame, size_t count) {
+  const byte_stack &pushback = pushback_stack();
+  const size_t length = static_cast<size_t>(pushback.top - pushback.base) + count;
+  if (!has_room(pushback, static_cast<ptrdiff_t>(count))) grow_pushback(length);
+  for (; count > 0; --count) p_unget(frame);
+}
+
+}  // namespace klib::parser

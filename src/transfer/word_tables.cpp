@@ -1,0 +1,202 @@
+// Reading the two sentences of a transfer into words.
+//
+// The source is a sequence of white space, codes and text. White space separates words; anchors
+// {94}body{95} and fonts {98}body{99} are codes of the word in which they stand; the inside of a
+// segment {1E}text{1F} belongs to one word, white space included, and the codes in it are codes of
+// that word. A code nests in its own kind and ends, unterminated, with the sentence, which is
+// reported. Whatever stands between is text. The translation has no codes: its words are the runs
+// of bytes that are not white space.
+
+#include <array>
+#include <initializer_list>
+
+#include "format/codes.h"
+#include "frame/messages.h"
+#include "text/bytes.h"
+#include "text/character_types.h"
+#include "transfer/transfer.h"
+
+namespace klib::transfer {
+
+namespace {
+
+constexpr char open_byte(int32_t kind) { return static_cast<char>(codes::of(kind).open); }
+
+// The closing byte of every byte that opens a code; 0 for all others.
+using Codes = std::array<char, 256>;
+constexpr Codes closing_bytes(std::initializer_list<int32_t> kinds) {
+  Codes result{};
+  for (const int32_t kind : kinds)
+    result[codes::of(kind).open] = static_cast<char>(codes::of(kind).close);
+  return result;
+}
+constexpr Codes codes_in_segment = closing_bytes({P_ANCHOR, P_FONT});
+constexpr Codes codes_in_sentence = closing_bytes({P_ANCHOR, P_FONT, P_CODE_1E});
+
+// What most sentences need.
+constexpr size_t reserved_words = 32, reserved_codes = 8, reserved_bodies = 64;
+
+// The offset of the first byte at `at` or after it that is (not) white; the size when there is
+// none.
+template <bool wanted>
+size_t find_white(std::string_view text, size_t at) {
+  const uint32_t *types = c_t;
+  while (at < text.size() && ((types[u8(text[at])] & character_types::white) != 0) != wanted) at++;
+  return at;
+}
+
+// Likewise for the first byte that is white or opens a code of the sentence.
+size_t find_text_end(std::string_view text, size_t at) {
+  const uint32_t *types = c_t;
+  while (at < text.size() && (types[u8(text[at])] & character_types::white) == 0 &&
+         codes_in_sentence[u8(text[at])] == 0)
+    at++;
+  return at;
+}
+
+// The code that begins `text`, closing byte included. An unterminated one is the whole of `text`,
+// and is reported that many times.
+std::string_view leading_code(std::string_view text, char close, int reports) {
+  size_t depth = 0;
+  for (size_t i = 1; i < text.size(); i++) {
+    if (text[i] == text[0]) depth++;
+    if (text[i] == close && depth-- == 0) return text.substr(0, i + 1);
+  }
+  for (; reports > 0; reports--) {
+    Kmessage(MESSAGE_PREMATURE_END);
+    Kabort_prog();
+  }
+  return text;
+}
+
+// What stands between the first and the last byte of a code, whatever its last byte is.
+std::string_view inside(std::string_view code) {
+  return code.size() < 2 ? std::string_view{} : code.substr(1, code.size() - 2);
+}
+
+struct Reading {
+  source_table &table;
+  memory::Buffer bodies;
+  size_t codes_before_text = 0;  // codes from this one on wait for the byte after them
+  char last_byte = '\0';         // of the current word's text
+};
+
+void open_word(Reading &reading) {
+  reading.table.words.push_back({.first_code = static_cast<uint32_t>(reading.table.codes.size())});
+  reading.codes_before_text = reading.table.codes.size();
+}
+
+void add_text(Reading &reading, std::string_view text) {
+  source_word &word = reading.table.words.back();
+  word.has_text = true;
+  if (text.empty()) return;
+  auto &codes = reading.table.codes;
+  for (; reading.codes_before_text < codes.size(); reading.codes_before_text++)
+    codes[reading.codes_before_text].after = text.front();
+  reading.last_byte = text.back();
+  word.text_length += static_cast<uint32_t>(text.size());
+}
+
+void add_code(Reading &reading, std::string_view code) {
+  const std::string_view body = inside(code);
+  const source_word &word = reading.table.words.back();
+  if (reading.table.codes.empty()) {
+    reading.table.codes.reserve(reserved_codes);
+    reading.bodies.reserve(reserved_bodies);
+  }
+  reading.table.codes.push_back(
+      {.body = static_cast<uint32_t>(reading.bodies.size()),
+       .length = static_cast<uint32_t>(body.size()),
+       .position = word.text_length,
+       .kind = static_cast<uint8_t>(code.front() == open_byte(P_FONT) ? P_FONT : P_ANCHOR),
+       .before = reading.last_byte,
+       .after = '\0'});
+  reading.bodies.append(body);
+  reading.bodies.append('\0');
+}
+
+void add_segment(Reading &reading, std::string_view segment) {
+  reading.table.words.back().has_text = true;
+  while (!segment.empty()) {
+    size_t text = 0;
+    while (text < segment.size() && codes_in_segment[u8(segment[text])] == 0) text++;
+    if (text != 0) add_text(reading, segment.substr(0, text));
+    segment.remove_prefix(text);
+    if (segment.empty()) return;
+    // Two reports: a segment counts as read twice, to measure its word and to fill it.
+    const auto code = leading_code(segment, codes_in_segment[u8(segment[0])], 2);
+    add_code(reading, code);
+    reading.table.has_anchors = true;
+    segment.remove_prefix(code.size());
+  }
+}
+
+void add_outer_code(Reading &reading, std::string_view code) {
+  if (code.front() == open_byte(P_CODE_1E)) {
+    add_segment(reading, inside(code));
+    return;
+  }
+  add_code(reading, code);
+  if (code.front() == open_byte(P_ANCHOR)) reading.table.has_anchors = true;
+}
+
+// A word that is made of codes alone is no word: its codes end the word before it when there is
+// text before them, and otherwise begin the word after them, if there is one.
+void join_code_only_groups(source_table &table) {
+  auto &words = table.words;
+  size_t kept = 0;  // words that stay; their codes reach to words[i]
+  bool text_before = false;
+  for (size_t i = 0; i < words.size(); i++) {
+    const bool is_group = !words[i].has_text && !table.codes_of(i).empty();
+    source_word *last = kept == 0 ? nullptr : &words[kept - 1];
+    if (is_group && text_before) {
+      for (size_t code = 0; code < table.codes_of(i).size(); code++)
+        table.codes[words[i].first_code + code].position = last->text_length;
+    } else if (last != nullptr && !last->has_text && last->first_code != words[i].first_code) {
+      last->text_length = words[i].text_length;
+      last->has_text = words[i].has_text;
+    } else {
+      words[kept++] = words[i];
+    }
+    text_before |= words[i].has_text;
+  }
+  words.resize(kept, source_word{0});
+}
+
+}  // namespace
+
+source_table read_source_words(std::string_view source) {
+  source_table table;
+  Reading reading{table, {}};
+  table.words.reserve(reserved_words);
+  open_word(reading);
+  for (size_t at = 0; at < source.size();) {
+    if (const size_t end = find_text_end(source, at); end != at) {
+      add_text(reading, source.substr(at, end - at));
+      at = end;
+    } else if (const size_t word = find_white<false>(source, at); word != at) {
+      if (word < source.size()) open_word(reading);
+      at = word;
+    } else {
+      const auto code = leading_code(source.substr(at), codes_in_sentence[u8(source[at])], 1);
+      add_outer_code(reading, code);
+      at += code.size();
+    }
+  }
+  join_code_only_groups(table);
+  if (!table.codes.empty()) table.bodies.reset(reading.bodies.detach());
+  return table;
+}
+
+target_table read_target_words(std::string_view target) {
+  target_table table{target, {}};
+  table.words.reserve(reserved_words);
+  for (size_t at = find_white<false>(target, 0); at < target.size();) {
+    const size_t end = find_white<true>(target, at);
+    table.words.push_back({static_cast<uint32_t>(at), static_cast<uint32_t>(end - at)});
+    at = find_white<false>(target, end);
+  }
+  return table;
+}
+
+}  // namespace klib::transfer
