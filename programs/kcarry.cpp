@@ -1,6 +1,7 @@
 // kcarry carries the format codes of a sentence file into a translation, along a word alignment.
 // docs/pipeline.md describes the files, and what the result promises.
 #include <cstring>
+#include <string>
 #include <memory>
 #include <new>
 
@@ -12,6 +13,7 @@
 #include "programs/common/line_reader.h"
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
+#include "programs/common/sentence.h"
 #include "programs/common/sentence_file.h"
 
 namespace klib::programs {
@@ -142,7 +144,7 @@ void carry_codes(Carry &job, int32_t target_words) {
 void carry_sentence(Carry &job) {
   const int32_t target_words = encode_translation(job);
   const std::string &text = job.sentences.text();
-  if (text.find('\x94') != text.npos || text.find('\x98') != text.npos) {
+  if (has_codes(text)) {
     carry_codes(job, target_words);
   } else {
     find_links(job, count_words(text), target_words);
@@ -155,8 +157,9 @@ void carry_sentence(Carry &job) {
 }
 
 void write_anchor(Carry &job) {
-  std::string line("\x94");
-  job.out.write(line.append(std::to_string(job.sentences.number())).append("\x95\n"));
+  std::string line;
+  append_anchor(job.sentences.number(), line);
+  job.out.write(line + "\n");
 }
 
 // Fails with the numbers of both, when a file has not one line for each sentence.

@@ -72,20 +72,6 @@ int32_t add_anchor(Extraction &job, const std::string &mark, size_t begin, size_
   return atoi(body(code.get()));
 }
 
-void append_anchor(int32_t number, std::string &sentence) {
-  sentence += '\x94';
-  sentence += std::to_string(number);
-  sentence += '\x95';
-}
-
-void append_font(int group, int32_t number, std::string &sentence) {
-  sentence += '\x98';
-  sentence += font_groups[group];
-  sentence += '\xFF';
-  sentence += std::to_string(number);
-  sentence += '\x99';
-}
-
 // What stands before `end` and has not been written becomes an anchor between frames.
 void write_between(Extraction &job, size_t end) {
   if (end == job.written) return;

@@ -36,12 +36,12 @@ constexpr struct {
   char close;  // the byte that ends a code, or 0
 } kinds[] = {
     {P_TEXT, "text", 0},
-    {P_ANCHOR, "anchor", '\x95'},
-    {P_SENTENCE, "sentence", '\x91'},
+    {P_ANCHOR, "anchor", anchor_end},
+    {P_SENTENCE, "sentence", frame_end},
     {P_CODE_1E, "segment", '\x1F'},
     {P_TO_EOL, "to-eol", '\n'},
     {P_CODE_LINE, "code-line", '\n'},
-    {P_FONT, "font", '\x99'},
+    {P_FONT, "font", font_end},
     {P_CODE_9B, "code", '\x9C'},
     {P_MARK_1D, "mark", 0},
     {P_ALIEN, "alien", 0},
@@ -146,7 +146,7 @@ void show_sentence(Show &job) {
   std::string token(p_root[parser_level].token), opening;
   size_t begin = std::min(token.find_first_not_of("0123456789", 1), token.size());
   if (begin < token.size() && token[begin] == ' ') begin++;
-  const bool is_cut = token.size() < 2 || token.back() != '\x91';
+  const bool is_cut = token.size() < 2 || token.back() != frame_end;
   if (!is_cut) token.pop_back();
   begin = std::min(begin, token.size());
   append_readable(job, std::string_view(token).substr(0, begin), true, opening);

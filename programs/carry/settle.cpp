@@ -48,8 +48,7 @@ void select(Output &output, const Fonts &wanted) {
   if (output.fonts == wanted) return;
   for (size_t group = 0; group < font_group_count; group++) {
     if (output.fonts[group] == wanted[group]) continue;
-    output.text.append("\x98").append(font_groups[group]).append("\xFF");
-    output.text.append(std::to_string(wanted[group])).append("\x99");
+    append_font(static_cast<int>(group), wanted[group], output.text);
     if (wanted[group] != 0) output.selected.push_back(wanted[group]);
   }
   output.fonts = wanted;

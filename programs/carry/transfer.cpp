@@ -65,12 +65,7 @@ void append_plain_fonts(const SourceSentence &sentence, std::string &text) {
   for (const SourceCode &code : sentence.codes)
     if (sentence.is_font(code)) used[code.piece.group] = true;
   for (int group = 0; group < font_group_count; group++)
-    if (used[group])
-      text.append("\x98")
-          .append(font_groups[group])
-          .append(
-              "\xFF"
-              "0\x99");
+    if (used[group]) append_font(group, 0, text);
 }
 
 // Writes the new source word by word.

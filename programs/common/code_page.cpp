@@ -23,7 +23,7 @@ const char *page_name(const char *language) {
 
 // Codes of the sentence format, and bytes that would split words or be lost between them.
 bool comes_from_text(int byte) {
-  if (byte == 0 || (byte >= 0x1D && byte <= 0x1F) || (byte >= 0x90 && byte <= 0x9D)) return false;
+  if (byte == 0 || is_code_byte(byte)) return false;
   return byte == ' ' || !(cprops(byte) & white);
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "klib.h"
+#include "programs/common/codes.h"
 
 namespace klib::programs {
 
@@ -14,8 +15,6 @@ struct CodePage {
   unsigned char byte[0x10000];  // of each character; 0: it has none
   bool letter[256];             // whether the character of the byte is one (is_letter())
 };
-
-constexpr char alien_marker = '\x9D';
 
 // The code page of a language, which also becomes the active character table (initCT), since white
 // bytes of that table are none of the page's.

@@ -175,10 +175,4 @@ void show_progress(int64_t sentences) {
   fprintf(stderr, "\r%s: %lld sentences", state.name, static_cast<long long>(sentences));
 }
 
-int font_group(const char *name, size_t length) {
-  for (int i = 0; i < font_group_count; i++)
-    if (strlen(font_groups[i]) == length && memcmp(font_groups[i], name, length) == 0) return i;
-  return -1;
-}
-
 }  // namespace klib::programs

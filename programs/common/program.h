@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "klib.h"
+#include "programs/common/codes.h"
 
 namespace klib::programs {
 
@@ -55,12 +56,5 @@ std::string readable(std::string_view bytes);
 
 // Shows on a terminal's standard error how far the job is; call it as often as you like.
 void show_progress(int64_t sentences);
-
-// The five font groups, in the order of their declaration.
-constexpr int font_group_count = 5;
-constexpr const char *font_groups[font_group_count] = {"weight", "slant", "face", "line", "height"};
-
-// The number in font_groups of the group of `length` bytes at `name`, or -1.
-int font_group(const char *name, size_t length);
 
 }  // namespace klib::programs

@@ -38,7 +38,7 @@ bool inside(std::string_view code, char close, std::string_view &body) {
 
 Piece anchor_piece(const SentenceFile &file, std::string_view code) {
   std::string_view body;
-  if (!inside(code, '\x95', body)) fail(file.name(), file.line(), "an anchor is cut off");
+  if (!inside(code, anchor_end, body)) fail(file.name(), file.line(), "an anchor is cut off");
   const int32_t number = whole_number(body);
   if (number < 0) fail(file.name(), file.line(), "an anchor without a number");
   return {Piece::anchor, code, number};
@@ -46,8 +46,8 @@ Piece anchor_piece(const SentenceFile &file, std::string_view code) {
 
 Piece font_piece(const SentenceFile &file, std::string_view code) {
   std::string_view body;
-  if (!inside(code, '\x99', body)) fail(file.name(), file.line(), "a font code is cut off");
-  const size_t separator = std::min(body.find('\xFF'), body.size());
+  if (!inside(code, font_end, body)) fail(file.name(), file.line(), "a font code is cut off");
+  const size_t separator = std::min(body.find(font_separator), body.size());
   const int group = font_group(body.data(), separator);
   const int32_t number = whole_number(body.substr(std::min(separator + 1, body.size())));
   if (group < 0 || number < 0)
@@ -77,8 +77,8 @@ SentenceFile::~SentenceFile() {
 
 void SentenceFile::take_frame(char *code) {
   const std::string_view whole(code);
-  if (whole.size() < 2 || whole.back() != '\x91') fail(name(), line_, "a sentence is cut off");
-  if (whole.find('\x90', 1) != std::string_view::npos)
+  if (whole.size() < 2 || whole.back() != frame_end) fail(name(), line_, "a sentence is cut off");
+  if (whole.find(frame_begin, 1) != std::string_view::npos)
     fail(name(), line_, "a sentence stands inside another");
   if (whole[1] < '0' || whole[1] > '9') fail(name(), line_, "a sentence without a number");
   text_ = kti_body(code);
@@ -99,7 +99,7 @@ SentenceFile::Kind SentenceFile::next() {
     }
     if (kind == P_ANCHOR) {
       std::string_view body;
-      number_ = inside(text, '\x95', body) ? whole_number(body) : -1;
+      number_ = inside(text, anchor_end, body) ? whole_number(body) : -1;
       if (number_ < 0) fail(name(), line_, "an anchor without a number");
       return anchor;
     }
