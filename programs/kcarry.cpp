@@ -1,9 +1,9 @@
 // kcarry carries the format codes of a sentence file into a translation, along a word alignment.
 // docs/pipeline.md describes the files, and what the result promises.
 #include <cstring>
-#include <string>
 #include <memory>
 #include <new>
+#include <string>
 
 #include "programs/carry/alignments.h"
 #include "programs/carry/settle.h"
