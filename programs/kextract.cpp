@@ -224,7 +224,7 @@ void finish(Extraction &job, const char *name) {
 }
 
 void extract(char **names) {
-  const Page page = read_page(names[1]);
+  const Page page = read_page(names[1], "");
   Extraction job(page, names[0]);
   make_code_page(skparm[language - 1], job.code_page);
   load_sentence_exceptions();

@@ -11,7 +11,7 @@
 #include "programs/common/sentence_file.h"
 #include "programs/common/sentence_markup.h"
 #include "programs/common/utf8.h"
-#include "programs/html/page_file.h"
+#include "programs/html/conversion.h"
 #include "programs/html/tokenizer.h"
 
 namespace klib::programs {

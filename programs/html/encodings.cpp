@@ -1,0 +1,118 @@
+// The labels of the WHATWG Encoding Standard, and for each encoding the nearest converter of iconv.
+// What a converter reads in another way than the standard is in conversion.cpp, and what is left of
+// such differences in docs/file-formats.md.
+#include "programs/html/encodings.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "programs/html/tokenizer.h"
+
+namespace klib::programs {
+namespace {
+
+// clang-format off
+constexpr Encoding encodings[] = {
+    {"UTF-8", Encoding::utf8, nullptr,
+     "unicode-1-1-utf-8 unicode11utf8 unicode20utf8 utf-8 utf8 x-unicode20utf8"},
+    {"ASCII", Encoding::bytes, nullptr, ""},
+    {"IBM866", Encoding::bytes, "CP866", "866 cp866 csibm866 ibm866"},
+    {"ISO-8859-2", Encoding::bytes, "ISO-8859-2",
+     "csisolatin2 iso-8859-2 iso-ir-101 iso8859-2 iso88592 iso_8859-2 iso_8859-2:1987 l2 latin2"},
+    {"ISO-8859-3", Encoding::bytes, "ISO-8859-3",
+     "csisolatin3 iso-8859-3 iso-ir-109 iso8859-3 iso88593 iso_8859-3 iso_8859-3:1988 l3 latin3"},
+    {"ISO-8859-4", Encoding::bytes, "ISO-8859-4",
+     "csisolatin4 iso-8859-4 iso-ir-110 iso8859-4 iso88594 iso_8859-4 iso_8859-4:1988 l4 latin4"},
+    {"ISO-8859-5", Encoding::bytes, "ISO-8859-5",
+     "csisolatincyrillic cyrillic iso-8859-5 iso-ir-144 iso8859-5 iso88595 iso_8859-5 "
+     "iso_8859-5:1988"},
+    {"ISO-8859-6", Encoding::bytes, "ISO-8859-6",
+     "arabic asmo-708 csiso88596e csiso88596i csisolatinarabic ecma-114 iso-8859-6 iso-8859-6-e "
+     "iso-8859-6-i iso-ir-127 iso8859-6 iso88596 iso_8859-6 iso_8859-6:1987"},
+    {"ISO-8859-7", Encoding::bytes, "ISO-8859-7",
+     "csisolatingreek ecma-118 elot_928 greek greek8 iso-8859-7 iso-ir-126 iso8859-7 iso88597 "
+     "iso_8859-7 iso_8859-7:1987 sun_eu_greek"},
+    {"ISO-8859-8", Encoding::bytes, "ISO-8859-8",
+     "csiso88598e csisolatinhebrew hebrew iso-8859-8 iso-8859-8-e iso-ir-138 iso8859-8 iso88598 "
+     "iso_8859-8 iso_8859-8:1988 visual"},
+    {"ISO-8859-8-I", Encoding::bytes, "ISO-8859-8", "csiso88598i iso-8859-8-i logical"},
+    {"ISO-8859-10", Encoding::bytes, "ISO-8859-10",
+     "csisolatin6 iso-8859-10 iso-ir-157 iso8859-10 iso885910 l6 latin6"},
+    {"ISO-8859-13", Encoding::bytes, "ISO-8859-13", "iso-8859-13 iso8859-13 iso885913"},
+    {"ISO-8859-14", Encoding::bytes, "ISO-8859-14", "iso-8859-14 iso8859-14 iso885914"},
+    {"ISO-8859-15", Encoding::bytes, "ISO-8859-15",
+     "csisolatin9 iso-8859-15 iso8859-15 iso885915 iso_8859-15 l9"},
+    {"ISO-8859-16", Encoding::bytes, "ISO-8859-16", "iso-8859-16"},
+    {"KOI8-R", Encoding::bytes, "KOI8-R", "cskoi8r koi koi8 koi8-r koi8_r"},
+    {"KOI8-U", Encoding::bytes, "KOI8-U", "koi8-ru koi8-u"},
+    {"macintosh", Encoding::bytes, "MACINTOSH", "csmacintosh mac macintosh x-mac-roman"},
+    {"windows-874", Encoding::bytes, "CP874",
+     "dos-874 iso-8859-11 iso8859-11 iso885911 tis-620 windows-874"},
+    {"windows-1250", Encoding::bytes, "CP1250", "cp1250 windows-1250 x-cp1250"},
+    {"windows-1251", Encoding::bytes, "CP1251", "cp1251 windows-1251 x-cp1251"},
+    {"windows-1252", Encoding::bytes, "CP1252",
+     "ansi_x3.4-1968 ascii cp1252 cp819 csisolatin1 ibm819 iso-8859-1 iso-ir-100 iso8859-1 "
+     "iso88591 iso_8859-1 iso_8859-1:1987 l1 latin1 us-ascii windows-1252 x-cp1252 "
+     "x-user-defined"},
+    {"windows-1253", Encoding::bytes, "CP1253", "cp1253 windows-1253 x-cp1253"},
+    {"windows-1254", Encoding::bytes, "CP1254",
+     "cp1254 csisolatin5 iso-8859-9 iso-ir-148 iso8859-9 iso88599 iso_8859-9 iso_8859-9:1989 l5 "
+     "latin5 windows-1254 x-cp1254"},
+    {"windows-1255", Encoding::bytes, "CP1255", "cp1255 windows-1255 x-cp1255"},
+    {"windows-1256", Encoding::bytes, "CP1256", "cp1256 windows-1256 x-cp1256"},
+    {"windows-1257", Encoding::bytes, "CP1257", "cp1257 windows-1257 x-cp1257"},
+    {"windows-1258", Encoding::bytes, "CP1258", "cp1258 windows-1258 x-cp1258"},
+    {"x-mac-cyrillic", Encoding::bytes, "MAC-UK", "x-mac-cyrillic x-mac-ukrainian"},
+    {"GBK", Encoding::characters, "GB18030",
+     "chinese csgb2312 csiso58gb231280 gb2312 gb_2312 gb_2312-80 gbk iso-ir-58 x-gbk"},
+    {"gb18030", Encoding::characters, "GB18030", "gb18030"},
+    {"Big5", Encoding::characters, "BIG5", "big5 big5-hkscs cn-big5 csbig5 x-x-big5"},
+    {"Big5-HKSCS", Encoding::characters, "BIG5-HKSCS", ""},
+    {"EUC-JP", Encoding::characters, "EUC-JP-MS", "cseucpkdfmtjapanese euc-jp x-euc-jp"},
+    {"ISO-2022-JP", Encoding::characters, "ISO-2022-JP", "csiso2022jp iso-2022-jp"},
+    {"Shift_JIS", Encoding::characters, "CP932",
+     "csshiftjis ms932 ms_kanji shift-jis shift_jis sjis windows-31j x-sjis"},
+    {"EUC-KR", Encoding::characters, "CP949",
+     "cseuckr csksc56011987 euc-kr iso-ir-149 korean ks_c_5601-1987 ks_c_5601-1989 ksc5601 "
+     "ksc_5601 windows-949"},
+    {"UTF-16BE", Encoding::characters, "UTF-16BE", "unicodefffe utf-16be"},
+    {"UTF-16LE", Encoding::characters, "UTF-16LE",
+     "csunicode iso-10646-ucs-2 ucs-2 unicode unicodefeff utf-16 utf-16le"},
+    {"replacement", Encoding::refused, nullptr,
+     "csiso2022kr hz-gb-2312 iso-2022-cn iso-2022-cn-ext iso-2022-kr replacement"},
+};
+// clang-format on
+
+bool has_label(std::string_view labels, std::string_view wanted) {
+  while (!labels.empty()) {
+    const size_t end = std::min(labels.find(' '), labels.size());
+    if (equal_names(labels.substr(0, end), wanted)) return true;
+    labels.remove_prefix(std::min(end + 1, labels.size()));
+  }
+  return false;
+}
+
+}  // namespace
+
+const Encoding *encoding_of_label(std::string_view label) {
+  while (!label.empty() && is_html_white(label.front())) label.remove_prefix(1);
+  while (!label.empty() && is_html_white(label.back())) label.remove_suffix(1);
+  for (const Encoding &encoding : encodings)
+    if (has_label(encoding.labels, label)) return &encoding;
+  return nullptr;
+}
+
+const Encoding *encoding_of_name(std::string_view name) {
+  const auto found = std::ranges::find(encodings, name, &Encoding::name);
+  return found == std::end(encodings) ? nullptr : found;
+}
+
+const Encoding &ascii_encoding() { return encodings[1]; }
+static_assert(encodings[1].name == "ASCII");
+
+const Encoding *next_encoding(const Encoding &encoding) {
+  // The converter that has Hong Kong's characters reads some symbols in another way.
+  return encoding.name == "Big5" ? encoding_of_name("Big5-HKSCS") : nullptr;
+}
+
+}  // namespace klib::programs
