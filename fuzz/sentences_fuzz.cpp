@@ -3,6 +3,7 @@
 
 #include "fuzz/frame.h"
 #include "klib.h"
+#include "parameters/parameters.h"
 
 using namespace klib::fuzz;
 
@@ -15,6 +16,10 @@ void run_counters(Input &input) {
     init_counter(counter, input.number(), input.number());
     for (uint32_t n = input.below(5); n > 0; n--) count(counter, input.number());
   }
+}
+
+int32_t &value_of(klib::parameters::Number parameter) {
+  return kparm[klib::parameters::combined(parameter) - 1];
 }
 
 bool comes_back_unchanged(const std::string &sentence) {
@@ -30,10 +35,12 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   Input input(data, size);
   fresh_library();
   run_counters(input);
-  kparm[0] = input.below(3) == 0 ? input.number() : static_cast<int32_t>(input.byte());
-  kparm[15] = input.below(3) == 0 ? input.number() : 0;
-  kparm[16] = input.below(3) == 0 ? input.number() : 1;
-  const int32_t start = kparm[15];
+  using klib::parameters::Number;
+  value_of(Number::kti_width) =
+      input.below(3) == 0 ? input.number() : static_cast<int32_t>(input.byte());
+  value_of(Number::kti_start) = input.below(3) == 0 ? input.number() : 0;
+  value_of(Number::kti_step) = input.below(3) == 0 ? input.number() : 1;
+  const int32_t start = value_of(Number::kti_start);
 
   scratch_file("out.kti", "");
   FILE *stream = Kfopen("out.kti", "w");

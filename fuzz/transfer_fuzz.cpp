@@ -8,6 +8,7 @@
 
 #include "fuzz/frame.h"
 #include "klib.h"
+#include "parameters/parameters.h"
 
 using namespace klib::fuzz;
 
@@ -80,7 +81,8 @@ int32_t count_words(const std::string &text) {
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   Input input(data, size);
   fresh_library();
-  kparm[14] = input.below(8) == 0;
+  using klib::parameters::Number;
+  kparm[klib::parameters::combined(Number::single_font_group) - 1] = input.below(8) == 0;
   declare_fonts(input);
   const std::string source = input.text(), target = input.text();
 

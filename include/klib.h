@@ -235,7 +235,8 @@ KLIB_API void Kusage(int32_t reason, int32_t group_size);
 
        "LIB-DIRECTORY"/P   /P   /a/P   /a/doc.par          (P is "PARAMETER-FILE-BASENAME")
 
-   and each file overrides those before it, as lines do within a file. */
+   and each file overrides those before it, as lines do within a file. A file that does not exist
+   is passed over without a report, and so is a directory of such a name. */
 
 /* Reads those files of the chain of `file_name` that exist; their names are made before any is
    read. Where a name cannot be made (no three-character type: reported by Knew_type; no working
@@ -306,9 +307,11 @@ KLIB_API int32_t Kprobe_file(const char *name);
 /* Removes a file, never a directory; "Could not delete file '%s'\n" and abort when it cannot. */
 KLIB_API void Kdelete_file(const char *name);
 
-/* Copies a file over another, which is created or emptied first; a file copied onto itself is cut.
-   A source that cannot be opened or read leaves the target as it was. Reports are those of Kfopen
-   and Kfclose; a copy that stays incomplete counts as a file that could not be closed. */
+/* Copies a file over another, which is created or emptied first. A file copied onto itself, under
+   whatever name or link, stays as it is, without a report. A source that cannot be opened (reported
+   as by Kfopen) or read (a directory, for example: "File '%s' cannot be read.\n") leaves the target
+   as it was. The same message reports a read error later on, where the copy ends; a target that
+   cannot be written completely is reported as by Kfclose. */
 KLIB_API void Kcopy_file(const char *source, const char *target);
 
 /* ==== Path names and file types ===============================================================
@@ -419,7 +422,7 @@ struct parser_frame {
   int32_t hidden_real_line;   /* where the last hidden stretch began: the real position goes back */
   int32_t hidden_real_column; /* there at its end */
   const char *string_pos;     /* next byte of the level's text */
-  char *token;                /* the token, or null before the first one and after P_END */
+  char *token; /* the token; null until a token of the level is delivered, and after P_END */
   char *saved_pushback; /* while an inner level is open: the bytes that this one has taken back */
 };
 
@@ -583,7 +586,9 @@ KLIB_API char **Kfont_changes_since_save(int32_t all, int32_t old, int32_t skip_
 
 /* The same for what selecting the font codes of `text` would change, with the reports of
    Kselect_font; the selection stays as it is (single_font included), and a save in force is lost.
-   The texts stay until two more lists have been made here, or until P_cleanup_fonts. */
+   The texts belong to the library: names of fonts and packets stay until P_cleanup_fonts, what
+   named groups had and have again until their selection changes, and what they would have until two
+   more lists with such texts have been made here. */
 KLIB_API char **Kfont_changes(const char *text, int32_t all, int32_t old);
 
 /* Leaves every named group without a selection. A save in force keeps what they had. */
@@ -970,7 +975,8 @@ KLIB_API extern int32_t _sa_index;
 /* Makes the double stack, empty, with room for 50 pairs; it grows by 50. */
 KLIB_API void init_double_stack(void);
 
-/* Appends a tag and a copy of the text. When memory is exhausted the pair is not appended. */
+/* Appends a tag and a copy of the text; a null text is stored as null. When memory is exhausted the
+   pair is not appended. */
 KLIB_API void push_on_double_stack(int32_t tag, const char *string);
 
 /* Releases the text of entry `index` (from 0) and moves later entries down. Without such an entry
@@ -980,7 +986,8 @@ KLIB_API void zap_double_object(int32_t index);
 /* Releases all texts; the count is 0 and the double stack can be filled again. */
 KLIB_API void reuse_double_stack(void);
 
-/* The same after writing all texts to the stream, one after the other with nothing between. */
+/* The same after writing all texts to the stream, one after the other with nothing between; null
+   texts are skipped. */
 KLIB_API void empty_double_stack(FILE *stream);
 
 /* Releases the two arrays, not the texts that are still in them, and leaves the count; _sa and _ta

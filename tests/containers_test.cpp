@@ -117,7 +117,9 @@ TEST_F(Containers, WhatIsNotMadeIsHarmless) {
 
 TEST_F(Containers, DoubleStack) {
   init_double_stack();
-  for (const char *text : {"x", "y", ""}) push_on_double_stack(-_sa_index, text);
+  const char *const texts[] = {"x", "y", "", nullptr};
+  for (const char *text : texts) push_on_double_stack(-_sa_index, text);
+  EXPECT_EQ(show(_sa[3]) + std::to_string(_sa_index), "(null)4");
   for (const int32_t index : {1, 2, -1, INT32_MAX}) zap_double_object(index);
   for (int i = 2; i < 200; i++) push_on_double_stack(i, "%s");
   while (_sa_index > 3) zap_double_object(2);

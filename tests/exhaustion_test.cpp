@@ -93,9 +93,9 @@ const Row rows[] = {
     {"single font",
      [] {
        declare_fonts();
-       kparm[14] = 1;
+       number_of("SINGLE-FONT-GROUP") = 1;
        select("Bold"), select("Italic");
-       kparm[14] = 0;
+       number_of("SINGLE-FONT-GROUP") = 0;
        P_cleanup_fonts();
      }},
     {"font save",

@@ -1,5 +1,6 @@
 // Checked file operations, path names and language names.
 
+#include <filesystem>
 #include <functional>
 
 #include "parameters/parameters.h"
@@ -60,9 +61,22 @@ TEST_F(CheckedFiles, CopiesWholeFilesOrSaysSo) {
   Kcopy_file("long", "empty");
   EXPECT_TRUE(read_file("empty") == content);
   Kcopy_file(".", "abc");
-  EXPECT_EQ(log() + read_file("abc"), "A file could not be closed.\nabc");
+  EXPECT_EQ(log() + read_file("abc"), "File '.' cannot be read.\nabc");
   for (const char *source : {"abc", "long"}) Kcopy_file(source, "/dev/full");
   EXPECT_EQ(log(), "A file could not be closed.\nA file could not be closed.\n");
+}
+
+TEST_F(CheckedFiles, CopyNoFileOntoItself) {
+  const std::string content(300000, 'x');
+  write_file("long", content);
+  std::filesystem::create_hard_link("long", "hard");
+  std::filesystem::create_symlink("long", "soft");
+  for (const char *source : {"long", "hard", "soft"})
+    for (const char *target : {"long", "hard", "./soft"}) {
+      Kcopy_file(source, target);
+      EXPECT_TRUE(read_file("long") == content) << source << " to " << target;
+    }
+  EXPECT_EQ(log(), "");
 }
 
 class PathNames : public Library {};
@@ -107,7 +121,7 @@ TEST_F(PathNames, ListTheDirectoriesOfAPath) {
 
 TEST_F(PathNames, StandBelowTheirDirectories) {
   EXPECT_EQ(take(Klib_pathname("x", 0)), "c:\\kavro\\dfmt/x");
-  parameters::store_parameter_value(65, "GERMAN");
+  parameters::store_parameter_value(parameters::combined(parameters::Text::language), "GERMAN");
   EXPECT_EQ(take(Klib_pathname("x", 1)), "c:\\kavro\\dfmt/DE/x");
   EXPECT_EQ(take(Kbin_pathname("x")), "/x");
   EXPECT_EQ(take(Kcwd()), directory_);

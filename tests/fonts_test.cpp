@@ -13,7 +13,7 @@ class Fonts : public Library {
  protected:
   void SetUp() override {
     Library::SetUp();
-    kparm[30] = 0;  // "LOGGING": an abort leaves the log open
+    number_of("LOGGING") = 0;  // an abort leaves the log open
     start();
   }
 
@@ -37,9 +37,9 @@ class Fonts : public Library {
   // "F", "G" or "P" and a value, as the parameters "FONT", "FONTGROUPS" and "FONT-PACKET" have it.
   static int32_t define(std::string_view line) {
     std::string value = bytes(line.substr(2));
-    if (line[0] == 'F') return P_set_fonts(79, value.data());
-    if (line[0] == 'G') return P_set_fontgroups(80, value.data());
-    return P_set_fontpacket(81, value.c_str());
+    if (line[0] == 'F') return P_set_fonts(0, value.data());
+    if (line[0] == 'G') return P_set_fontgroups(0, value.data());
+    return P_set_fontpacket(0, value.c_str());
   }
 
   static std::string join(char **list) {
@@ -74,7 +74,7 @@ class Fonts : public Library {
       if (kind == 'r') Krestore_font_state();
       if (kind == 'c') Kcleanup_font_save();
       if (kind == 'n') reset_named_font_groups();
-      if (kind == '0' || kind == '1') kparm[14] = kind - '0';
+      if (kind == '0' || kind == '1') number_of("SINGLE-FONT-GROUP") = kind - '0';
       EXPECT_EQ(name, before) << "the caller's text";
     }
     return answers;
@@ -200,6 +200,19 @@ TEST_F(Fonts, OfATextAreListed) {
   }
   Kfree(older);
   Kfree(newer);
+  // Only texts that are not in force any more are copies.
+  run("+H{FF}b");
+  const std::string all = bytes("{98}Bold{99}{98}H{FF}a{99}{98}Heading{99}");
+  char **now = Kfont_changes(all.c_str(), 1, 0), **then = Kfont_changes(all.c_str(), 1, 1);
+  for (int i = 0; i < 3; i++) Kfree(Kfont_changes(first.c_str(), 1, 0));
+  const fonts::State &state = fonts::state;
+  EXPECT_EQ(join(then), "[Roman Mono H{FF}b] ");
+  EXPECT_EQ(now[0], state.font_groups[0][1]);
+  EXPECT_EQ(now[3], state.font_packets[0][0]);
+  EXPECT_EQ(then[0], state.font_groups[0][0]);
+  EXPECT_EQ(then[2], state.named_group_fonts[0]);
+  Kfree(now);
+  Kfree(then);
   // Names that selecting releases
   run("1 +Bold");
   Kselect_font(single_font);
@@ -244,6 +257,20 @@ TEST_F(Fonts, OfHostilePacketsAreSelectedAndAskedAtOnce) {
   Kstop_logging_file();
   EXPECT_EQ(run("+deep0 ?Bold +Bold ?deep0 +double0 ?Italic +Roman ?double0"), "1110");
   EXPECT_EQ(run("+all0 ?Italic ?MonoBold ?all0 +Italic ?all0"), "1110");
+}
+
+TEST_F(Fonts, OfATextAreNotListedWithoutMemory) {
+  for (bool failed = true; int n : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}) {
+    if (!failed) break;
+    FailingAllocation failing(n);
+    char **fonts = Kfonts_in_string(
+        "\x98"
+        "Bold\x99");
+    failed = failing.happened();
+    EXPECT_EQ(fonts == nullptr, failed) << n;
+    if (fonts != nullptr) fonts::Texts(fonts).reset();
+    EXPECT_TRUE(!failed || n < 12);
+  }
 }
 
 TEST_F(Fonts, SurviveExhaustedMemory) {

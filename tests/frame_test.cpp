@@ -16,7 +16,7 @@ namespace {
 
 using parameters::Number;
 
-void set(Number parameter, int32_t value) { kparm[static_cast<int32_t>(parameter) - 1] = value; }
+void set(Number parameter, int32_t value) { kparm[parameters::combined(parameter) - 1] = value; }
 
 class Frame : public Library {};
 
@@ -241,14 +241,15 @@ TEST_F(Frame, MainLoopReportsItsRun) {
 
 TEST_F(Frame, StartsAProgramWithoutTheLoop) {
   EXPECT_EQ(Kstart_prog("/data/", "GERMAN-ENGLISH"), 0);
-  EXPECT_STREQ(skparm[0], "/data/dfmt");
-  EXPECT_STREQ(skparm[1], "GERMAN");
-  skparm[21][0] = 'X';
-  EXPECT_EQ(Kstart_prog(skparm[0], skparm[21]), 0) << "texts of the old tables may be passed";
-  EXPECT_STREQ(skparm[0], "/data/dfmtdfmt");
-  EXPECT_STREQ(skparm[1], "XERMAN");
+  EXPECT_STREQ(text_of("LIB-DIRECTORY"), "/data/dfmt");
+  EXPECT_STREQ(text_of("LANGUAGE"), "GERMAN");
+  text_of("DIRECTION")[0] = 'X';
+  EXPECT_EQ(Kstart_prog(text_of("LIB-DIRECTORY"), text_of("DIRECTION")), 0)
+      << "texts of the old tables may be passed";
+  EXPECT_STREQ(text_of("LIB-DIRECTORY"), "/data/dfmtdfmt");
+  EXPECT_STREQ(text_of("LANGUAGE"), "XERMAN");
   EXPECT_EQ(Kstart_prog("", "RU"), 0);
-  EXPECT_STREQ(skparm[1], "RU");
+  EXPECT_STREQ(text_of("LANGUAGE"), "RU");
   EXPECT_EQ(cprops(0xA8), 0x80040000u);
   Kend_prog();
   Kdestroy_kparm();

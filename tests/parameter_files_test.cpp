@@ -11,6 +11,8 @@ namespace klib::test {
 
 namespace {
 
+using parameters::combined, parameters::Text;
+
 class ParameterFiles : public Library {};
 
 TEST_F(ParameterFiles, AssignLines) {
@@ -22,7 +24,8 @@ TEST_F(ParameterFiles, AssignLines) {
   EXPECT_EQ(assign("{96} LOGGING"), -2);
   EXPECT_EQ(last_parameter_type, 0x24);
   EXPECT_EQ(log(), "");
-  EXPECT_EQ(std::to_string(kparm[0]) + show(skparm[9]) + skparm[1] + std::to_string(kparm[18]),
+  EXPECT_EQ(std::to_string(number_of("KTI-WIDTH")) + show(text_of("BIN-DIRECTORY")) +
+                text_of("LANGUAGE") + std::to_string(number_of("")),
             "73 a=b{09}7");
   EXPECT_EQ(assign("LOGGING =1"), -1);
   EXPECT_EQ(log(),
@@ -38,8 +41,8 @@ TEST_F(ParameterFiles, ReadTheWholeChainInItsOrder) {
   for (const std::string name : {"lib/P", "P", "a/P", "a/b.c/P", "a/b.c/doc.par"})
     write_file(name, "\x96 " + name + "=\r\n" + assignments);
   const auto chain_of = [this](const std::string &name) {
-    parameters::store_parameter_value(64, "lib");
-    parameters::store_parameter_value(69, "P");
+    parameters::store_parameter_value(combined(Text::lib_directory), "lib");
+    parameters::store_parameter_value(combined(Text::parameter_file_basename), "P");
     Kread_all_parameter_files(name.c_str());
     std::string read, line;
     for (std::istringstream lines(log()); std::getline(lines, line);)
@@ -48,9 +51,14 @@ TEST_F(ParameterFiles, ReadTheWholeChainInItsOrder) {
   };
   EXPECT_EQ(chain_of("a/b.c/doc.txt"), "[lib/P][P][a/P][a/b.c/P][a/b.c/doc.par]");
   EXPECT_EQ(chain_of(directory_ + "/a/x.txt"), "[lib/P][P][a/P]");
+  std::filesystem::create_directory("a/x.par");
+  std::filesystem::remove("P");
+  std::filesystem::create_directory("P");
+  EXPECT_EQ(chain_of("a/x.txt"), "[lib/P][a/P]") << "directories of such names are passed over";
   EXPECT_EQ(chain_of("a/plain"), "[position.][aborted.]");
-  EXPECT_STREQ(skparm[0], "no") << "the other files of the chain are read all the same";
-  EXPECT_EQ(kparm[0], 999999) << "a line without the mark is a comment";
+  EXPECT_STREQ(text_of("LIB-DIRECTORY"), "no")
+      << "the other files of the chain are read all the same";
+  EXPECT_EQ(number_of("KTI-WIDTH"), 999999) << "a line without the mark is a comment";
 }
 
 }  // namespace

@@ -12,17 +12,20 @@ namespace klib::test {
 
 namespace {
 
+using parameters::combined, parameters::Number, parameters::Text;
+
 class Parameters : public Library {};
 
 TEST_F(Parameters, StartAtTheirDefaults) {
-  EXPECT_EQ(kparm[0], 999999);
-  EXPECT_EQ(kparm[32], 8);
-  EXPECT_EQ(kparm[55], 170);
-  EXPECT_STREQ(skparm[0], "c:\\kavro\\dfmt");
-  EXPECT_STREQ(skparm[5], "KavroParm");
-  EXPECT_STREQ(skparm[9], "");
-  Ksourcecode_defaults_for_parms(skparm[0]);
-  EXPECT_STREQ(skparm[0], "c:\\kavro\\dfmtdfmt") << "a text of the old tables may be passed";
+  EXPECT_EQ(number_of("KTI-WIDTH"), 999999);
+  EXPECT_EQ(number_of("TAB-WIDTH"), 8);
+  EXPECT_EQ(number_of("ALIGN-QUALITY"), 170);
+  EXPECT_STREQ(text_of("LIB-DIRECTORY"), "c:\\kavro\\dfmt");
+  EXPECT_STREQ(text_of("PARAMETER-FILE-BASENAME"), "KavroParm");
+  EXPECT_STREQ(text_of("BIN-DIRECTORY"), "");
+  Ksourcecode_defaults_for_parms(text_of("LIB-DIRECTORY"));
+  EXPECT_STREQ(text_of("LIB-DIRECTORY"), "c:\\kavro\\dfmtdfmt")
+      << "a text of the old tables may be passed";
 }
 
 TEST_F(Parameters, AreFoundByTheirWholeName) {
@@ -70,70 +73,73 @@ TEST_F(Parameters, ReadNumbersFromTheStartOfAText) {
       {"-99999999999999999999", INT32_MIN},
   };
   for (const auto &row : rows) {
-    parameters::store_parameter_value(1, row.text);
-    EXPECT_EQ(kparm[0], row.value) << row.text;
+    parameters::store_parameter_value(combined(Number::kti_width), row.text);
+    EXPECT_EQ(number_of("KTI-WIDTH"), row.value) << row.text;
   }
 }
 
 TEST_F(Parameters, SaveSlotBringsBackTheValuesSavedLast) {
   Krestore_parameter_values();  // an empty slot changes nothing
-  EXPECT_EQ(kparm[32], 8);
-  kparm[32] = 4;
+  EXPECT_EQ(number_of("TAB-WIDTH"), 8);
+  number_of("TAB-WIDTH") = 4;
   Ksave_parameter_values();
-  kparm[32] = 5;
-  parameters::store_parameter_value(64, "five");
+  number_of("TAB-WIDTH") = 5;
+  parameters::store_parameter_value(combined(Text::lib_directory), "five");
   Ksave_parameter_values();
-  kparm[32] = 6;
-  parameters::store_parameter_value(64, "six");
+  number_of("TAB-WIDTH") = 6;
+  parameters::store_parameter_value(combined(Text::lib_directory), "six");
   Kdestroy_kparm();
   Ksave_parameter_values();
   Krestore_parameter_values();  // no tables: the slot stays filled, with the defaults
   Ksourcecode_defaults_for_parms("x");
-  kparm[32] = 7;
+  number_of("TAB-WIDTH") = 7;
   Krestore_parameter_values();
-  EXPECT_EQ(kparm[32], 8);
+  EXPECT_EQ(number_of("TAB-WIDTH"), 8);
   Ksave_parameter_values();
-  kparm[32] = 9;
-  parameters::store_parameter_value(64, "nine");
+  number_of("TAB-WIDTH") = 9;
+  parameters::store_parameter_value(combined(Text::lib_directory), "nine");
   Krestore_parameter_values();
-  EXPECT_EQ(kparm[32], 8);
-  EXPECT_STREQ(skparm[0], "c:\\kavro\\dfmt");
-  kparm[32] = 10;
+  EXPECT_EQ(number_of("TAB-WIDTH"), 8);
+  EXPECT_STREQ(text_of("LIB-DIRECTORY"), "c:\\kavro\\dfmt");
+  number_of("TAB-WIDTH") = 10;
   Krestore_parameter_values();
-  EXPECT_EQ(kparm[32], 10);
+  EXPECT_EQ(number_of("TAB-WIDTH"), 10);
 }
 
 TEST_F(Parameters, LanguageAndDirectionDecideTheLanguageFlag) {
   const auto flag_after = [](int32_t number, std::string value) {
     EXPECT_EQ(parameters::set_parameter(number, value.data()), 0);
-    return kparm[18];
+    return number_of("");
   };
+  constexpr int32_t language = combined(Text::language), direction = combined(Text::direction);
   static const struct {
     int32_t number;
     const char *value;
     int32_t flag;
     const char *source;
   } rows[] = {
-      {65, "ENGLISH", 0, "GERMAN"},
-      {65, "NOLANGUAGE", 1, "GERMAN"},
-      {65, "FRENCH", 0, "GERMAN"},
-      {65, "NULL", 1, "GERMAN"},
-      {65, "", 1, "GERMAN"},
-      {65, "DUTCH", 0, "GERMAN"},
-      {85, "DUTCH-GERMAN", 1, "DUTCH"},
-      {85, "-GERMAN", 0, ""},
-      {85, "GERMAN", 0, "GERMAN"},
-      {65, "GERMAN", 1, "GERMAN"},
+      {language, "ENGLISH", 0, "GERMAN"},
+      {language, "NOLANGUAGE", 1, "GERMAN"},
+      {language, "FRENCH", 0, "GERMAN"},
+      {language, "NULL", 1, "GERMAN"},
+      {language, "", 1, "GERMAN"},
+      {language, "DUTCH", 0, "GERMAN"},
+      {direction, "DUTCH-GERMAN-ENGLISH", 1, "DUTCH"},
+      {direction, "-GERMAN", 0, ""},
+      {direction, "GERMAN", 0, "GERMAN"},
+      {language, "GERMAN", 1, "GERMAN"},
   };
   for (const auto &row : rows) {
     EXPECT_EQ(flag_after(row.number, row.value), row.flag) << row.value;
-    EXPECT_STREQ(skparm[3], row.source) << row.value;
+    EXPECT_STREQ(text_of("SOURCE-LANGUAGE"), row.source) << row.value;
   }
-  EXPECT_STREQ(skparm[21], "GERMAN");
-  kparm[18] = 7;
-  EXPECT_EQ(flag_after(65, "GERMAN"), 7) << "the current language again changes nothing";
-  kparm[19] = 1;
-  EXPECT_EQ(flag_after(65, "DUTCH"), 1) << "all languages count as the source language";
+  EXPECT_STREQ(text_of("DIRECTION"), "GERMAN");
+  number_of("") = 7;
+  EXPECT_EQ(flag_after(combined(Text::language), "GERMAN"), 7)
+      << "the current language again changes nothing";
+  number_of("ALL-LANGUAGES") = 1;
+  EXPECT_EQ(flag_after(combined(Text::language), "DUTCH"), 1)
+      << "all languages count as the source language";
 }
 
 // The command line
@@ -152,7 +158,8 @@ std::string differences() {
       result += std::to_string(row.number) + "=" + std::to_string(kparm[row.number - 1]) + " ";
   for (const auto &row : parameters::text_definitions)
     if (skparm[row.number - 1] != std::string(row.default_value))
-      result += std::to_string(63 + row.number) + "=" + skparm[row.number - 1] + " ";
+      result += std::to_string(parameters::numeric_count + row.number) + "=" +
+                skparm[row.number - 1] + " ";
   return result;
 }
 
@@ -209,7 +216,8 @@ TEST_F(Parameters, StayUsableWhenMemoryIsExhausted) {
   for (int n = 1;; n++) {
     FailingAllocation nth(n);
     std::string direction = "ENGLISH-DUTCH";
-    memory::guarded([&] { parameters::set_parameter(85, direction.data()); });
+    memory::guarded(
+        [&] { parameters::set_parameter(combined(Text::direction), direction.data()); });
     Ksave_parameter_values();
     Ksourcecode_defaults_for_parms("y");
     Krestore_parameter_values();

@@ -9,8 +9,6 @@ namespace klib::test {
 
 namespace {
 
-constexpr int width = 0, show_progress = 3, kti_start = 15, kti_step = 16;  // in kparm
-
 // What kti_format adds to a file; the caller's text must have become what stands there.
 std::string format(std::string sentence, int32_t tick) {
   FILE *stream = Kfopen("sentence", "w");
@@ -55,7 +53,7 @@ TEST_F(Library, ShowsProgressAndSummary) {
     exit_kti_format();
     EXPECT_EQ(log(), result);
   }
-  kparm[show_progress] = 0;
+  number_of("SHOW-PROGRESS") = 0;
   exit_kti_format();
   EXPECT_EQ(format("x", 1) + log(), "{90}200 x{91}{0A}");
 }
@@ -76,8 +74,8 @@ TEST_F(Library, FramesCollapsesAndWrapsSentences) {
       {1, INT_MIN, "a b c", "{90}7 a b c{91}{0A}"},
   };
   for (const auto &row : rows) {
-    kparm[width] = row.width;
-    kparm[kti_start] = 7;
+    number_of("KTI-WIDTH") = row.width;
+    number_of("KTI-START") = 7;
     init_kti_format(row.numbered);
     EXPECT_EQ(format(bytes(row.sentence), 0), row.written) << row.sentence << " in " << row.width;
   }
@@ -91,9 +89,9 @@ TEST_F(Library, ReadsSentencesBackUnderTheirNumbers) {
     sentence += std::string(1 + i % 41, "\n \t"[i % 3]) + word;
     single += " " + word;
   }
-  kparm[kti_step] = INT_MAX;
+  number_of("KTI-STEP") = INT_MAX;
   for (const int32_t line : {60, 100000, 999999}) {
-    kparm[width] = line;
+    number_of("KTI-WIDTH") = line;
     init_kti_format(1);
     for (const int32_t tick : {0, -1, 1, 0}) {
       std::string token = bytes(format(sentence, tick)),

@@ -2,9 +2,12 @@
 
 #include "tests/support.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -39,17 +42,25 @@ void *allocate_zeroed(size_t elements, size_t size) {
   return fails_now() ? nullptr : counted(std::calloc(elements, size));
 }
 
-void *reallocate(void *block, size_t size) {
-  if (fails_now()) return nullptr;
-  if (block == nullptr) return counted(std::realloc(nullptr, size));
-  void *moved = std::realloc(block, size);
-  if (moved == nullptr && size == 0) allocations.blocks_in_use--;
-  return moved;
-}
-
 void release(void *block) {
   if (block != nullptr) allocations.blocks_in_use--;
   std::free(block);
+}
+
+void *reallocate(void *block, size_t size) {
+  if (fails_now()) return nullptr;
+  if (block == nullptr) return counted(std::realloc(nullptr, size));
+  if (size == 0) {
+    release(block);
+    return nullptr;
+  }
+  // Always moved, and what was there is overwritten: nobody may still read the old block.
+  void *moved = std::malloc(size);
+  const size_t old_size = malloc_usable_size(block);
+  std::memcpy(moved, block, std::min(old_size, size));
+  std::memset(block, 0xDD, old_size);
+  std::free(block);
+  return moved;
 }
 
 }  // namespace
@@ -98,6 +109,12 @@ void reset_all() {
   platform::calls.reallocate = reallocate;
   platform::calls.release = release;
   allocations = Allocations{};
+}
+
+int32_t &number_of(const char *name) { return kparm[parameters::parameter_number(name) - 1]; }
+
+char *&text_of(const char *name) {
+  return skparm[parameters::parameter_number(name) - parameters::numeric_count - 1];
 }
 
 int64_t blocks_in_use() { return allocations.blocks_in_use; }

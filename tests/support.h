@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "klib.h"
+#include "parameters/parameters.h"
 #include "tests/reset.h"
 
 namespace klib::test {
@@ -25,6 +26,10 @@ std::string take(char *text);
 // Every module as it is loaded (release_modules), and the platform's own calls in force again, with
 // every allocation counted.
 void reset_all();
+
+// The value of a parameter, by its name.
+int32_t &number_of(const char *name);
+char *&text_of(const char *name);
 
 std::string read_file(const std::string &name);
 void write_file(const std::string &name, std::string_view content);

@@ -150,8 +150,9 @@ const struct {
      "write_stream: 3 2 0 oldab; <write 1: 0>!\nclose_stream: 3 2 1 oldabc; <not closed>\n"
      "close_stream: 3 2 1 oldabc; <not closed>\n"},
     {[] { return Kcopy_file("text", "new"), join({}, "new"); }, "abc",
-     "open_stream: old; <no text>!\nread_stream: old; <not closed>\nopen_stream: old; <no new>!\n"
-     "write_stream: a; <not closed>\nread_stream: abc; <not closed>\n"
+     "open_stream: old; <no text>!\nread_stream: old; File 'text' cannot be read./\nopen_stream: "
+     "old; <no new>!\n"
+     "write_stream: a; <not closed>\nread_stream: abc; File 'text' cannot be read./\n"
      "close_stream: abc; <not closed>\nclose_stream: abc; <not closed>\n"},
     {[] { return Kdelete_file("text"), join({Kprobe_file("new")}, "text"); }, "1 ",
      "unlink: 1 abc; Could not delete file 'text'/!\nexists: 0 ; \n"},

@@ -1,8 +1,11 @@
 // The transfer of format codes into a translation.
 
+#include <numeric>
+#include <random>
 #include <sstream>
 #include <vector>
 
+#include "platform/platform.h"
 #include "tests/support.h"
 
 namespace klib::test {
@@ -12,11 +15,15 @@ class Transfer : public Library {
  protected:
   void SetUp() override {
     Library::SetUp();
+    declare_fonts();
+  }
+
+  static void declare_fonts() {
     P_init_fonts();
     for (const char *group : {"Roman{FF}Bold{FF}Italic", "Mono{FF}MonoBold"})
-      P_set_fonts(79, bytes(group).data());
-    P_set_fontgroups(80, bytes("H").data());
-    P_set_fontpacket(81, bytes("Heading{FF}Bold{FF}MonoBold").c_str());
+      P_set_fonts(0, bytes(group).data());
+    P_set_fontgroups(0, bytes("H").data());
+    P_set_fontpacket(0, bytes("Heading{FF}Bold{FF}MonoBold").c_str());
   }
 
   // The lists of an alignment written as "0 1|2|-" ("-" is an empty list, "?" a missing one). Calls
@@ -33,7 +40,7 @@ class Transfer : public Library {
     }
     for (auto &row : given) alignment.push_back(row.data());
     if (lists == "?") alignment[0] = nullptr;
-    alignment.resize(alignment.size() + 8);
+    alignment.resize(alignment.size() + 12);
     const std::string source_bytes = bytes(source), target_bytes = bytes(target);
     std::string result =
         take(CopyFontsString(source_bytes.c_str(), target_bytes.c_str(), alignment.data()));
@@ -149,6 +156,73 @@ TEST_F(Transfer, ChecksAndMakesAlignments) {
   for (int word = 1; word < 128; word++) source += word == 126 ? " b{94}1{95}" : " b";
   source += "{98}Roman{99}";
   EXPECT_EQ(copy(source, "p q", "126|127 126"), "p {98}Bold{99}q{94}1{95}{98}Roman{99}");
+}
+
+// A font of a group of its own at every word: the list of changed fonts grows from word to word.
+TEST_F(Transfer, TakesMemoryInProportionToWordsAndCodes) {
+  static size_t allocated;
+  static void *(*allocate)(size_t);
+  std::string source, closing, target, expected;
+  for (int i = 0; i < 2000; i++) {
+    const std::string number = std::to_string(i);
+    P_set_fonts(0, bytes("plain" + number + "{FF}font" + number).data());
+    source += bytes("{98}font" + number + "{99}a ");
+    closing += bytes("{98}plain" + number + "{99}");
+    target += i > 0 ? " b" : "b";
+    expected += bytes(i > 0 ? " {98}font" : "{98}font") + number + bytes("{99}b");
+  }
+  allocate = platform::calls.allocate;
+  platform::calls.allocate = [](size_t size) { return allocated += size, allocate(size); };
+  char *result = CopyFontsString((source + closing).c_str(), target.c_str(), nullptr);
+  EXPECT_TRUE(result == expected + closing);
+  EXPECT_LT(allocated, 3'000'000U);
+  Kfree(result);
+}
+
+// Fonts, named fonts and packets at random, one code before each word, and the words in another
+// order: each word begins with what Kfont_changes_since_save lists at its source word.
+TEST_F(Transfer, WritesTheFontsInForceAtEachWord) {
+  const std::vector<const char *> names = {"Roman",  "Bold",   "Italic", "Mono",   "MonoBold",
+                                           "H{FF}a", "H{FF}b", "X{FF}a", "Heading"};
+  std::mt19937 random(1);
+  for (int round = 0; round < 300; round++) {
+    std::vector<std::string> codes(2 + random() % 9);
+    for (std::string &code : codes) code = bytes(names[random() % names.size()]);
+    std::vector<int32_t> order(codes.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::shuffle(order.begin(), order.end(), random);
+
+    std::vector<std::vector<std::string>> changed;
+    P_cleanup_fonts();
+    declare_fonts();
+    Ksave_font_state();
+    std::string source, target, lists, expected;
+    for (std::string &code : codes) {
+      char **list = Kfont_changes_since_save(0, 0, 1);
+      changed.emplace_back(list, list + (list != nullptr ? a_length(list) : 0));
+      Kfree(list);
+      Kselect_font(code.data());
+      source += "{98}" + show(code) + "{99}a ";
+    }
+    reset_named_font_groups();
+    for (const int32_t word : order) {
+      auto fonts = changed[static_cast<size_t>(word)];
+      fonts.push_back(codes[static_cast<size_t>(word)]);
+      for (std::string &font : fonts) {
+        if (Kis_font_selected(font.data()) != 0) continue;
+        Kselect_font(font.data());
+        expected += "{98}" + show(font) + "{99}";
+      }
+      expected += "b ";
+      target += "b ";
+      lists += std::to_string(word) + "|";
+    }
+    expected.pop_back();
+    lists.pop_back();
+    P_cleanup_fonts();
+    declare_fonts();
+    EXPECT_EQ(copy(source, target, lists), expected) << source << " by " << lists;
+  }
 }
 
 TEST_F(Transfer, LeavesParserLevelsAndEndsTheSave) {

@@ -60,7 +60,7 @@ void init_double_stack(void) {
 void push_on_double_stack(int32_t tag, const char *string) {
   if (!is_made()) return;
   char *const copy = string_copy(string);
-  if (copy == nullptr || !make_room()) {
+  if ((copy == nullptr && string != nullptr) || !make_room()) {
     Kfree(copy);
     return;
   }
@@ -84,7 +84,7 @@ void reuse_double_stack(void) {
 
 void empty_double_stack(FILE *stream) {
   for (int32_t i = 0; i < entries(); ++i)
-    platform::calls.write_stream(_sa[i], std::strlen(_sa[i]), stream);
+    if (_sa[i] != nullptr) platform::calls.write_stream(_sa[i], std::strlen(_sa[i]), stream);
   reuse_double_stack();
 }
 

@@ -187,12 +187,15 @@ void Kcopy_file(const char *source, const char *target) {
   char block[copy_block];
   size_t size = read_stream(block, sizeof block, from);
   const bool readable = size > 0 || std::ferror(from) == 0;
-  FILE *to = readable ? Kfopen2(target, platform::write_text) : nullptr;
+  // Opening the target would empty the source when both are one file.
+  const bool copies = readable && !platform::calls.is_file_of_name(from, target);
+  FILE *to = copies ? Kfopen2(target, platform::write_text) : nullptr;
   bool written = true;
   while (to != nullptr && written && size > 0) {
     written = platform::calls.write_stream(block, size, to) == size;
     size = read_stream(block, sizeof block, from);
   }
-  close_stream(from, std::ferror(from) == 0);
+  if (std::ferror(from) != 0) Kdisplay(MESSAGE_FILE_NOT_READ, source);
+  close_stream(from, true);
   if (to != nullptr) close_stream(to, written);
 }

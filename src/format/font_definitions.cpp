@@ -74,6 +74,7 @@ void add_group(Texts fonts) {
   grow_table(state.selected_font, slots::selected_font, group);
   make_room(state.saved_selected_font, group);
   make_room(state.group_touched, group);
+  make_room(state.recent_groups, group);
   make_room(state.settled, group);
   char **const texts = fonts.get();
   const int32_t count = a_length(texts);
@@ -108,6 +109,12 @@ int32_t find_duplicate(char **fonts) {
 }
 
 }  // namespace
+
+uint32_t count_font_groups() { return static_cast<uint32_t>(state.font_group_count); }
+
+uint32_t count_named_groups() { return static_cast<uint32_t>(state.named_group_count); }
+
+const char *font_name(uint32_t group, uint32_t font) { return state.font_groups[group][font]; }
 
 void replace_single_font(char *text) {
   if (single_font != no_font_yet) Kfree(single_font);
@@ -193,8 +200,9 @@ void P_cleanup_fonts() {
   Kfree(state.packet_walks);
   Kfree(state.saved_selected_font);
   Kfree(state.saved_named_fonts);
-  for (GroupSet *set : {&state.named_in_use, &state.settled, &state.group_touched,
-                        &state.named_touched, &state.named_saved})
+  for (GroupSet *set :
+       {&state.named_in_use, &state.settled, &state.group_touched, &state.named_touched,
+        &state.named_saved, &state.recent_groups, &state.recent_named})
     release(*set);
   for (char *texts : state.listed_texts) Kfree(texts);
   state = State{};
@@ -224,6 +232,7 @@ int32_t set_font_group(const char *name) {
     make_room(state.saved_named_fonts, group);
     make_room(state.named_in_use, group);
     make_room(state.named_touched, group);
+    make_room(state.recent_named, group);
     make_room(state.named_saved, group);
     reserve(state.named_groups, 1);
     // Nothing can fail from here on.

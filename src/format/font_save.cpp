@@ -15,10 +15,19 @@ namespace klib::fonts {
 
 namespace {
 
-// Visits the texts of a list of changes, in the order of the list.
+// Whether a named group that was selected since the save has another selection now.
+bool named_font_differs(int32_t group) {
+  const char *const current = state.named_group_fonts[group];
+  const char *const saved = state.saved_named_fonts[group];
+  return current == nullptr || saved == nullptr || std::strcmp(current, saved) != 0;
+}
+
+bool packet_differs() { return state.packet_changed && state.current_packet != state.saved_packet; }
+
+// The texts of a list of changes, visited in the order of the list: font groups, named groups, and
+// the packet.
 template <class Visit>
-void for_each_change(bool all, bool old, bool skip_default, Visit visit) {
-  if (!state.save_active) return;
+void for_each_font_change(bool all, bool old, bool skip_default, Visit visit) {
   for_each(state.group_touched, [&](int32_t group) {
     const int32_t current = state.selected_font[group];
     const int32_t saved = state.saved_selected_font[group];
@@ -27,30 +36,44 @@ void for_each_change(bool all, bool old, bool skip_default, Visit visit) {
     if (skip_default && listed == 0) return;
     visit(state.font_groups[group][listed]);
   });
+}
+
+template <class Visit>
+void for_each_named_change(bool all, bool old, Visit visit) {
   for_each(state.named_touched, [&](int32_t group) {
     char *const current = state.named_group_fonts[group];
     char *const saved = state.saved_named_fonts[group];
     char *const listed = old ? saved : current;
     if (listed == nullptr) return;
-    if (!all && current != nullptr && saved != nullptr && std::strcmp(current, saved) == 0) return;
+    if (!all && !named_font_differs(group)) return;
     visit(listed);
   });
-  if (!state.packet_changed || (!all && state.current_packet == state.saved_packet)) return;
+}
+
+template <class Visit>
+void for_each_change(bool all, bool old, bool skip_default, Visit visit) {
+  if (!state.save_active) return;
+  for_each_font_change(all, old, skip_default, visit);
+  for_each_named_change(all, old, visit);
+  if (!state.packet_changed || (!all && !packet_differs())) return;
   const int32_t packet = old ? state.saved_packet : state.current_packet;
   if (packet != none) visit(state.font_packets[packet][0]);
 }
 
-// Lets the list's texts outlive the selection that they belong to.
-void keep_texts(char **list) {
+// Replaces the selections of named groups in a list of changes, which putting the save back is
+// going to release, by copies.
+void keep_named_texts(char **list, bool all) {
   size_t size = 0;
-  for (char **text = list; *text != nullptr; text++) size += std::strlen(*text) + 1;
+  for_each_named_change(all, false, [&](const char *text) { size += std::strlen(text) + 1; });
+  if (size == 0) return;
   memory::Text kept(static_cast<char *>(memory::allocate(size)));
   char *next = kept.get();
-  for (char **text = list; *text != nullptr; text++) {
-    const size_t length = std::strlen(*text) + 1;
-    *text = static_cast<char *>(std::memcpy(next, *text, length));
+  for_each_font_change(all, false, false, [&](const char *) { list++; });
+  for_each_named_change(all, false, [&](const char *text) {
+    const size_t length = std::strlen(text) + 1;
+    *list++ = static_cast<char *>(std::memcpy(next, text, length));
     next += length;
-  }
+  });
   Kfree(state.listed_texts[0]);
   state.listed_texts[0] = std::exchange(state.listed_texts[1], kept.release());
 }
@@ -58,9 +81,11 @@ void keep_texts(char **list) {
 }  // namespace
 
 void change_selected_font(int32_t group, int32_t number) {
-  if (state.save_active && !contains(state.group_touched, group)) {
-    state.saved_selected_font[group] = state.selected_font[group];
+  if (state.save_active) {
+    if (!contains(state.group_touched, group))
+      state.saved_selected_font[group] = state.selected_font[group];
     insert(state.group_touched, group);
+    insert(state.recent_groups, group);
   }
   state.selected_font[group] = number;
 }
@@ -81,11 +106,28 @@ void drop_save() {
   clear(state.group_touched);
   clear(state.named_touched);
   clear(state.named_saved);
+  clear(state.recent_groups);
+  clear(state.recent_named);
   state.save_active = false;
 }
 
-void append_changes(bool all, bool old, bool skip_default, memory::Vector<const char *> &texts) {
-  for_each_change(all, old, skip_default, [&](const char *text) { texts.push_back(text); });
+void take_changes(memory::Vector<GroupChange> &changes) {
+  for_each(state.recent_groups, [&](int32_t group) {
+    const int32_t font = state.selected_font[group];
+    changes.push_back({group, font != state.saved_selected_font[group] ? font : 0, nullptr});
+  });
+  for_each(state.recent_named, [&](int32_t group) {
+    const bool changed = named_font_differs(group);
+    changes.push_back(
+        {state.font_group_count + group, 0, changed ? state.named_group_fonts[group] : nullptr});
+  });
+  clear(state.recent_groups);
+  clear(state.recent_named);
+}
+
+const char *changed_packet() {
+  if (!packet_differs() || state.current_packet == none) return nullptr;
+  return state.font_packets[state.current_packet][0];
 }
 
 }  // namespace klib::fonts
@@ -143,7 +185,7 @@ char **Kfont_changes(const char *text, int32_t all, int32_t old) {
     for (char **font = fonts.get(); *font != nullptr; font++) Kselect_font(*font);
   char **list = memory::guarded<char **>(nullptr, [&] {
     memory::Array<char *> changes(Kfont_changes_since_save(all, old, 0));
-    if (changes) keep_texts(changes.get());
+    if (changes && old == 0) keep_named_texts(changes.get(), all != 0);
     return changes.release();
   });
   Krestore_font_state();

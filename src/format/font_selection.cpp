@@ -14,6 +14,7 @@
 
 #include "containers/slots.h"
 #include "format/fonts.h"
+#include "format/parser.h"
 #include "frame/messages.h"
 #include "parameters/parameters.h"
 
@@ -46,7 +47,9 @@ void select_named_font(const char *name, const char *group_end) {
   const int32_t group = named_group_of(name, group_end, true);
   if (group == none) return;
   change_named_font(group, memory::copy(name).release());
-  if (state.save_active) insert(state.named_touched, group);
+  if (!state.save_active) return;
+  insert(state.named_touched, group);
+  insert(state.recent_named, group);
 }
 
 bool is_named_font_selected(const char *name, const char *group_end) {
@@ -90,11 +93,9 @@ bool is_selected(const char *name) {
   return is_packet_selected(found->packet);
 }
 
-bool is_known(const char *name) {
-  if (const char *end = std::strchr(name, separator))
-    return find(state.named_groups, {name, static_cast<size_t>(end - name)}) != nullptr;
-  const Name *found = find(state.names, name);
-  return found != nullptr && found->packet == none && found->group != none;
+bool names_known_group(const char *name) {
+  const std::string_view whole(name);
+  return find(state.named_groups, whole.substr(0, whole.find(separator))) != nullptr;
 }
 
 memory::Array<char *> make_list(size_t count) {
@@ -124,12 +125,8 @@ int32_t Kis_font_selected(char *name) {
 char **Kfonts_in_string(const char *text) {
   return memory::guarded<char **>(nullptr, [&] {
     memory::Vector<memory::Text> fonts;
-    init_parser(P_FONT);
-    struct Level {
-      ~Level() { exit_parser(); }
-    } level;
-    parse_from_string(text);
-    for (int32_t kind = parse(nullptr); kind != P_END; kind = parse(nullptr))
+    parser::Level level(P_FONT, text);
+    for (int32_t kind; (kind = level.next()) != P_END;)
       if (kind == P_FONT) fonts.push_back(memory::copy(body(p_root[parser_level].token)));
     memory::Array<char *> list = make_list(fonts.size());
     for (size_t i = 0; i < fonts.size(); i++) list[i] = fonts[i].release();

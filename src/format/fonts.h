@@ -7,8 +7,8 @@
 //     font_packets.cpp       the same for packets, which may name packets
 //     font_save.cpp          saving the selection, putting it back, listing what changed
 //
-// For the transfer of codes: append_changes is Kfont_changes_since_save without a list to release,
-// select and is_selected are Kselect_font and Kis_font_selected that throw.
+// For the transfer of codes: take_changes says what a list of changes would say anew, select and
+// is_selected are Kselect_font and Kis_font_selected that throw.
 #pragma once
 
 #include <cstdint>
@@ -65,8 +65,11 @@ struct State {
   GroupSet group_touched;                  // font groups selected from since
   GroupSet named_touched;                  // named groups selected since
   GroupSet named_saved;                    // named groups selected or reset since
+  GroupSet recent_groups;                  // of `group_touched`, since take_changes last asked
+  GroupSet recent_named;                   // of `named_touched`, likewise
 
-  // The texts of the two latest lists of Kfont_changes, the older one first; owned.
+  // Copies of the named groups' texts in the latest two lists of Kfont_changes that have such
+  // texts, the older one first; owned.
   char *listed_texts[2] = {nullptr, nullptr};
 };
 extern State state;
@@ -94,9 +97,9 @@ void select_font(const Name *found, const char *name);
 // memory::Exhausted.
 void select(const char *name);
 [[nodiscard]] bool is_selected(const char *name);
-// Whether the name is that of a font in a font group, or a selection in a named group that is
-// declared: is_selected has nothing to report then.
-[[nodiscard]] bool is_known(const char *name);
+// Whether a selection in a named group names a group that is declared: is_selected has nothing to
+// report then.
+[[nodiscard]] bool names_known_group(const char *name);
 
 // font_save.cpp. Every change of a selection goes through one of these two, so that a save in
 // force puts aside what it saves.
@@ -106,9 +109,24 @@ void change_named_font(int32_t group, char *text);  // an owned text, or null
 // Ends the save, if there is one, and leaves the selection as it is.
 void drop_save();
 
-// Adds to `texts` what Kfont_changes_since_save would list. Nothing is allocated but room in
-// `texts`; the texts stay as long as those of the list. May throw memory::Exhausted.
-void append_changes(bool all, bool old, bool skip_default, memory::Vector<const char *> &texts);
+// What Kfont_changes_since_save(0, 0, 1) has to say of one group.
+struct GroupChange {
+  int32_t group;           // named groups are numbered on, after the font groups
+  int32_t font;            // of a font group: the number of the font listed, 0 when none is
+  const char *named_font;  // of a named group: the text listed; null when none is
+};
+
+// Adds to `changes`, in ascending order, the groups that were selected since the save and since
+// this was last called. May throw memory::Exhausted.
+void take_changes(memory::Vector<GroupChange> &changes);
+
+// The name of the packet that Kfont_changes_since_save(0, 0, 1) would list; null when none is.
+[[nodiscard]] const char *changed_packet();
+
+// font_definitions.cpp
+[[nodiscard]] uint32_t count_font_groups();
+[[nodiscard]] uint32_t count_named_groups();
+[[nodiscard]] const char *font_name(uint32_t group, uint32_t font);
 
 // A null-terminated list of that many texts, still to be filled, in the scratch slot. It belongs to
 // whom it is handed out to. Throws memory::Exhausted.

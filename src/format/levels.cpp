@@ -59,6 +59,7 @@ void open_level(int32_t flags) {
   frame.flags = flags;
   frame.counting = flags & P_COUNT;
   frame.status = 0;
+  frame.token = nullptr;
   if (frame.counting == 0) return;
   frame.token_line = frame.line = frame.token_column = frame.column = 1;
   frame.token_real_line = frame.real_line = frame.token_real_column = frame.real_column = 1;

@@ -8,6 +8,9 @@
 
 // clang-format off
 
+// Without set and number, for Kdisplay
+#define MESSAGE_FILE_NOT_READ              "File '%s' cannot be read.\n"
+
 // Set 1: file operations
 #define MESSAGE_FILE_NOT_OPENED            1, 102, "File '%s' cannot be opened.\n"
 #define MESSAGE_FILE_NOT_CREATED           1, 103, "File '%s' cannot be created.\n"

@@ -14,6 +14,7 @@
 #include "klib.h"
 #include "parameters/parameters.h"
 #include "platform/platform.h"
+#include "text/character_types.h"
 
 namespace klib::program {
 
@@ -21,8 +22,6 @@ namespace {
 
 using parameters::Number;
 using parameters::Text;
-
-constexpr char start_directory[] = "c:\\kavro\\";
 
 struct State {
   const char *program_name = nullptr;  // the caller's text
@@ -43,7 +42,7 @@ void report_run_time() {
 // Gives the index of the first file name.
 int32_t init_program(int32_t argc, char **argv, const char *program_name, const char *catalog) {
   state = State{};  // the name and the start time of an earlier run are not this one's
-  Ksourcecode_defaults_for_parms(start_directory);
+  Ksourcecode_defaults_for_parms(parameters::start_directory);
   const int32_t first = argc != 0 ? Kparse_command_arguments(argc, argv) : 0;
   if (is_set(Number::logging)) Kstart_logging_file(parameters::text(Text::log_pathname));
   if (is_set(Number::time_prog) && program_name != nullptr) {
@@ -127,12 +126,13 @@ void Kmain_loop(int32_t argc, char **argv, const char *program_name, const char 
 }
 
 int32_t Kstart_prog(const char *directory, const char *language) {
-  initCT(language);  // looks at two bytes, which a '-' among them makes Western either way
+  const std::string_view start = parameters::start_of_language(language);
+  character_types::choose(start);
   memory::guarded([&] {
     // Kept, since the language may be a text of the tables that are made anew.
-    const memory::Text kept = memory::copy(language);
+    const memory::Text kept = memory::copy(start);
     Ksourcecode_defaults_for_parms(directory);
-    parameters::store_start_of_language(kept.get());
+    parameters::store_language(kept.get());
   });
   return 0;
 }

@@ -2,14 +2,16 @@
 // and type. A row's position is its number - 1, which is checked below.
 //
 // The type is a bit set that the library only hands on: it means something to programs alone.
+// The code calls a parameter by an enumerator (parameters.h) that takes its number from the row of
+// its name, so that rows can be added.
+//
 // The default of "LIB-DIRECTORY" is the one of a program that runs the main loop; starting a
 // program replaces it by the program's own directory.
 #pragma once
 
 #include <cstdint>
 #include <iterator>
-
-#include "parameters/parameters.h"
+#include <string_view>
 
 namespace klib::parameters {
 
@@ -144,9 +146,27 @@ constexpr bool rows_are_in_number_order(const Row (&rows)[count]) {
     if (rows[i].number != static_cast<int32_t>(i) + 1) return false;
   return true;
 }
-static_assert(std::size(numeric_definitions) == numeric_count);
-static_assert(std::size(text_definitions) == text_count);
 static_assert(rows_are_in_number_order(numeric_definitions));
 static_assert(rows_are_in_number_order(text_definitions));
+
+// The number of the row with this name; without one the program does not compile.
+template <class Row, size_t count>
+consteval int32_t row_called(std::string_view name, const Row (&rows)[count]) {
+  size_t i = 0;
+  while (rows[i].name != name) ++i;
+  return rows[i].number;
+}
+
+// What a program that runs the main loop is started with, and what every directory is followed by
+// to become that of the library's parameter files.
+inline constexpr char start_directory[] = "c:\\kavro\\";
+inline constexpr char lib_directory_end[] = "dfmt";
+static_assert([] {
+  const auto lib_directory = row_called("LIB-DIRECTORY", text_definitions) - 1;
+  std::string_view rest = text_definitions[lib_directory].default_value;
+  const bool begins = rest.starts_with(start_directory);
+  rest.remove_prefix(sizeof start_directory - 1);
+  return begins && rest == lib_directory_end;
+}());
 
 }  // namespace klib::parameters

@@ -10,8 +10,8 @@
 //
 //     LIB-DIRECTORY/BASENAME  /BASENAME  /a/BASENAME  /a/b/BASENAME  /a/b/doc.par
 //
-// where BASENAME is the parameter "PARAMETER-FILE-BASENAME". Files that do not exist are passed
-// over.
+// where BASENAME is the parameter "PARAMETER-FILE-BASENAME". Files that do not exist, and
+// directories of such a name, are passed over.
 
 #include <algorithm>
 #include <cstring>
@@ -22,6 +22,7 @@
 #include "frame/messages.h"
 #include "klib.h"
 #include "parameters/parameters.h"
+#include "platform/platform.h"
 
 namespace klib::parameters {
 
@@ -45,7 +46,8 @@ struct Names {
 };
 
 void read_if_there(const char *name) {
-  if (name != nullptr && Kprobe_file(name) != 0) Manage_parameter_file(name);
+  if (name == nullptr || Kprobe_file(name) == 0 || platform::calls.is_directory(name)) return;
+  Manage_parameter_file(name);
 }
 
 // Splits "NAME=VALUE" at its first '=' in place and assigns.

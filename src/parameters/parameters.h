@@ -3,33 +3,40 @@
 
 #include <cstdint>
 
+#include "parameters/definitions.h"
+
 namespace klib::parameters {
 
-// The numeric and text parameters that the library itself reads, by their number.
+// The numeric and text parameters that the library itself uses, by their number.
+consteval int32_t numeric(std::string_view name) { return row_called(name, numeric_definitions); }
 enum class Number : int32_t {
-  kti_width = 1,
-  use_nls = 2,
-  time_prog = 3,
-  show_progress = 4,
-  show_progress_step = 5,
-  show_filename = 6,
-  show_start_end_abort = 7,
-  single_font_group = 15,
-  kti_start = 16,
-  kti_step = 17,
-  is_source_language = 19,
-  all_languages = 20,
-  logging = 31,
-  debug = 52,
+  kti_width = numeric("KTI-WIDTH"),
+  use_nls = numeric("USE-NLS"),
+  time_prog = numeric("TIME-PROG"),
+  show_progress = numeric("SHOW-PROGRESS"),
+  show_progress_step = numeric("SHOW-PROGRESS-STEP"),
+  show_filename = numeric("SHOW-FILENAME"),
+  show_start_end_abort = numeric("SHOW-START-END-ABORT"),
+  single_font_group = numeric("SINGLE-FONT-GROUP"),
+  kti_start = numeric("KTI-START"),
+  kti_step = numeric("KTI-STEP"),
+  is_source_language = numeric(""),
+  all_languages = numeric("ALL-LANGUAGES"),
+  logging = numeric("LOGGING"),
+  debug = numeric("DEBUG"),
 };
+consteval int32_t textual(std::string_view name) { return row_called(name, text_definitions); }
 enum class Text : int32_t {
-  lib_directory = 1,
-  language = 2,
-  source_language = 4,
-  parameter_file_basename = 6,
-  bin_directory = 10,
-  log_pathname = 19,
-  direction = 22,
+  lib_directory = textual("LIB-DIRECTORY"),
+  language = textual("LANGUAGE"),
+  source_language = textual("SOURCE-LANGUAGE"),
+  parameter_file_basename = textual("PARAMETER-FILE-BASENAME"),
+  bin_directory = textual("BIN-DIRECTORY"),
+  font = textual("FONT"),
+  fontgroups = textual("FONTGROUPS"),
+  font_packet = textual("FONT-PACKET"),
+  log_pathname = textual("LOG-PATHNAME"),
+  direction = textual("DIRECTION"),
 };
 
 // The value at this moment. Before the value tables exist and after they are destroyed every
@@ -37,9 +44,16 @@ enum class Text : int32_t {
 [[nodiscard]] int32_t number(Number parameter);
 [[nodiscard]] const char *text(Text parameter);
 
-// Combined numbers: numeric parameter N is N, text parameter N is 63 + N.
-inline constexpr int32_t numeric_count = 63;
-inline constexpr int32_t text_count = 38;
+// Combined numbers: numeric parameter N is N, text parameter N is N more than there are numeric
+// ones.
+inline constexpr int32_t numeric_count = std::size(numeric_definitions);
+inline constexpr int32_t text_count = std::size(text_definitions);
+[[nodiscard]] constexpr int32_t combined(Number parameter) {
+  return static_cast<int32_t>(parameter);
+}
+[[nodiscard]] constexpr int32_t combined(Text parameter) {
+  return numeric_count + static_cast<int32_t>(parameter);
+}
 
 // The combined number of the parameter called exactly `name`, numeric parameters first; -1 when
 // there is none.
@@ -56,8 +70,11 @@ inline constexpr int32_t text_count = 38;
 // nothing is stored. Result 0. May throw memory::Exhausted; the old value then stays.
 int32_t store_parameter_value(int32_t number, const char *value);
 
-// "LANGUAGE" becomes the text up to, not including, its first '-'. May throw memory::Exhausted.
-void store_start_of_language(const char *language);
+// The text up to, not including, its first '-': of "GERMAN-ENGLISH" the source language.
+[[nodiscard]] std::string_view start_of_language(std::string_view language);
+
+// Assigns "LANGUAGE" alone. May throw memory::Exhausted.
+void store_language(std::string_view language);
 
 // Assigns a value as a parameter line does: through the parameter's own operation when it has one
 // (fonts, "LANGUAGE", "DIRECTION"), else as above. The result is the operation's. May throw as

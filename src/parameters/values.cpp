@@ -1,16 +1,15 @@
 // The two tables of parameter values, their lookups and assignments, and the slot that keeps all
 // values while a group of files overrides them.
 //
-// A parameter is addressed by its combined number: numeric parameter N is N, text parameter N is
-// 63 + N. Five parameters are special: a parameter line assigns them through an operation of their
-// own, and fonts are set up and released together with the saved values.
+// A parameter is addressed by its combined number, which counts the numeric parameters first, then
+// the texts. Five parameters are special: a parameter line assigns them through an operation of
+// their own, and fonts are set up and released together with the saved values.
 
 #include <algorithm>
 #include <cstring>
 
 #include "frame/memory.h"
 #include "klib.h"
-#include "parameters/definitions.h"
 #include "parameters/parameters.h"
 #include "text/numbers.h"
 
@@ -27,8 +26,6 @@ struct State {
   char **saved_skparm = nullptr;
 };
 constinit State state;
-
-constexpr char first_part_end = '-';  // "GERMAN-ENGLISH": the source language ends at the dash
 
 char *&value_of(Text parameter) { return skparm[static_cast<int32_t>(parameter) - 1]; }
 
@@ -76,7 +73,7 @@ int32_t set_direction(int32_t, char *value) {
   if (skparm == nullptr) return 0;
   const std::string_view direction = value;
   memory::Text whole = memory::copy(direction);
-  memory::Text source = memory::copy(direction.substr(0, direction.find(first_part_end)));
+  memory::Text source = memory::copy(start_of_language(direction));
   replace(value_of(Text::direction), std::move(whole));
   replace(value_of(Text::source_language), std::move(source));
   check_language();
@@ -94,11 +91,11 @@ struct SpecialParameter {
 
 // clang-format off
 constexpr SpecialParameter special_parameters[] = {
-  {79, P_init_fonts, P_cleanup_fonts, P_set_fonts},       // "FONT"
-  {80, nullptr,      nullptr,         P_set_fontgroups},  // "FONTGROUPS"
-  {81, nullptr,      nullptr,         set_font_packet},   // "FONT-PACKET"
-  {65, nullptr,      nullptr,         set_language},      // "LANGUAGE"
-  {85, nullptr,      nullptr,         set_direction},     // "DIRECTION"
+  {combined(Text::font),        P_init_fonts, P_cleanup_fonts, P_set_fonts},
+  {combined(Text::fontgroups),  nullptr,      nullptr,         P_set_fontgroups},
+  {combined(Text::font_packet), nullptr,      nullptr,         set_font_packet},
+  {combined(Text::language),    nullptr,      nullptr,         set_language},
+  {combined(Text::direction),   nullptr,      nullptr,         set_direction},
 };
 // clang-format on
 
@@ -144,10 +141,12 @@ int32_t store_parameter_value(int32_t number, const char *value) {
   return 0;
 }
 
-void store_start_of_language(const char *language) {
-  if (skparm == nullptr) return;
-  const std::string_view whole = language;
-  replace(value_of(Text::language), memory::copy(whole.substr(0, whole.find(first_part_end))));
+std::string_view start_of_language(std::string_view language) {
+  return language.substr(0, language.find('-'));
+}
+
+void store_language(std::string_view language) {
+  if (skparm != nullptr) replace(value_of(Text::language), memory::copy(language));
 }
 
 int32_t set_parameter(int32_t number, char *value) {
@@ -175,7 +174,7 @@ void Ksourcecode_defaults_for_parms(const char *directory) {
   memory::guarded([&] {
     memory::Buffer lib_directory;
     lib_directory.append(directory);
-    lib_directory.append("dfmt");
+    lib_directory.append(lib_directory_end);
     auto numbers = memory::allocate_array<int32_t>(numeric_count);
     std::ranges::transform(numeric_definitions, numbers.get(), &NumericDefinition::default_value);
     auto texts = copy_texts([&](int32_t i) {

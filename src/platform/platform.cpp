@@ -35,6 +35,17 @@ bool name_exists(const char *name) {
   return ::stat(name, &status) == 0;
 }
 
+bool name_is_directory(const char *name) {
+  struct stat status;
+  return ::stat(name, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool stream_is_file_of_name(FILE *stream, const char *name) {
+  struct stat open_file, named_file;
+  return ::fstat(::fileno(stream), &open_file) == 0 && ::stat(name, &named_file) == 0 &&
+         open_file.st_dev == named_file.st_dev && open_file.st_ino == named_file.st_ino;
+}
+
 size_t read_from_stream(void *buffer, size_t count, FILE *stream) {
   return std::fread(buffer, 1, count, stream);
 }
@@ -61,11 +72,13 @@ constexpr Calls own_calls = {
     .seek = seek_descriptor,
     .size = size_of_descriptor,
     .exists = name_exists,
+    .is_directory = name_is_directory,
     .unlink = ::unlink,
     .open_stream = std::fopen,
     .close_stream = std::fclose,
     .read_stream = read_from_stream,
     .write_stream = write_to_stream,
+    .is_file_of_name = stream_is_file_of_name,
     .working_directory = ::getcwd,
     .now = now,
     .local_time = break_down_local_time,

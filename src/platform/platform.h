@@ -28,6 +28,7 @@ struct Calls {
   int64_t (*seek)(int descriptor, int64_t offset, int whence);
   int64_t (*size)(int descriptor);  // of the open file, in bytes
   bool (*exists)(const char *name);
+  bool (*is_directory)(const char *name);
   int (*unlink)(const char *name);  // never removes a directory
 
   // Streams.
@@ -35,6 +36,7 @@ struct Calls {
   int (*close_stream)(FILE *stream);
   size_t (*read_stream)(void *buffer, size_t count, FILE *stream);
   size_t (*write_stream)(const void *buffer, size_t count, FILE *stream);
+  bool (*is_file_of_name)(FILE *stream, const char *name);  // one file, whatever its names
 
   // The rest.
   char *(*working_directory)(char *buffer, size_t size);  // null on failure, too long included

@@ -102,6 +102,13 @@ constexpr Table expand(std::span<const Run> upper_half) {
   return table;
 }
 
+// Case mapping takes the lower-case letters of the lower half for granted.
+static_assert([] {
+  for (const Run &run : lower_half)
+    if (((run.word & lower) != 0) != (run.first == 'a' && run.last == 'z')) return false;
+  return true;
+}());
+
 constexpr Table western = expand(western_half);
 constexpr Table russian = expand(russian_half);
 constexpr Table greek = expand(greek_half);
@@ -161,6 +168,12 @@ BracketExpression bracket_expression(uint32_t mask, bool negated) {
 
 }  // namespace
 
+void choose(std::string_view language) {
+  c_t = language.starts_with("RU")   ? russian.data()
+        : language.starts_with("GR") ? greek.data()
+                                     : western.data();
+}
+
 bool is_built_in(const uint32_t *table) {
   return table == western.data() || table == russian.data() || table == greek.data();
 }
@@ -190,12 +203,7 @@ constinit uint32_t ct_props[12] = {TYPE_MASKS};
 constinit const uint32_t *fc_t = nullptr;
 constinit int32_t fc_t_len = 0;
 
-void initCT(const char *language) {
-  const std::string_view text(language);
-  c_t = text.starts_with("RU")   ? russian.data()
-        : text.starts_with("GR") ? greek.data()
-                                 : western.data();
-}
+void initCT(const char *language) { choose(language); }
 
 uint32_t cprops(int32_t c) { return properties(static_cast<uint8_t>(c)); }
 

@@ -12,27 +12,17 @@
 
 #include "format/codes.h"
 #include "format/fonts.h"
+#include "transfer/font_lists.h"
 
 namespace klib::transfer {
 
 namespace {
 
-// While one lives, selections mark the font groups that they touch.
+// While one lives, selections mark the font groups that they touch: take_changes tells which.
 struct FontSave {
   FontSave() { Ksave_font_state(); }
   ~FontSave() { Kcleanup_font_save(); }
   FontSave(const FontSave &) = delete;
-};
-
-// The lists of fonts in force at the words of the source. Words between two font codes share one.
-struct font_lists {
-  struct font {
-    size_t name, length;  // in `names`
-  };
-  memory::Vector<font> fonts;
-  memory::Vector<size_t> ends;  // of each list in `fonts`; list 0 is empty
-  memory::Text names;           // each ends with a NUL
-  bool known = true;            // nobody who asks for one of the fonts gets a report
 };
 
 // The translation as it is written.
@@ -40,48 +30,32 @@ struct Assembly {
   const source_table &source;
   const target_table &targets;
   const memory::Vector<placed_code> &placed;
-  const font_lists &lists;
+  FontLists &lists;
   memory::Buffer text;
-  size_t copied = 0;           // the translation up to here is in `text`
-  size_t next_code = 0;        // in `placed`
-  uint32_t selected_list = 0;  // all of its fonts are selected; 0 when that is not known
+  size_t copied = 0;                    // the translation up to here is in `text`
+  size_t next_code = 0;                 // in `placed`
+  uint32_t last_list = 0;               // whose fonts were selected last
+  memory::Vector<uint32_t> candidates;  // scratch
 };
-
-// Notes the fonts that are not those of the save, the first fonts of their groups left out.
-void add_font_list(font_lists &lists, memory::Buffer &names,
-                   memory::Vector<const char *> &changes) {
-  changes.clear();
-  fonts::append_changes(false, false, true, changes);
-  for (const std::string_view name : changes) {
-    lists.fonts.push_back({names.size(), name.size()});
-    names.append(name);
-    names.append('\0');
-    lists.known = lists.known && fonts::is_known(name.data());
-  }
-  lists.ends.push_back(lists.fonts.size());
-}
 
 // Selects the fonts of the source's codes and notes the fonts in force at each word: those of the
 // codes of the words before it.
-font_lists note_font_states(source_table &source) {
-  font_lists lists;
-  memory::Buffer names;
-  memory::Vector<const char *> changes;
-  lists.ends.push_back(0);
+FontLists note_font_states(source_table &source) {
   const FontSave save;
   reset_named_font_groups();
+  FontLists lists = make_font_lists();
+  uint32_t list = 0;
   bool changed = false;
   for (size_t w = 0; w < source.words.size(); w++) {
-    if (changed) add_font_list(lists, names, changes);
+    if (changed) list = add_font_list(lists);
     changed = false;
-    source.words[w].font_state = static_cast<uint32_t>(lists.ends.size() - 1);
+    source.words[w].font_state = list;
     for (const word_code &code : source.codes_of(w)) {
       if (code.kind != P_FONT) continue;
       fonts::select(source.body(code));
       changed = true;
     }
   }
-  lists.names.reset(names.detach());
   return lists;
 }
 
@@ -95,7 +69,6 @@ void write_code(Assembly &assembly, int32_t kind, const char *body, size_t lengt
   if (kind == P_FONT) {
     if (fonts::is_selected(body)) return;
     fonts::select(body);
-    assembly.selected_list = 0;
   }
   copy_up_to(assembly, offset);
   assembly.text.append(static_cast<char>(kind == P_FONT ? font.open : anchor.open));
@@ -108,13 +81,15 @@ void prefix_font_states(Assembly &assembly, const target_word &target) {
   const int32_t *number = target.alignment;
   while (*number == unaligned) number++;
   if (*number == -1) return;
-  const auto &lists = assembly.lists;
   const uint32_t list = assembly.source.words[static_cast<size_t>(*number)].font_state;
-  if (list == 0 || list == assembly.selected_list) return;
-  for (size_t i = lists.ends[list - 1]; i < lists.ends[list]; i++)
-    write_code(assembly, P_FONT, lists.names.get() + lists.fonts[i].name, lists.fonts[i].length,
-               target.start);
-  if (lists.known) assembly.selected_list = list;
+  if (list == 0) return;
+  const auto write = [&](std::string_view name) {
+    write_code(assembly, P_FONT, name.data(), name.size(), target.start);
+  };
+  find_candidates(assembly.lists, assembly.last_list, list, assembly.candidates);
+  for (const uint32_t group : assembly.candidates) write(listed_font(assembly.lists, list, group));
+  if (const char *packet = assembly.lists.lists[list].packet) write(packet);
+  assembly.last_list = list;
 }
 
 void assemble_target_word(Assembly &assembly, const target_word &target) {
@@ -162,7 +137,7 @@ Alignment alignment_kind(int32_t *const *alignment) {
 char *copy_fonts(std::string_view source_text, std::string_view target_text, int32_t **alignment) {
   source_table source = read_source_words(source_text);
   if (source.codes.empty()) return memory::copy(target_text).release();
-  const font_lists lists = note_font_states(source);
+  FontLists lists = note_font_states(source);
   target_table targets = read_target_words(target_text);
   const auto without_transfer = [&](std::string_view translation) {
     return memory::copy(source.has_anchors ? source_text : translation).release();
@@ -180,9 +155,9 @@ char *copy_fonts(std::string_view source_text, std::string_view target_text, int
   }
   const auto placed = distribute_codes(source, targets);
 
-  // What is selected from here on is not compared with anything, so there is no save.
+  const FontSave save;
   reset_named_font_groups();
-  Assembly assembly{source, targets, placed, lists, {}};
+  Assembly assembly{source, targets, placed, lists, {}, 0, 0, 0, {}};
   assembly.text.reserve(source_text.size() + target_text.size());
   memory::Text result = assemble_translation(assembly);
   if (kind == Alignment::default_requested) {
