@@ -38,8 +38,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   scratch_file("job.anx", own_index ? input.rest() : index_of_lines(read_scratch("job.anc")));
 
   run(kshow, {"-LANGUAGE", language, "job.kti"});
-  const Outcome carried = run(kcarry, {"-LANGUAGE", language, "-TARGET-LANGUAGE", target, "job.kti",
-                                       "job.tra", in_order ? "-" : "job.ali", "out.kti"});
+  const Outcome carried =
+      run(kcarry, {"-LANGUAGE", language, "-TARGET-LANGUAGE", target, "job.kti", "job.tra",
+                   in_order ? "--align=identity" : "job.ali", "out.kti"});
   const bool complete = carried.messages.find(" sentences carried: ") != std::string::npos;
   require(has_scratch("out.kti") == complete, "an output is there if it is complete");
   require(complete || !carried.good, "an output that is missing is told");

@@ -19,32 +19,13 @@
 namespace klib::programs {
 namespace {
 
-constexpr const char *usage =
-    "Usage: kcarry [-PARAMETER VALUE] ... JOB.kti TRANSLATION ALIGNMENT OUT.kti ...\n"
-    "\n"
-    "Carries the format codes of the sentences in JOB.kti into their translations and writes\n"
-    "OUT.kti. TRANSLATION has one sentence a line, in UTF-8. ALIGNMENT has a line of pairs i-j "
-    "for\n"
-    "each: word i of the sentence (from 0) is translated by word j. With '-' for ALIGNMENT, word "
-    "k\n"
-    "is translated by word k.\n"
-    "\n"
-    "Parameters:\n"
-    "  -LANGUAGE NAME         the language of JOB.kti (GERMAN)\n"
-    "  -TARGET-LANGUAGE NAME  the language of TRANSLATION and OUT.kti (ENGLISH)\n"
-    "  -LOG-PATHNAME FILE     where the library writes its log (nowhere)\n"
-    "  -LIB-DIRECTORY DIR     where the parameter file is\n"
-    "  -h, --help             this text\n";
-
-constexpr int language = 2, target_language = 5;  // string parameters
-
 struct Totals {
   int64_t sentences = 0, fonts = 0, anchors = 0, pairs = 0, untranslated = 0;
 };
 
 struct Carry {
-  const char *source_language = skparm[language - 1];
-  const char *language_of_target = skparm[target_language - 1];
+  const char *source_language = parameter(TextParameter::language);
+  const char *language_of_target = parameter(TextParameter::target_language);
   SentenceFile sentences;
   LineReader translation;
   std::unique_ptr<LineReader> alignment;  // none: the default
@@ -57,11 +38,13 @@ struct Carry {
   std::string encoded, transferred, settled;
   Totals totals;
 
-  explicit Carry(char **names)
-      : sentences(names[0]),
-        translation(names[1]),
-        alignment(strcmp(names[2], "-") == 0 ? nullptr : new LineReader(names[2])),
-        out(names[3]) {}
+  // Without the name of an alignment, word k is translated by word k.
+  Carry(const char *sentence_name, const char *translation_name, const char *alignment_name,
+        const char *out_name)
+      : sentences(sentence_name),
+        translation(translation_name),
+        alignment(alignment_name ? new LineReader(alignment_name) : nullptr),
+        out(out_name) {}
 };
 
 // Encodes the translation, words between single blanks, and gives their number.
@@ -187,8 +170,10 @@ void show_summary(const Carry &job) {
        static_cast<long long>(totals.untranslated));
 }
 
-void carry(char **names) {
-  const auto owner = std::make_unique<Carry>(names);
+void carry(const char *sentences, const char *translation, const char *alignment, const char *out) {
+  if (alignment && strcmp(alignment, "-") == 0 && strcmp(translation, "-") == 0)
+    fail("standard input", 0, "cannot be both TRANSLATION and ALIGNMENT");
+  const auto owner = std::make_unique<Carry>(sentences, translation, alignment, out);
   Carry &job = *owner;
   make_code_page(job.language_of_target, job.to);
   make_code_page(job.source_language, job.from);
@@ -211,13 +196,39 @@ void carry(char **names) {
   show_summary(job);
 }
 
-void process(char *sentences, char *translation, char *alignment, char *out) {
-  char *names[] = {sentences, translation, alignment, out};
-  run_job(sentences, carry, names);
+const char *align;  // the value of --align
+
+void carry_without_file(const char *sentences, const char *translation, const char *out) {
+  if (strcmp(align, "identity") != 0)
+    fail("kcarry", 0, "--align=%s: the alignment without a file is identity", align);
+  carry(sentences, translation, nullptr, out);
 }
+
+constexpr const char *purpose =
+    "Carries the format codes of the sentences in JOB.kti into their translations and\n"
+    "writes OUT.kti. TRANSLATION has one sentence a line, in UTF-8. ALIGNMENT has a\n"
+    "line of pairs i-j for each: word i of the sentence (from 0) is translated by\n"
+    "word j. With '-' for either of both, standard input is read.\n";
+
+constexpr Parameter parameters[] = {
+    {"LANGUAGE", "NAME", "the language of JOB.kti (GERMAN)"},
+    {"TARGET-LANGUAGE", "NAME", "the language of TRANSLATION and OUT.kti (ENGLISH)"},
+};
+
+constexpr Option options[] = {
+    {"align", "[identity]", &align, "take no ALIGNMENT: word k is translated by word k",
+     &job<carry_without_file, 3>},
+};
 
 }  // namespace
 
-const Program kcarry = {"kcarry", usage, 4, process_function(process)};
+const Program kcarry = {.name = "kcarry",
+                        .files =
+                            "JOB.kti TRANSLATION ALIGNMENT OUT.kti ...\n"
+                            "--align=identity JOB.kti TRANSLATION OUT.kti ...",
+                        .purpose = purpose,
+                        .parameters = parameters,
+                        .options = options,
+                        .job = job<carry, 4>};
 
 }  // namespace klib::programs

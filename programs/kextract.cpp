@@ -19,31 +19,13 @@
 namespace klib::programs {
 namespace {
 
-constexpr const char *usage =
-    "Usage: kextract [-PARAMETER VALUE] ... JOB.kti PAGE ...\n"
-    "\n"
-    "Takes the HTML page PAGE apart and writes\n"
-    "  JOB.kti           its sentences, numbered, with format codes\n"
-    "  JOB.txt           their words, one sentence a line, in UTF-8, for the translation\n"
-    "  JOB.anc, JOB.anx  everything else: anchor text and anchor index\n"
-    "\n"
-    "Parameters:\n"
-    "  -LANGUAGE NAME       the language of the page, such as ENGLISH (GERMAN)\n"
-    "  -LOG-PATHNAME FILE   where the library writes its log (nowhere)\n"
-    "  -LIB-DIRECTORY DIR   where the parameter file and the sentence exceptions are\n"
-    "  -KTI-START NUMBER    the number of the first sentence (0)\n"
-    "  -h, --help           this text\n";
-
-constexpr int language = 2;                   // string parameters
-constexpr int kti_start = 16, kti_step = 17;  // numeric parameters
-
 // What one page becomes, written piece by piece.
 struct Extraction {
   const Page &page;
   CodePage code_page;
   OutputFile kti, txt, anchors, index;
   int64_t anchor_bytes = 0, anchor_count = 0, sentences = 0;
-  int64_t number = kparm[kti_start - 1];
+  int64_t number = parameter(NumberParameter::kti_start);
   size_t written = 0;  // of the page: what stands before is in the files
 
   Extraction(const Page &extracted, const char *name)
@@ -202,7 +184,7 @@ void write_frame(Extraction &job, const std::vector<Item> &items, const Frame &f
   current_sentence_number = static_cast<int32_t>(job.number);
   kti_format(job.kti.stream(), sentence.coded.data(), -1);
   job.kti.check();
-  job.number = std::min<int64_t>(job.number + kparm[kti_step - 1], INT32_MAX);
+  job.number = std::min<int64_t>(job.number + parameter(NumberParameter::kti_step), INT32_MAX);
   job.txt.write(sentence.words + "\n");
   show_progress(++job.sentences);
 }
@@ -223,11 +205,18 @@ void finish(Extraction &job, const char *name) {
   for (OutputFile *file : {&job.kti, &job.txt, &job.anchors, &job.index}) file->publish();
 }
 
-void extract(char **names) {
-  const Page page = read_page(names[1], "");
-  Extraction job(page, names[0]);
-  make_code_page(skparm[language - 1], job.code_page);
-  load_sentence_exceptions();
+struct SentenceExceptions {
+  SentenceExceptions() { load_sentence_exceptions(); }
+  ~SentenceExceptions() { free_sentence_exceptions(); }
+};
+
+const char *encoding;  // the value of --encoding
+
+void extract(const char *sentences, const char *page_name) {
+  const Page page = read_page(page_name, encoding ? encoding : "");
+  Extraction job(page, sentences);
+  make_code_page(parameter(TextParameter::language), job.code_page);
+  const SentenceExceptions exceptions;
   write_header(job);
   init_kti_format(1);
   const size_t mark = page.text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
@@ -238,18 +227,35 @@ void extract(char **names) {
     find_frames(job.code_page, page.text, items, frames);
     for (const Frame &frame : frames) write_frame(job, items, frame);
   }
-  finish(job, names[0]);
+  finish(job, sentences);
   exit_kti_format();
 }
 
-void process(char *kti, char *page) {
-  char *names[] = {kti, page};
-  run_job(kti, extract, names);
-  free_sentence_exceptions();
-}
+constexpr const char *purpose =
+    "Takes the HTML page PAGE apart and writes\n"
+    "  JOB.kti           its sentences, numbered, with format codes\n"
+    "  JOB.txt           their words, one sentence a line, in UTF-8, for the translation\n"
+    "  JOB.anc, JOB.anx  everything else: anchor text and anchor index\n"
+    "With '-' for PAGE, standard input is read.\n";
+
+constexpr Parameter parameters[] = {
+    {"LANGUAGE", "NAME", "the language of the page (GERMAN)"},
+    {"KTI-START", "NUMBER", "the number of the first sentence (0)"},
+    {"KTI-STEP", "NUMBER", "the distance to the next number (1)"},
+    {"KTI-WIDTH", "NUMBER", "the width at which JOB.kti is wrapped (it is not)"},
+};
+
+constexpr Option options[] = {
+    {"encoding", "NAME", &encoding, "the encoding of a page that does not say it (utf-8)"},
+};
 
 }  // namespace
 
-const Program kextract = {"kextract", usage, 2, process_function(process)};
+const Program kextract = {.name = "kextract",
+                          .files = "JOB.kti PAGE ...",
+                          .purpose = purpose,
+                          .parameters = parameters,
+                          .options = options,
+                          .job = job<extract, 2>};
 
 }  // namespace klib::programs

@@ -17,19 +17,6 @@
 namespace klib::programs {
 namespace {
 
-constexpr const char *usage =
-    "Usage: kmerge [-PARAMETER VALUE] ... OUT.kti JOB.anc RESULT ...\n"
-    "\n"
-    "Puts the sentences of OUT.kti and the anchors of JOB.anc (with its index JOB.anx) together\n"
-    "into the page RESULT. Markup that a translation has put out of order is mended and reported.\n"
-    "\n"
-    "Parameters:\n"
-    "  -LANGUAGE NAME       the language of OUT.kti, such as ENGLISH (GERMAN)\n"
-    "  -LOG-PATHNAME FILE   where the library writes its log (nowhere)\n"
-    "  -LIB-DIRECTORY DIR   where the parameter file is\n"
-    "  -h, --help           this text\n";
-
-constexpr int language = 2;  // string parameter
 constexpr int message_set = 90;
 constexpr int64_t lost_shown = 20;
 
@@ -45,8 +32,11 @@ struct Merge {
   std::string encoded;
   int64_t frames = 0;
 
-  explicit Merge(char **names)
-      : sentences(names[0]), anchors(names[1]), encoder(anchors.encoding()), result(names[2]) {}
+  Merge(const char *sentence_name, const char *anchor_name, const char *result_name)
+      : sentences(sentence_name),
+        anchors(anchor_name),
+        encoder(anchors.encoding()),
+        result(result_name) {}
 };
 
 std::string html_of(char32_t c) {
@@ -70,7 +60,8 @@ void write(Merge &job, std::string_view text) {
 
 [[noreturn]] void fail_at_byte(const Merge &job, std::string_view bytes) {
   fail(job.sentences.name(), job.sentences.line(), "sentence %d: %s is no character of %s",
-       static_cast<int>(job.sentences.number()), readable(bytes).c_str(), skparm[language - 1]);
+       static_cast<int>(job.sentences.number()), readable(bytes).c_str(),
+       parameter(TextParameter::language));
 }
 
 void write_text(const Merge &job, std::string_view bytes, NestedWriter &writer) {
@@ -191,11 +182,11 @@ void report_lost_anchors(Merge &job, const char *name) {
     report(name, 0, "and %lld more", static_cast<long long>(lost - lost_shown));
 }
 
-void merge(char **names) {
-  Merge job(names);
+void merge(const char *sentence_name, const char *anchor_name, const char *result_name) {
+  Merge job(sentence_name, anchor_name, result_name);
   if (!job.encoder.good())
-    fail(names[1], 1, "unknown encoding '%s'", job.anchors.encoding().c_str());
-  make_code_page(skparm[language - 1], job.code_page);
+    fail(anchor_name, 1, "unknown encoding '%s'", job.anchors.encoding().c_str());
+  make_code_page(parameter(TextParameter::language), job.code_page);
   for (int byte = 0; byte < 256; byte++)
     if (job.code_page.character[byte]) job.html[byte] = html_of(job.code_page.character[byte]);
   c_init();
@@ -205,7 +196,7 @@ void merge(char **names) {
     else
       write_between(job);
   }
-  report_lost_anchors(job, names[1]);
+  report_lost_anchors(job, anchor_name);
   job.encoded.clear();
   job.encoder.finish(job.encoded);
   job.result.write(job.encoded);
@@ -215,13 +206,21 @@ void merge(char **names) {
          "One sentence has been merged.\n", message_set, 3, "%d sentences have been merged.\n");
 }
 
-void process(char *sentences, char *anchors, char *result) {
-  char *names[] = {sentences, anchors, result};
-  run_job(sentences, merge, names);
-}
+constexpr const char *purpose =
+    "Puts the sentences of OUT.kti and the anchors of JOB.anc (with its index JOB.anx)\n"
+    "together into the page RESULT. Markup that a translation has put out of order is\n"
+    "repaired and reported. With '-' for RESULT, standard output is written.\n";
+
+constexpr Parameter parameters[] = {
+    {"LANGUAGE", "NAME", "the language of OUT.kti (GERMAN)"},
+};
 
 }  // namespace
 
-const Program kmerge = {"kmerge", usage, 3, process_function(process)};
+const Program kmerge = {.name = "kmerge",
+                        .files = "OUT.kti JOB.anc RESULT ...",
+                        .purpose = purpose,
+                        .parameters = parameters,
+                        .job = job<merge, 3>};
 
 }  // namespace klib::programs

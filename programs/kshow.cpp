@@ -10,25 +10,12 @@
 #include <string_view>
 
 #include "programs/common/code_page.h"
+#include "programs/common/input_file.h"
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
 
 namespace klib::programs {
 namespace {
-
-constexpr const char *usage =
-    "Usage: kshow [-PARAMETER VALUE] ... FILE ...\n"
-    "\n"
-    "Shows a file with format codes on standard output, a token a line: where it begins, as\n"
-    "LINE:COLUMN of the bytes (raw) and of what a reader would see (real), its kind and its text.\n"
-    "\n"
-    "Parameters:\n"
-    "  -LANGUAGE NAME       the language of FILE, such as ENGLISH (GERMAN)\n"
-    "  -LOG-PATHNAME FILE   where the library writes its log (nowhere)\n"
-    "  -LIB-DIRECTORY DIR   where the parameter file is\n"
-    "  -h, --help           this text\n";
-
-constexpr int language = 2;  // string parameter
 
 constexpr struct {
   int32_t kind;
@@ -81,10 +68,8 @@ Place token_place(const Show &job) {
   return place;
 }
 
-bool is_visible(char32_t c) {
-  constexpr char32_t soft_hyphen = 0xAD;
-  return (c >= ' ' && c < 0x7F && c != '{' && c != '}') || (c > 0xA0 && c != soft_hyphen);
-}
+// The no-break space looks like a blank, and braces are those of bytes.
+bool is_visible(char32_t c) { return is_printable(c) && c != 0xA0 && c != '{' && c != '}'; }
 
 void append_readable(const Show &job, std::string_view bytes, bool is_code, std::string &row) {
   constexpr const char *digits = "0123456789ABCDEF";
@@ -119,7 +104,7 @@ void show_token(Show &job, int32_t kind, int depth) {
   append_readable(job, token, kind == P_ANCHOR || kind == P_FONT, text);
   if (kind == P_ALIEN && token.size() == alien_size) {
     const char32_t c = static_cast<char32_t>(Kparse_alien(p_root[parser_level].token));
-    if (is_visible(c) && !(c >= 0xD800 && c < 0xE000)) append_utf8(c, text.append("  "));
+    if (is_visible(c)) append_utf8(c, text.append("  "));
   }
   if (kind == P_ALIEN ? token.size() < alien_size : close != 0 && token.back() != close) {
     text += "  (cut off)";
@@ -178,28 +163,36 @@ void show_tokens(Show &job, FILE *stream) {
   exit_parser();
 }
 
-void show(char **names) {
-  const std::unique_ptr<FILE, int (*)(FILE *)> stream(fopen(names[0], "rbe"), fclose);
-  if (!stream) fail(names[0], 0, "cannot be read: %s", strerror(errno));
+void show(const char *given_name) {
+  const InputFile stream = open_input(given_name);
+  const char *name = input_name(given_name);
   const auto job = std::make_unique<Show>();
-  make_code_page(skparm[language - 1], job->page);
+  make_code_page(parameter(TextParameter::language), job->page);
   printf("%-9s %-9s %-9s %s\n", "raw", "real", "kind", "text");
   show_tokens(*job, stream.get());
-  if (ferror(stream.get())) report(names[0], 0, "cannot be read: %s", strerror(errno));
+  if (ferror(stream.get())) report(name, 0, "cannot be read: %s", strerror(errno));
   errno = 0;
   if (fflush(stdout) != 0 || ferror(stdout))
     fail("standard output", 0, "cannot be written: %s",
          errno != 0 ? strerror(errno) : "an earlier write failed");
-  if (job->cut > 0) report(names[0], 0, "%lld codes are cut off", static_cast<long long>(job->cut));
+  if (job->cut > 0) report(name, 0, "%lld codes are cut off", static_cast<long long>(job->cut));
 }
 
-void process(char *file) {
-  char *names[] = {file};
-  run_job(file, show, names);
-}
+constexpr const char *purpose =
+    "Shows a file with format codes on standard output, a token a line: where it\n"
+    "begins, as LINE:COLUMN of the bytes (raw) and of what a reader would see (real),\n"
+    "its kind and its text. With '-' for FILE, standard input is read.\n";
+
+constexpr Parameter parameters[] = {
+    {"LANGUAGE", "NAME", "the language of FILE (GERMAN)"},
+};
 
 }  // namespace
 
-const Program kshow = {"kshow", usage, 1, process_function(process)};
+const Program kshow = {.name = "kshow",
+                       .files = "FILE ...",
+                       .purpose = purpose,
+                       .parameters = parameters,
+                       .job = job<show, 1>};
 
 }  // namespace klib::programs

@@ -1,75 +1,187 @@
-// The main loop reports bad arguments into a log that is not open yet, so they are checked here, by
-// the same rules: parameters with their values first, then nothing but file names.
+// The library takes parameters before file names only, and reports what is wrong into a log that is
+// not open yet; so the command line is read and checked here, and the library gets what it knows.
 #include "programs/common/arguments.h"
 
+#include <charconv>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <string>
+
+#include "programs/common/engine_parameters.h"
+#include "programs/common/help.h"
 
 namespace klib::programs {
 namespace {
 
-// Whether `path` ends in a dot and a three-character type.
-bool has_type(const char *path) {
-  const char *slash = strrchr(path, '/');
-  const char *name = slash ? slash + 1 : path;
-  const size_t length = strlen(name);
-  return length >= 5 && name[length - 4] == '.';
+// What is being read.
+struct Reading {
+  const Program &program;
+  int argc;
+  char **argv;
+  Arguments arguments;
+  int next = 1;  // of the arguments
+};
+
+// Tells what is wrong with the arguments, in any bytes.
+KLIB_PRINTF(2, 3) bool bad(const Reading &reading, const char *format, ...) {
+  char message[512];
+  va_list arguments;
+  va_start(arguments, format);
+  vsnprintf(message, sizeof message, format, arguments);
+  va_end(arguments);
+  fprintf(stderr, "%s: %s\nTry '%s --help'.\n", reading.program.name, printable(message).c_str(),
+          reading.program.name);
+  return false;
 }
 
-// Whether there is a parameter of this name. The tables exist while it is asked; the name is tried
-// by a parameter line, which finds names as the command line does, apart from '=' and what a line
-// skips before the name.
-bool is_parameter(const char *name) {
-  if (strchr(name, '=') || name[0] == ' ' || name[0] == '\x96') return false;
-  const std::string line = std::string(name) + "=";
-  return Kmanage_parameter_line(line.c_str()) != -1;
+// What is wrong with a value may have lines of its own.
+bool bad_value(const Reading &reading, const char *argument, const char *value,
+               const std::string &fault) {
+  fprintf(stderr, "%s: %s: '%s' %s\n", reading.program.name, argument, printable(value).c_str(),
+          fault.c_str());
+  if (fault.find('\n') == fault.npos) fprintf(stderr, "Try '%s --help'.\n", reading.program.name);
+  return false;
 }
 
-Arguments bad(const Program &program, const char *message, const char *name = "") {
-  fprintf(stderr, "%s: %s%s\nTry '%s --help'.\n", program.name, message, name, program.name);
-  return Arguments::bad;
+bool store_number(const Reading &reading, const Option &option, const char *value) {
+  const NumberOption &place = std::get<NumberOption>(option.place);
+  const char *end = value + strlen(value);
+  const auto result = std::from_chars(value, end, *place.value);
+  if (result.ec == std::errc() && result.ptr == end && *place.value >= place.least &&
+      *place.value <= place.most)
+    return true;
+  return bad(reading, "--%s: '%s' is not a whole number from %lld to %lld", option.name, value,
+             static_cast<long long>(place.least), static_cast<long long>(place.most));
 }
 
-Arguments check_names(const Program &program, int argc, char **argv, int first) {
-  if (first >= argc) return bad(program, "no file names");
-  if ((argc - first) % program.files != 0) {
-    fprintf(stderr, "%s: %d file names, but each job takes %d\nTry '%s --help'.\n", program.name,
-            argc - first, static_cast<int>(program.files), program.name);
-    return Arguments::bad;
+bool store(Reading &reading, const Option &option, const char *value) {
+  if (option.job) reading.arguments.job = option.job;
+  if (std::holds_alternative<bool *>(option.place))
+    *std::get<bool *>(option.place) = true;
+  else if (std::holds_alternative<const char **>(option.place))
+    *std::get<const char **>(option.place) = value;
+  else if (std::holds_alternative<NumberOption>(option.place))
+    return store_number(reading, option, value);
+  else
+    std::get<std::vector<const char *> *>(option.place)->push_back(value);
+  return true;
+}
+
+void reset(const Option &option) {
+  if (std::holds_alternative<bool *>(option.place))
+    *std::get<bool *>(option.place) = false;
+  else if (std::holds_alternative<const char **>(option.place))
+    *std::get<const char **>(option.place) = nullptr;
+  else if (std::holds_alternative<NumberOption>(option.place))
+    *std::get<NumberOption>(option.place).value = std::get<NumberOption>(option.place).otherwise;
+  else
+    std::get<std::vector<const char *> *>(option.place)->clear();
+}
+
+const Option *find_option(std::span<const Option> options, std::string_view name) {
+  for (const Option &option : options)
+    if (name == option.name) return &option;
+  return nullptr;
+}
+
+// Reads "--NAME", "--NAME=VALUE" or "--NAME" "VALUE".
+bool read_option(Reading &reading, std::span<const Option> common) {
+  const char *argument = reading.argv[reading.next++];
+  const char *equals = strchr(argument, '=');
+  const std::string name = equals ? std::string(argument + 2, equals) : std::string(argument + 2);
+  const Option *option = find_option(reading.program.options, name);
+  if (!option) option = find_option(common, name);
+  if (!option) return bad(reading, "unknown option: --%s", name.c_str());
+  const bool may_be_left_out = option->value && option->value[0] == '[';
+  const char *value = equals ? equals + 1 : "";
+  if (!option->value && equals) return bad(reading, "--%s takes no value", name.c_str());
+  if (option->value && !may_be_left_out && !equals) {
+    if (reading.next == reading.argc) return bad(reading, "a value is missing after %s", argument);
+    value = reading.argv[reading.next++];
   }
-  for (int i = first; i < argc; i += program.files)
-    if (!has_type(argv[i]))
-      return bad(program, "the name must end in a dot and a three-character type: ", argv[i]);
-  return Arguments::good;
+  return store(reading, *option, value);
 }
 
-Arguments check_all(const Program &program, int argc, char **argv) {
-  int i = 1;
-  for (; i < argc && argv[i][0] == '-'; i += 2) {
-    if (strcmp(argv[i], "-h") == 0 || strcmp(argv[i], "--help") == 0) {
-      fputs(program.usage, stdout);
-      return fflush(stdout) == 0 ? Arguments::help : Arguments::bad;
+bool read_parameter(Reading &reading) {
+  const char *argument = reading.argv[reading.next++];
+  const EngineParameter *parameter = find_parameter(argument + 1);
+  if (!parameter) return bad(reading, "unknown parameter: %s", argument);
+  if (reading.next == reading.argc) return bad(reading, "a value is missing after %s", argument);
+  reading.arguments.parameters.emplace_back(argument);
+  reading.arguments.parameters.emplace_back(reading.argv[reading.next++]);
+  return true;
+}
+
+// Values are looked at when all arguments have been read, so that --help always helps.
+bool check_values(Reading &reading) {
+  std::vector<std::string> &parameters = reading.arguments.parameters;
+  for (size_t i = 0; i < parameters.size(); i += 2) {
+    const std::string given = parameters[i + 1];
+    const std::string fault =
+        check_value(*find_parameter(parameters[i].c_str() + 1), parameters[i + 1]);
+    if (!fault.empty()) return bad_value(reading, parameters[i].c_str(), given.c_str(), fault);
+  }
+  return true;
+}
+
+bool check_names(const Reading &reading) {
+  const std::vector<const char *> &names = reading.arguments.names;
+  const int32_t files = reading.arguments.job->files;
+  for (const char *name : names)
+    if (name[0] == '\0') return bad(reading, "a file name is empty");
+  if (files == Job::any_files) return true;
+  const auto group = static_cast<size_t>(files);
+  if (names.empty()) return bad(reading, "no file names");
+  if (names.size() % group != 0)
+    return bad(reading, "%zu file name%s, but each job takes %zu", names.size(),
+               names.size() == 1 ? "" : "s", group);
+  for (size_t i = 0; i < names.size(); i += group)
+    if (!has_type(names[i]) && strcmp(names[i], "-") != 0)
+      return bad(reading, "the name must end in a dot and a three-character type: %s", names[i]);
+  return true;
+}
+
+bool read_all(Reading &reading, std::span<const Option> common, const bool &help,
+              const bool &version) {
+  bool only_names = false;
+  while (reading.next < reading.argc) {
+    const std::string_view argument = reading.argv[reading.next];
+    if (only_names || argument == "-" || !argument.starts_with('-')) {
+      reading.arguments.names.push_back(reading.argv[reading.next++]);
+    } else if (argument == "--") {
+      only_names = true;
+      reading.next++;
+    } else if (argument == "-h") {
+      reading.next = reading.argc;
+      return print_help(reading.program, common);
+    } else if (!(argument.starts_with("--") ? read_option(reading, common)
+                                            : read_parameter(reading))) {
+      return false;
     }
-    const char *name = argv[i] + 1;
-    if (!is_parameter(name)) return bad(program, "unknown parameter: ", argv[i]);
-    if (i + 1 == argc) return bad(program, "a value is missing behind ", argv[i]);
-    if (strcmp(name, "LOG-PATHNAME") == 0 && argv[i + 1][0] != '\0' && !has_type(argv[i + 1]))
-      return bad(program,
-                 "the name of the log must end in a dot and a three-character type: ", argv[i + 1]);
+    if (help) return print_help(reading.program, common);
+    if (version) return print_version(reading.program);
   }
-  return check_names(program, argc, argv, i);
+  return check_values(reading) && check_names(reading);
 }
 
 }  // namespace
 
-Arguments check_arguments(const Program &program, int argc, char **argv) {
-  Ksourcecode_defaults_for_parms("");
-  P_init_fonts();
-  const Arguments result = check_all(program, argc, argv);
-  P_cleanup_fonts();
-  Kdestroy_kparm();
-  return result;
+Arguments read_arguments(const Program &program, int argc, char **argv) {
+  Reading reading{program, argc, argv, {}};
+  Arguments &arguments = reading.arguments;
+  arguments.job = &program.job;
+  bool help = false, version = false;
+  const Option common[] = {
+      {"report", "FILE", &arguments.report,
+       "write what is told, and the totals, to FILE as lines of JSON"},
+      {"quiet", nullptr, &arguments.quiet, "print problems only"},
+      {"help", nullptr, &help, "print this text"},
+      {"version", nullptr, &version, "print the version"},
+  };
+  for (const Option &option : program.options) reset(option);
+  const bool good = read_all(reading, common, help, version);
+  arguments.outcome = !good ? Arguments::bad : help || version ? Arguments::done : Arguments::run;
+  return arguments;
 }
 
 }  // namespace klib::programs

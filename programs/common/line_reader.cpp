@@ -13,20 +13,15 @@
 
 namespace klib::programs {
 
-LineReader::LineReader(const char *name) : name_(name), stream_(fopen(name, "rbe")) {
-  if (!stream_) fail(name, 0, "cannot be read: %s", strerror(errno));
-}
+LineReader::LineReader(const char *name) : name_(input_name(name)), stream_(open_input(name)) {}
 
-LineReader::~LineReader() {
-  fclose(stream_);
-  free(buffer_);
-}
+LineReader::~LineReader() { free(buffer_); }
 
 bool LineReader::next() {
   errno = 0;
-  const ssize_t length = getline(&buffer_, &room_, stream_);
+  const ssize_t length = getline(&buffer_, &room_, stream_.get());
   if (length < 0) {
-    if (!feof(stream_)) fail(name(), 0, "cannot be read: %s", strerror(errno));
+    if (!feof(stream_.get())) fail(name(), 0, "cannot be read: %s", strerror(errno));
     return false;
   }
   number_++;

@@ -2,13 +2,15 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <string_view>
 
+#include "programs/common/input_file.h"
+
 namespace klib::programs {
 
-// Failures (no file, a directory, a NUL, bytes that are not UTF-8) end the job (fail()).
+// Reads standard input under the name "-". Failures (no file, a directory, a NUL, bytes that are
+// not UTF-8) end the job (fail()).
 class LineReader {
  public:
   explicit LineReader(const char *name);
@@ -25,7 +27,7 @@ class LineReader {
 
  private:
   std::string name_;
-  FILE *stream_;
+  InputFile stream_;
   char *buffer_ = nullptr;
   size_t room_ = 0;
   std::string_view line_;

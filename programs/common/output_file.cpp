@@ -65,12 +65,15 @@ bool OutputFile::write_out() {
   return written;
 }
 
-OutputFile::OutputFile(const std::string &name) : name_(name), target_(name) {
+OutputFile::OutputFile(const std::string &name)
+    : name_(name == "-" ? "standard output" : name), target_(name) {
   struct stat status;
-  const bool exists = stat(name.c_str(), &status) == 0;
-  if (exists && S_ISDIR(status.st_mode)) fail(name.c_str(), 0, "is a directory");
+  const bool exists = name != "-" && stat(name.c_str(), &status) == 0;
+  if (exists && S_ISDIR(status.st_mode)) fail(name_.c_str(), 0, "is a directory");
   block_.reserve(block_size);
-  if (exists && (!S_ISREG(status.st_mode) || is_device_name(name))) {
+  if (name == "-") {
+    descriptor_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  } else if (exists && (!S_ISREG(status.st_mode) || is_device_name(name))) {
     descriptor_ = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
   } else {
     if (exists) target_ = behind_links(name);
@@ -83,7 +86,7 @@ OutputFile::OutputFile(const std::string &name) : name_(name), target_(name) {
     const int error = errno;
     if (descriptor_ >= 0) close(descriptor_);
     if (descriptor_ >= 0 && !temporary_.empty()) unlink(temporary_.c_str());
-    fail(name.c_str(), 0, "cannot be written: %s", strerror(error));
+    fail(name_.c_str(), 0, "cannot be written: %s", strerror(error));
   }
 }
 

@@ -12,7 +12,7 @@ namespace klib::programs {
 // Opened under a temporary name beside the final one. finish() completes the file, and the rename
 // of publish() gives it its name; a file that is not published disappears with the object. What
 // exists under the name and is no regular file, such as a pipe, or is one only by a name in /dev,
-// is written directly. Failures end the job (fail()).
+// is written directly, and so is standard output, "-". Failures end the job (fail()).
 //
 // The library flushes its stream after every sentence. As nobody reads the file before it is
 // complete, what the stream gives away is collected, and written in blocks.

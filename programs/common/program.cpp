@@ -4,50 +4,43 @@
 // default belongs to another platform: the start hook replaces it, unless the command line did.
 // An abort closes the log for the rest of the run and parameters of one job stay for the next, so
 // each job opens the log again and ends with Kcleanup_parameters.
+//
+// The library knows groups of one to four names that do not begin with '-', of which the first
+// leads to the parameter files. It gets such names; the job gets those of the command line. A first
+// name without a three-character type, which can have no parameter file of its own, shares the one
+// called after the program (kalign.par) in its directory.
 #include "programs/common/program.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <optional>
 
 #include "programs/common/arguments.h"
+#include "programs/common/engine_parameters.h"
+#include "programs/common/output_file.h"
 
 namespace klib::programs {
 namespace {
 
 constexpr const char *default_directory = "c:\\kavro\\dfmt";
-constexpr int lib_directory = 1, parameter_base_name = 6, log_path_name = 19;
-constexpr int logging = 31;  // numeric parameter
+constexpr int parameter_base_name = 6;  // text parameter
 
-struct State {
-  const char *name = "";
-  bool failed = false;         // something was reported that makes the exit status 1
-  bool line_is_shown = false;  // a progress line stands on the terminal
-  std::chrono::steady_clock::time_point shown_at;
+// A run of a program.
+struct Run {
+  const char *program;
+  const Arguments &arguments;
+  size_t names_done = 0;
+  int jobs = 0;  // that were begun
 };
-constinit State state;
+constinit Run *run = nullptr;
 
-void clear_progress() {
-  if (state.line_is_shown) fputs("\r\033[K", stderr);
-  state.line_is_shown = false;
-}
-
-void print(const char *file, int64_t line, const char *format, va_list arguments) {
-  clear_progress();
-  if (line > 0)
-    fprintf(stderr, "%s:%lld: ", file, static_cast<long long>(line));
-  else
-    fprintf(stderr, "%s: ", file);
-  vfprintf(stderr, format, arguments);
-  fputc('\n', stderr);
-}
+char *&text_parameter(TextParameter name) { return skparm[static_cast<int>(name) - 1]; }
 
 // A standard stream that is closed must not become one of the files that are opened, or messages
 // would go into results; and a file that grows too large is an error to report like a full disk.
@@ -68,14 +61,56 @@ std::string share_directory_beside_program() {
   return program.substr(0, program.rfind('/')) + "/../share/klib";
 }
 
+void replace_text_parameter(TextParameter name, const std::string &value) {
+  char *copy = string_copy(value.c_str());
+  if (!copy) throw std::bad_alloc();
+  Kfree(text_parameter(name));
+  text_parameter(name) = copy;
+}
+
 void find_share_directory() {
-  char *&directory = skparm[lib_directory - 1];
-  if (strcmp(directory, default_directory) != 0) return;
+  if (strcmp(parameter(TextParameter::lib_directory), default_directory) != 0) return;
   std::string found = share_directory_beside_program();
   if (!Kprobe_file((found + "/" + skparm[parameter_base_name - 1]).c_str()))
     found = KLIB_SHARE_DIRECTORY;
-  Kfree(directory);
-  directory = string_copy(found.c_str());
+  replace_text_parameter(TextParameter::lib_directory, found);
+}
+
+// Whether the program cannot go on; nothing is thrown through the library.
+template <class Work>
+void guarded(const char *file, Work work) {
+  try {
+    work();
+  } catch (const Failed &) {  // told where it happened
+  } catch (const std::bad_alloc &) {
+    report(file, 0, "not enough memory");
+  }
+}
+
+void start() { guarded(run->program, find_share_directory); }
+
+// Parameter files can set what the command line would have refused.
+void check_parameters(const char *file) {
+  for (const EngineParameter &row : engine_parameters()) {
+    std::string value;
+    if (row.least != INT32_MIN) {
+      const NumberParameter name = strcmp(row.name, "KTI-START") == 0 ? NumberParameter::kti_start
+                                                                      : NumberParameter::kti_step;
+      value = std::to_string(parameter(name));
+      const std::string fault = check_value(row, value);
+      if (!fault.empty())
+        fail(file, 0, "%s in the parameter files: '%s' %s", row.name, value.c_str(), fault.c_str());
+    }
+  }
+  for (const TextParameter name : {TextParameter::language, TextParameter::target_language}) {
+    std::string value = parameter(name);
+    const EngineParameter *row =
+        find_parameter(name == TextParameter::language ? "LANGUAGE" : "TARGET-LANGUAGE");
+    const std::string given = value, fault = check_value(*row, value);
+    if (!fault.empty())
+      fail(file, 0, "%s in the parameter files: '%s' is no language", row->name, given.c_str());
+    replace_text_parameter(name, value);
+  }
 }
 
 void check_font_groups(const char *file) {
@@ -83,96 +118,135 @@ void check_font_groups(const char *file) {
     if (find_named_font_group(group) < 0)
       fail(file, 0,
            "font group \"%s\" is not declared by the parameter files: is LIB-DIRECTORY %s?", group,
-           skparm[lib_directory - 1]);
+           parameter(TextParameter::lib_directory));
 }
 
 // The library has no other place for reports than the log that it could not open.
 void check_log() {
-  const char *path = skparm[log_path_name - 1];
-  if (kparm[logging - 1] == 0 || path[0] == '\0') return;
+  const char *path = parameter(TextParameter::log_pathname);
+  if (parameter(NumberParameter::logging) == 0 || path[0] == '\0') return;
   const std::string name = with_type(path, "log");
   const std::unique_ptr<FILE, int (*)(FILE *)> log(fopen(name.c_str(), "ae"), fclose);
   if (!log) report(name.c_str(), 0, "cannot be written: %s", strerror(errno));
+}
+
+// One job, with the next names of the command line.
+void do_job() {
+  const Arguments &arguments = run->arguments;
+  const std::span<const char *const> all(arguments.names);
+  const bool takes_all = arguments.job->files == Job::any_files;
+  const std::span<const char *const> names = all.subspan(
+      run->names_done, takes_all ? all.size() : static_cast<size_t>(arguments.job->files));
+  run->names_done += names.size();
+  run->jobs++;
+  const char *file = takes_all ? run->program : names[0];
+  guarded(file, [&] {
+    check_log();
+    Kstart_logging_file(parameter(TextParameter::log_pathname));
+    check_parameters(file);
+    if (!takes_all) check_font_groups(file);
+    arguments.job->run(names);
+  });
+  clear_progress();
+  Kcleanup_parameters();
+}
+
+// A function of `count` names for the main loop.
+K_process_function process_function(size_t count) {
+  using One = void (*)(char *);
+  using Two = void (*)(char *, char *);
+  using Three = void (*)(char *, char *, char *);
+  using Four = void (*)(char *, char *, char *, char *);
+  const auto any = [](auto function) {
+    return reinterpret_cast<K_process_function>(reinterpret_cast<void (*)()>(function));
+  };
+  switch (count) {
+    case 1:
+      return any(One([](char *) { do_job(); }));
+    case 2:
+      return any(Two([](char *, char *) { do_job(); }));
+    case 3:
+      return any(Three([](char *, char *, char *) { do_job(); }));
+    default:
+      return any(Four([](char *, char *, char *, char *) { do_job(); }));
+  }
+}
+
+// The first name of a group as the library can take it.
+std::string name_for_parameter_files(const Program &program, const char *name) {
+  const std::string given(name);
+  if (has_type(given)) return given[0] == '-' ? std::string("./").append(given) : given;
+  const size_t slash = given.rfind('/');
+  return given.substr(0, slash == given.npos ? 0 : slash + 1) + program.name + ".par";
+}
+
+// Runs all jobs through the main loop; returns how many there should have been.
+int run_jobs(const Program &program, const Arguments &arguments) {
+  const bool takes_all = arguments.job->files == Job::any_files;
+  const size_t group = takes_all ? 1 : static_cast<size_t>(arguments.job->files);
+  std::vector<std::string> texts = {program.name};
+  texts.insert(texts.end(), arguments.parameters.begin(), arguments.parameters.end());
+  const size_t count = takes_all ? 1 : arguments.names.size();
+  for (size_t i = 0; i < count; i++) {
+    const char *name = i < arguments.names.size() ? arguments.names[i] : "";
+    texts.push_back(i % group == 0 ? name_for_parameter_files(program, name) : name);
+  }
+  std::vector<char *> argv;
+  for (std::string &text : texts) argv.push_back(text.data());
+  argv.push_back(nullptr);
+  Kmain_loop(static_cast<int32_t>(argv.size() - 1), argv.data(), program.name, nullptr,
+             static_cast<int32_t>(group), process_function(group), start, nullptr);
+  Kdestroy_kparm();
+  return static_cast<int>(count / group);
+}
+
+// Runs the program with its records written to the file of --report.
+void run_with_report(const Program &program, const Arguments &arguments) {
+  std::optional<OutputFile> file;
+  if (arguments.report && strcmp(arguments.report, "-") != 0) file.emplace(arguments.report);
+  if (arguments.report) tell_scripts(file ? file->stream() : stdout);
+  Run current{program.name, arguments};
+  run = &current;
+  const int jobs = run_jobs(program, arguments);
+  run = nullptr;
+  if (current.jobs < jobs) report(program.name, 0, "not enough memory");
+  tell_scripts(nullptr);
+  if (file) file->finish(), file->publish();
+  if (arguments.report && !file && (fflush(stdout) != 0 || ferror(stdout)))
+    report("standard output", 0, "cannot be written: %s", strerror(errno));
 }
 
 }  // namespace
 
 int run_program(const Program &program, int argc, char **argv) {
   prepare_process();
-  state = State{};
-  state.name = program.name;
-  const Arguments arguments = check_arguments(program, argc, argv);
-  if (arguments != Arguments::good) return arguments == Arguments::help ? 0 : 1;
-  Kmain_loop(argc, argv, program.name, nullptr, program.files, program.process,
-             reinterpret_cast<K_hook>(find_share_directory), nullptr);
-  Kdestroy_kparm();
+  start_telling(program.name, false);
+  Arguments arguments;
+  guarded(program.name, [&] {
+    arguments.outcome = Arguments::bad;
+    arguments = read_arguments(program, argc, argv);
+    if (arguments.outcome != Arguments::run) return;
+    start_telling(program.name, arguments.quiet);
+    run_with_report(program, arguments);
+  });
+  tell_scripts(nullptr);
   clear_progress();
-  return state.failed ? 1 : 0;
+  return arguments.outcome == Arguments::bad || something_failed() ? 1 : 0;
 }
 
-void run_job(const char *file, void (*work)(char **names), char **names) {
-  try {
-    check_log();
-    Kstart_logging_file(skparm[log_path_name - 1]);
-    check_font_groups(file);
-    work(names);
-  } catch (const Failed &) {  // reported where it happened
-  } catch (const std::bad_alloc &) {
-    report(file, 0, "not enough memory");
-  }
-  clear_progress();
-  Kcleanup_parameters();
-}
+const char *parameter(TextParameter name) { return text_parameter(name); }
 
-void note(const char *file, int64_t line, const char *format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  print(file, line, format, arguments);
-  va_end(arguments);
-}
+int32_t parameter(NumberParameter name) { return kparm[static_cast<int>(name) - 1]; }
 
-void report(const char *file, int64_t line, const char *format, ...) {
-  state.failed = true;
-  va_list arguments;
-  va_start(arguments, format);
-  print(file, line, format, arguments);
-  va_end(arguments);
-}
-
-void fail(const char *file, int64_t line, const char *format, ...) {
-  state.failed = true;
-  va_list arguments;
-  va_start(arguments, format);
-  print(file, line, format, arguments);
-  va_end(arguments);
-  throw Failed{};
+bool has_type(std::string_view name) {
+  name.remove_prefix(name.rfind('/') + 1);  // npos + 1 is 0
+  return name.size() >= 5 && name[name.size() - 4] == '.';
 }
 
 std::string with_type(const char *name, const char *type) {
-  const Text text(Knew_type(name, type, 0), Kfree);
-  if (!text) fail(name, 0, "the name must end in a dot and a three-character type");
-  return text.get();
-}
-
-std::string readable(std::string_view bytes) {
-  constexpr const char *digits = "0123456789ABCDEF";
-  std::string text;
-  for (const char c : bytes) {
-    if (c >= ' ' && c <= '~')
-      text += c;
-    else
-      text += {'{', digits[(c >> 4) & 0xF], digits[c & 0xF], '}'};
-  }
-  return text;
-}
-
-void show_progress(int64_t sentences) {
-  if (sentences % 256 != 0 || !isatty(STDERR_FILENO)) return;
-  const auto now = std::chrono::steady_clock::now();
-  if (now - state.shown_at < std::chrono::milliseconds(200)) return;
-  state.shown_at = now;
-  state.line_is_shown = true;
-  fprintf(stderr, "\r%s: %lld sentences", state.name, static_cast<long long>(sentences));
+  std::string other(name);
+  if (!has_type(other)) fail(name, 0, "the name must end in a dot and a three-character type");
+  return other.replace(other.size() - 3, 3, type);
 }
 
 }  // namespace klib::programs

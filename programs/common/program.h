@@ -1,60 +1,112 @@
-// What the four programs share: arguments checked before the main loop, one job after the other
-// inside it, reports on standard error, the exit status.
+// How a program is declared and run. A program is a table:
+//
+//     bool train;
+//     const char *model;
+//     constexpr Option options[] = {
+//         {"train", nullptr, &train, "learn from the files"},
+//         {"model", "FILE", &model, "what has been learned"},
+//     };
+//     void align(const char *source, const char *target) { ... }
+//     constinit const Program kalign = {
+//         .name = "kalign", .files = "SOURCE TARGET ...", .purpose = "Aligns ...\n",
+//         .options = options, .job = job<align, 2>};
+//
+// and its main() is main.cpp. The frame reads the command line, prints --help and --version, runs
+// one job after the other, reports what goes wrong, and returns the exit status.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
 
 #include "klib.h"
 #include "programs/common/codes.h"
+#include "programs/common/printable.h"
+#include "programs/common/tell.h"
 
 namespace klib::programs {
 
+// The work of a program on one group of file names.
+struct Job {
+  static constexpr int32_t any_files = -1;
+  int32_t files;  // of a group: 1 to 4, or any_files
+  void (*run)(std::span<const char *const> names);
+};
+
+// job<extract, 2>: extract(const char *, const char *) is called for every two names on the command
+// line. job<train, Job::any_files>: train(std::span<const char *const>) is called once with all
+// names, which may be none and need no three-character type.
+template <auto work, int32_t files>
+inline constexpr Job job = {files, [](std::span<const char *const> names) {
+                              if constexpr (files == Job::any_files)
+                                work(names);
+                              else
+                                [names]<size_t... i>(std::index_sequence<i...>) {
+                                  work(names[i]...);
+                                }
+                              (std::make_index_sequence<files>{});
+                            }};
+
+// A whole number with its default and its limits, which the frame checks.
+struct NumberOption {
+  int64_t *value;
+  int64_t otherwise, least, most;
+};
+
+// An option of a program alone: --NAME, --NAME=VALUE or --NAME VALUE. Every place is reset when a
+// program starts: to false, null, nothing, or the default.
+struct Option {
+  const char *name;   // without the dashes
+  const char *value;  // as --help calls it; null: it takes none; "[KIND]": --NAME or --NAME=KIND
+  std::variant<bool *, const char **, NumberOption, std::vector<const char *> *> place;
+  const char *help;          // lines without the line feed at the end
+  const Job *job = nullptr;  // what the program does instead of its usual job, if any
+};
+
+// A parameter of the engine that matters to the program: -NAME VALUE.
+struct Parameter {
+  const char *name, *value, *help;
+};
+
 struct Program {
   const char *name;
-  const char *usage;  // what -h prints, complete
-  int32_t files;      // file names of one job
-  K_process_function process;
+  const char *files;    // for --help: the file names, a line for each form of use
+  const char *purpose;  // for --help: some lines, with the line feed at the end
+  std::span<const Parameter> parameters = {};  // those that --help explains
+  std::span<const Option> options = {};
+  Job job = {};
 };
 
 // Each is run by a main() of its own (main.cpp).
 extern const Program kextract, kcarry, kmerge, kshow;
 
-// Thrown by fail() and caught by run_job(): the job is over.
-struct Failed {};
-
-// Runs the program through Kmain_loop and gives its exit status: 0 when everything went well. A
-// process may run programs one after the other.
+// Runs the program and returns its exit status: 0 when everything went well. A process may run
+// programs one after the other.
 int run_program(const Program &program, int argc, char **argv);
 
-// The value for Program::process: the main loop calls it with `files` names.
-template <typename... Names>
-K_process_function process_function(void (*process)(Names...)) {
-  return reinterpret_cast<K_process_function>(reinterpret_cast<void (*)()>(process));
-}
-
-// One job: opens the log again, makes sure that the font groups are declared, runs `work` and
-// cleans the parameters up, whatever happened.
-void run_job(const char *file, void (*work)(char **names), char **names);
-
-// "FILE:LINE: message" on standard error; line 0 leaves the line out. report() and fail() make the
-// exit status 1, and fail() ends the job; note() only tells.
-void note(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3, 4);
-void report(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3, 4);
-[[noreturn]] void fail(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3, 4);
+// The value of a text parameter of the engine in this job, and of a number.
+enum class TextParameter {
+  lib_directory = 1,
+  language = 2,
+  target_language = 5,
+  log_pathname = 19
+};
+enum class NumberParameter { kti_width = 1, kti_start = 16, kti_step = 17, logging = 31 };
+const char *parameter(TextParameter name);
+int32_t parameter(NumberParameter name);
 
 // A text that the library has handed out.
 using Text = std::unique_ptr<char, void (*)(void *)>;
 
+// Whether the name ends in a dot and a three-character type.
+bool has_type(std::string_view name);
+
 // The name with another three-character type in the place of its own; fail() when it has none.
 std::string with_type(const char *name, const char *type);
-
-// Bytes for people: printing ASCII as it is, others as {9D}.
-std::string readable(std::string_view bytes);
-
-// Shows on a terminal's standard error how far the job is; call it as often as you like.
-void show_progress(int64_t sentences);
 
 }  // namespace klib::programs

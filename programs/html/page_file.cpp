@@ -4,10 +4,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 
+#include "programs/common/input_file.h"
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
 #include "programs/html/conversion.h"
@@ -23,8 +22,7 @@ int64_t line_of(std::string_view text, size_t position) {
 }
 
 std::string read_file(const char *name) {
-  const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(name, "rbe"), fclose);
-  if (!file) fail(name, 0, "cannot be read: %s", strerror(errno));
+  const InputFile file = open_input(name);
   std::string bytes;
   char part[1 << 16];
   size_t count;
@@ -32,7 +30,7 @@ std::string read_file(const char *name) {
     bytes.append(part, count);
     if (bytes.size() > INT32_MAX) fail(name, 0, "is too large: 2 GiB is the limit");
   }
-  if (ferror(file.get())) fail(name, 0, "cannot be read: %s", strerror(errno));
+  if (ferror(file.get())) fail_reading(name);
   return bytes;
 }
 
@@ -131,8 +129,9 @@ bool convert(const std::string &bytes, const Encoding &encoding, Page &page, std
 
 }  // namespace
 
-Page read_page(const char *name, const std::string &undeclared) {
-  const std::string bytes = read_file(name);
+Page read_page(const char *given_name, const std::string &undeclared) {
+  const std::string bytes = read_file(given_name);
+  const char *name = input_name(given_name);
   Page page;
   std::string fault;
   int64_t line = 0;

@@ -229,8 +229,10 @@ TEST_F(Carry, OtherCodePagesAndTheDefaultAlignment) {
   write("job.kti", coded("{90}3 {CC}{E8}{F0} [1]{9D}00E9{91}\n"));
   write("t.txt", "\xCE\x95 \xC2\xAA\n");  // a Greek capital, and a letter that Greek has not
   write("a.txt", "");
-  EXPECT_EQ(
-      run("kcarry", "-LANGUAGE RUSSIAN -TARGET-LANGUAGE GREEK job.kti t.txt - out.kti").status, 0);
+  EXPECT_EQ(run("kcarry",
+                "--align=identity -LANGUAGE RUSSIAN -TARGET-LANGUAGE GREEK job.kti t.txt out.kti")
+                .status,
+            0);
   EXPECT_EQ(shown(read("out.kti")), shown(coded("{90}3 {C5} {9D}00AA{91}\n")));
 }
 
@@ -241,7 +243,7 @@ TEST_F(Carry, WritesItsFileWholeAndNothingElseIntoIt) {
   EXPECT_EQ(outcome.errors, "out.kti: could not be written: File too large\n");
   EXPECT_EQ(read("out.kti") + files(), all + "a.txt job.kti out.kti t.txt");
   write("t.txt", "\n\n");  // reported, where there is a standard error
-  run("kcarry", "job.kti t.txt - out.kti <&- >&- 2>&-; true");
+  run("kcarry", "--align=identity job.kti t.txt out.kti <&- >&- 2>&-; true");
   EXPECT_EQ(shown(read("out.kti")), shown(coded("{90}0 {91}\n{90}611 {91}\n")));
 }
 

@@ -121,30 +121,6 @@ TEST_F(Merge, WritesTheEncodingOfThePage) {
 }
 
 // Checked alike in every program.
-TEST_F(Merge, Arguments) {
-  static const struct {
-    const char *arguments;
-    int status;
-    const char *message;
-  } rows[] = {
-      {"--help", 0, ""},
-      {"-LANGUAGE -h -h", 0, ""},
-      {"", 1, "kmerge: no file names\n"},
-      {"a.kti b.anc", 1, "kmerge: 2 file names, but each job takes 3\n"},
-      {"-NOSUCH 1 a.kti b.anc c", 1, "kmerge: unknown parameter: -NOSUCH\n"},
-      {"-LANGUAGE=ENGLISH a.kti b.anc c", 1, "kmerge: unknown parameter: -LANGUAGE=ENGLISH\n"},
-      {"-LANGUAGE", 1, "kmerge: a value is missing behind -LANGUAGE\n"},
-      {"a b.anc c", 1, "kmerge: the name must end in a dot and a three-character type: a\n"},
-      {"a.kti b.anc c", 1, "a.kti: cannot be read: No such file or directory\n"},
-  };
-  for (const auto &row : rows) {
-    const Outcome outcome = run("kmerge", row.arguments);
-    EXPECT_EQ(outcome.errors.substr(0, outcome.errors.find("Try ")), row.message) << row.arguments;
-    EXPECT_EQ(outcome.status, row.status) << row.arguments;
-    EXPECT_EQ(outcome.output.starts_with("Usage: kmerge "), row.status == 0) << row.arguments;
-  }
-}
-
 TEST_F(Merge, OutputThroughLinksAndPipes) {
   merge("<p>a", "{94}1{95}{90}0 A{91}");
   std::filesystem::create_symlink("result.html", directory_ + "/link.html");

@@ -61,8 +61,8 @@ std::string Workplace::read(const std::string &name) const {
 
 Outcome Workplace::run(const std::string &program, const std::string &arguments,
                        const std::string &before) const {
-  const std::string command = "cd " + directory_ + " && " + before + PROGRAMS "/" + program + " " +
-                              arguments + " >.output 2>.errors </dev/null";
+  const std::string command = "cd " + directory_ + " && exec </dev/null; " + before + PROGRAMS "/" +
+                              program + " " + arguments + " >.output 2>.errors";
   const int status = std::system(command.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(".errors"), read(".output")};
 }
