@@ -24,7 +24,7 @@ struct Directory {
 };
 
 std::string text_with(const char *code) {
-  engine.seed(1);
+  start_random(1);
   std::string text;
   text.reserve(text_size + 100);
   size_t next_code = 40, next_line = 100;
@@ -50,6 +50,8 @@ std::string code(int32_t k) {
 }
 
 }  // namespace
+
+void start_random(uint32_t seed) { engine.seed(seed); }
 
 uint32_t next_random(uint32_t end) { return static_cast<uint32_t>(engine() % end); }
 
@@ -99,11 +101,32 @@ Sentence make_sentence(int32_t words, int32_t codes, Alignment kind) {
 }
 
 std::vector<std::string> plain_sentences(size_t count, int32_t words) {
-  engine.seed(2);
+  start_random(2);
   std::vector<std::string> sentences(count);
   for (std::string &sentence : sentences)
     for (int32_t i = 0; i < words; i++) sentence += (i > 0 ? " " : "") + random_word();
   return sentences;
+}
+
+std::string make_page(size_t paragraphs) {
+  start_random(6);
+  std::string page =
+      "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>A page</title></head>\n<body>\n";
+  for (size_t i = 0; i < paragraphs; i++) {
+    page += "<p class=\"text\">";
+    for (int word = 0; word < 40; word++) {
+      const std::string text = random_word();
+      page += word % 10 == 0 && word != 0 ? ". The " : word == 0 ? "" : " ";
+      if (word % 10 == 4)
+        page += "<b>" + text + "</b>";
+      else if (word % 20 == 7)
+        page += "<a href=\"https://example.org/" + text + "\">" + text + "</a>";
+      else
+        page += text;
+    }
+    page += ".</p>\n";
+  }
+  return page + "</body></html>\n";
 }
 
 std::string temporary_file(const std::string &name) {

@@ -9,7 +9,10 @@ namespace klib::bench {
 
 inline constexpr size_t text_size = 50'000'000;
 
-// A number from 0 up to, not including, `end`; the same sequence in every run.
+// Every generator starts the random numbers anew, for the benchmarks run in any order.
+void start_random(uint32_t seed);
+
+// A number from 0 up to, not including, `end`.
 uint32_t next_random(uint32_t end);
 
 std::string random_word();
@@ -29,6 +32,9 @@ enum class Alignment { one_to_one, reordered, many_to_many };
 Sentence make_sentence(int32_t words, int32_t codes, Alignment kind);
 
 std::vector<std::string> plain_sentences(size_t count, int32_t words);
+
+// A page of so many paragraphs of 40 words with links and bold words.
+std::string make_page(size_t paragraphs);
 
 // A file below the system's temporary directory with this content, removed at the end of the run.
 std::string make_file(const std::string &name, const std::string &content);

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -21,6 +23,7 @@ constexpr size_t word_count = 1'000'000;
 const std::string &list_file() {
   static const std::string path = [] {
     std::string content;
+    start_random(7);
     for (size_t i = 0; i < word_count; i++) content += random_word() + random_word() + '\n';
     return make_file("list", content);
   }();
@@ -47,6 +50,18 @@ void std_sort(benchmark::State &state) {
   }
   Kdestroy_list();
 }
+// Pointers sorted as the runtime library does it, by a comparison of bytes.
+int compare_lines(const void *a, const void *b) {
+  return std::strcmp(*static_cast<char *const *>(a), *static_cast<char *const *>(b));
+}
+void qsort_sort(benchmark::State &state) {
+  for (auto _ : state) {
+    Klist_in(list_file().c_str());
+    std::qsort(l_array, static_cast<size_t>(l_length), sizeof *l_array, compare_lines);
+    Kdestroy_list();
+  }
+}
+BENCHMARK(qsort_sort)->Name("load and sort a list/qsort")->Unit(benchmark::kMillisecond);
 BENCHMARK(klib_sort)->Name("load and sort a list/klib")->Unit(benchmark::kMillisecond);
 BENCHMARK(std_sort)->Name("load and sort a list/std::sort")->Unit(benchmark::kMillisecond);
 
@@ -54,6 +69,7 @@ template <class Search>
 void search_list(benchmark::State &state, Search search) {
   Klist_in(list_file().c_str());
   Ksort_list();
+  start_random(8);
   std::vector<std::string> words;
   for (size_t i = 0; i < 100'000; i++)
     words.push_back(i % 2 == 0 ? l_array[next_random(word_count)] : random_word());
@@ -64,6 +80,12 @@ void search_list(benchmark::State &state, Search search) {
 void klib_search(benchmark::State &state) {
   search_list(state, [](const char *word) { return Klist_search(word); });
 }
+void bsearch_search(benchmark::State &state) {
+  search_list(state, [](const char *word) {
+    return std::bsearch(&word, l_array, static_cast<size_t>(l_length), sizeof *l_array,
+                        compare_lines);
+  });
+}
 void std_search(benchmark::State &state) {
   search_list(state, [](const char *word) {
     char **end = l_array + l_length;
@@ -72,7 +94,29 @@ void std_search(benchmark::State &state) {
   });
 }
 BENCHMARK(klib_search)->Name("search a list/klib");
+BENCHMARK(bsearch_search)->Name("search a list/bsearch");
 BENCHMARK(std_search)->Name("search a list/std::lower_bound");
+
+template <class Dump>
+void dump_list(benchmark::State &state, Dump dump) {
+  const std::string path = temporary_file("dumped");
+  Klist_in(list_file().c_str());
+  for (auto _ : state) dump(path.c_str());
+  Kdestroy_list();
+}
+void klib_dump(benchmark::State &state) { dump_list(state, Kdump_list); }
+void fputs_dump(benchmark::State &state) {
+  dump_list(state, [](const char *path) {
+    FILE *stream = std::fopen(path, "w");
+    for (int32_t i = 0; i < l_length; i++) {
+      std::fputs(l_array[i], stream);
+      std::fputc('\n', stream);
+    }
+    std::fclose(stream);
+  });
+}
+BENCHMARK(klib_dump)->Name("dump a list/klib")->Unit(benchmark::kMillisecond);
+BENCHMARK(fputs_dump)->Name("dump a list/fputs")->Unit(benchmark::kMillisecond);
 
 const std::string &text_file() {
   static const std::string path = make_file("lines", coded_text());

@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "bench/allocations.h"
 #include "bench/inputs.h"
 #include "klib.h"
 

@@ -1,4 +1,5 @@
-// The parser on 50 MB of text with a font code every 40 bytes or so.
+// The parser on 50 MB of text with a font code every 40 bytes or so, with the kinds of tokens that
+// programs ask for, beside expat and a scanner by flex, and beside bounds.
 
 #include <benchmark/benchmark.h>
 
@@ -9,6 +10,15 @@
 #include "klib.h"
 #if HAVE_expat
 #include <expat.h>
+#endif
+#if HAVE_flex
+extern "C" {
+int codes_lex();
+extern char *codes_text;
+struct yy_buffer_state;
+yy_buffer_state *codes__scan_buffer(char *base, size_t size);
+void codes__delete_buffer(yy_buffer_state *buffer);
+}
 #endif
 
 namespace klib::bench {
@@ -39,7 +49,20 @@ void klib_positions(benchmark::State &state) {
   for (auto _ : state) benchmark::DoNotOptimize(parse_all(nullptr, P_FONT | P_COUNT));
   count_bytes(state);
 }
+void klib_five_kinds(benchmark::State &state) {
+  for (auto _ : state)
+    benchmark::DoNotOptimize(
+        parse_all(nullptr, P_ANCHOR | P_CODE_1E | P_FONT | P_MARK_1D | P_ALIEN));
+  count_bytes(state);
+}
+void klib_words(benchmark::State &state) {
+  for (auto _ : state)
+    benchmark::DoNotOptimize(parse_all(nullptr, P_ANCHOR | P_CODE_1E | P_FONT | P_WHITE));
+  count_bytes(state);
+}
 BENCHMARK(klib_string)->Name("parse a string/klib")->Unit(benchmark::kMillisecond);
+BENCHMARK(klib_five_kinds)->Name("parse, five kinds (1A5)/klib")->Unit(benchmark::kMillisecond);
+BENCHMARK(klib_words)->Name("parse, words (225)/klib")->Unit(benchmark::kMillisecond);
 BENCHMARK(klib_positions)->Name("parse with positions/klib")->Unit(benchmark::kMillisecond);
 
 // Looks each byte up, stores it, and starts anew at each byte that the table stops at.
@@ -75,6 +98,50 @@ void bound_string(benchmark::State &state) {
 BENCHMARK(bound_string)->Name("parse a string/scan and copy")->Unit(benchmark::kMillisecond);
 BENCHMARK(bound_string)->Name("parse with positions/scan and copy")->Unit(benchmark::kMillisecond);
 
+BENCHMARK(bound_string)
+    ->Name("parse, five kinds (1A5)/scan and copy")
+    ->Unit(benchmark::kMillisecond);
+
+// The same with words, white space and codes as tokens.
+enum Class : uint8_t { text, white, opening, closing, end };
+
+size_t scan_words() {
+  static const std::array<Class, 256> classes = [] {
+    std::array<Class, 256> table{};
+    table[' '] = table['\n'] = white;
+    table[0x98] = opening;
+    table[0x99] = closing;
+    table[0] = end;
+    return table;
+  }();
+  static char token[1 << 16];
+  size_t tokens = 0;
+  const char *at = coded_text().c_str();
+  const auto class_at = [&] { return classes[static_cast<unsigned char>(*at)]; };
+  for (Class first = class_at(); first != end; first = class_at()) {
+    size_t size = 0;
+    if (first == opening) {
+      do token[size++] = *at++;
+      while (class_at() != closing && class_at() != end);
+      if (class_at() == closing) token[size++] = *at++;
+    } else {
+      do token[size++] = *at++;
+      while (class_at() == first);
+    }
+    token[size] = '\0';
+    benchmark::DoNotOptimize(token);
+    benchmark::ClobberMemory();
+    tokens++;
+  }
+  return tokens;
+}
+
+void bound_words(benchmark::State &state) {
+  for (auto _ : state) benchmark::DoNotOptimize(scan_words());
+  count_bytes(state);
+}
+BENCHMARK(bound_words)->Name("parse, words (225)/scan and copy")->Unit(benchmark::kMillisecond);
+
 FILE *text_stream() {
   static FILE *stream = std::fopen(make_file("text", coded_text()).c_str(), "r");
   std::rewind(stream);
@@ -94,6 +161,26 @@ void bound_stream(benchmark::State &state) {
 }
 BENCHMARK(klib_stream)->Name("parse a stream/klib")->Unit(benchmark::kMillisecond);
 BENCHMARK(bound_stream)->Name("parse a stream/getc loop")->Unit(benchmark::kMillisecond);
+
+#if HAVE_flex
+
+void flex_parse(benchmark::State &state) {
+  static std::string text = coded_text() + '\0';  // flex wants two NULs at the end
+  for (auto _ : state) {
+    yy_buffer_state *buffer = codes__scan_buffer(text.data(), text.size() + 1);
+    size_t tokens = 0;
+    while (codes_lex() != 0) {
+      benchmark::DoNotOptimize(codes_text[0]);
+      tokens++;
+    }
+    benchmark::DoNotOptimize(tokens);
+    codes__delete_buffer(buffer);
+  }
+  count_bytes(state);
+}
+BENCHMARK(flex_parse)->Name("parse a string/flex")->Unit(benchmark::kMillisecond);
+
+#endif
 
 #if HAVE_expat
 

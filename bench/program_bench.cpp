@@ -18,7 +18,9 @@ void run(benchmark::State &state, const char *program) {
       state.SkipWithError("the program did not run");
   }
 }
-BENCHMARK_CAPTURE(run, frame, FRAME_PROGRAM)->Name("start and end a program/klib");
-BENCHMARK_CAPTURE(run, empty, EMPTY_PROGRAM)->Name("start and end a program/empty program");
+BENCHMARK_CAPTURE(run, frame, FRAME_PROGRAM)->Name("start and end a program/klib")->UseRealTime();
+BENCHMARK_CAPTURE(run, empty, EMPTY_PROGRAM)
+    ->Name("start and end a program/empty program")
+    ->UseRealTime();
 
 }  // namespace

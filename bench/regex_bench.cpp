@@ -1,32 +1,37 @@
-// Expressions: ten kinds of them over sentences of 20 words, hostile ones over 100,000 bytes.
+// Expressions on sentences: ten of each of ten kinds over a thousand sentences of 20 words, beside
+// PCRE2, which compiles them once for its machine code or, as klib does, for every text.
 
 #include <benchmark/benchmark.h>
 
+#include "bench/allocations.h"
 #include "bench/inputs.h"
 #include "klib.h"
 #if HAVE_libpcre2_8
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 #endif
-#if HAVE_re2
-#include <re2/re2.h>
-#endif
 
 namespace klib::bench {
 
 namespace {
 
-constexpr size_t sentence_count = 1000;
-constexpr int expressions_per_kind = 10;
+constexpr size_t sentence_count = 1000, expressions_per_kind = 10;
 
 struct Expression {
   std::string own, pcre;
 };
 
-// Ten expressions of each kind, the same in both dialects.
+constexpr const char *kinds[] = {
+    "word",    "^word",    "a.b$",       "a[set]b",    "[^set]ab",
+    "a.*word", "a[a-m]*b", "\\<word\\>", "[set]{4,6}", "(ab*)\\1",
+};
+constexpr size_t kind_count = std::size(kinds);
+
+// An expression of each kind in turn, the same in both dialects.
 std::vector<Expression> make_expressions() {
+  start_random(3);
   std::vector<Expression> result;
-  for (int i = 0; i < expressions_per_kind; i++) {
+  for (size_t i = 0; i < expressions_per_kind; i++) {
     const std::string a = random_word(), b = random_word();
     const std::string c(1, a[0]), d(1, b[0]);
     result.insert(result.end(), {
@@ -54,24 +59,25 @@ const std::vector<std::string> &sentences() {
   return made;
 }
 
+// Every expression of a kind, or of all kinds, on every sentence.
 template <class Matches>
-void search_all(benchmark::State &state, Matches matches) {
+void search_all(benchmark::State &state, size_t kind, Matches matches) {
+  const size_t first = kind < kind_count ? kind : 0, step = kind < kind_count ? kind_count : 1;
+  const size_t searches = expressions().size() / step * sentences().size();
   int64_t found = 0;
-  for (auto _ : state) {
-    found = 0;
-    for (size_t i = 0; i < expressions().size(); i++)
+  const CountedCalls counted(state, searches);
+  for (auto _ : state)
+    for (size_t i = first; i < expressions().size(); i += step)
       for (const std::string &sentence : sentences()) found += matches(i, sentence) ? 1 : 0;
-  }
-  state.counters["found"] = static_cast<double>(found);
+  benchmark::DoNotOptimize(found);
 }
 
-void klib_search(benchmark::State &state) {
-  search_all(state, [](size_t i, const std::string &sentence) {
+void klib_search(benchmark::State &state, size_t kind) {
+  search_all(state, kind, [](size_t i, const std::string &sentence) {
     char *expression = const_cast<char *>(expressions()[i].own.c_str());
     return regex_search(sentence.c_str(), 1, &expression) == 0;
   });
 }
-BENCHMARK(klib_search)->Name("search expressions/klib")->Unit(benchmark::kMillisecond);
 
 #if HAVE_libpcre2_8
 
@@ -82,84 +88,53 @@ pcre2_code *compile(const std::string &expression) {
                        &error, &offset, nullptr);
 }
 
-bool match(const pcre2_code *code, const std::string &text, pcre2_match_data *data) {
-  return pcre2_match(code, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0, 0, data,
-                     nullptr) > 0;
-}
-
-void pcre_compiling(benchmark::State &state) {
+void pcre_compiling(benchmark::State &state, size_t kind) {
   pcre2_match_data *data = pcre2_match_data_create(10, nullptr);
-  search_all(state, [&](size_t i, const std::string &sentence) {
+  search_all(state, kind, [&](size_t i, const std::string &sentence) {
     pcre2_code *code = compile(expressions()[i].pcre);
-    const bool found = match(code, sentence, data);
+    const bool found = pcre2_match(code, reinterpret_cast<PCRE2_SPTR>(sentence.data()),
+                                   sentence.size(), 0, 0, data, nullptr) > 0;
     pcre2_code_free(code);
     return found;
   });
   pcre2_match_data_free(data);
 }
-void pcre_jit(benchmark::State &state) {
+
+void pcre_jit(benchmark::State &state, size_t kind) {
+  static const std::vector<pcre2_code *> codes = [] {
+    std::vector<pcre2_code *> made;
+    for (const Expression &expression : expressions()) {
+      made.push_back(compile(expression.pcre));
+      pcre2_jit_compile(made.back(), PCRE2_JIT_COMPLETE);
+    }
+    return made;
+  }();
   pcre2_match_data *data = pcre2_match_data_create(10, nullptr);
-  std::vector<pcre2_code *> codes;
-  for (const Expression &expression : expressions()) {
-    codes.push_back(compile(expression.pcre));
-    pcre2_jit_compile(codes.back(), PCRE2_JIT_COMPLETE);
-  }
-  search_all(state, [&](size_t i, const std::string &sentence) {
-    return match(codes[i], sentence, data);
+  search_all(state, kind, [&](size_t i, const std::string &sentence) {
+    return pcre2_jit_match(codes[i], reinterpret_cast<PCRE2_SPTR>(sentence.data()), sentence.size(),
+                           0, 0, data, nullptr) > 0;
   });
-  for (pcre2_code *code : codes) pcre2_code_free(code);
   pcre2_match_data_free(data);
 }
-BENCHMARK(pcre_compiling)
-    ->Name("search expressions/PCRE2 compiling")
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(pcre_jit)
-    ->Name("search expressions/PCRE2-JIT compiled once")
-    ->Unit(benchmark::kMillisecond);
 
 #endif
 
-// A time to be held stands beside klib as a benchmark that takes just that long.
-void fixed_time(benchmark::State &state, double seconds) {
-  for (auto _ : state) state.SetIterationTime(seconds);
-}
-
-// An expression that a backtracking matcher never finishes, on 100,000 bytes.
-void hostile(benchmark::State &state, const char *expression) {
-  static const std::string text(100'000, 'x');
-  std::string own = expression;
-  char *list = own.data();
-  for (auto _ : state) benchmark::DoNotOptimize(regex_search(text.c_str(), 1, &list));
-}
-#if HAVE_re2
-void hostile_to_re2(benchmark::State &state, std::string expression) {
-  static const std::string text(100'000, 'x');
-  std::erase(expression, '\\');  // of the intervals
-  const RE2 compiled(expression, RE2::Latin1);
-  for (auto _ : state) benchmark::DoNotOptimize(RE2::PartialMatch(text, compiled));
-}
-#define HOSTILE_TO_RE2(name, expression) \
-  BENCHMARK_CAPTURE(hostile_to_re2, name, expression)->Name("hostile, " #name "/RE2 compiled once")
-#else
-#define HOSTILE_TO_RE2(name, expression) static_assert(true)
+const bool registered = [] {
+  for (size_t kind = 0; kind <= kind_count; kind++) {
+    const std::string path =
+        std::string("expressions, ") + (kind < kind_count ? kinds[kind] : "all kinds");
+    const auto add = [&](const char *who, void (*run)(benchmark::State &, size_t)) {
+      benchmark::RegisterBenchmark((path + "/" + who).c_str(), run, kind)
+          ->Unit(benchmark::kMillisecond);
+    };
+    add("klib", klib_search);
+#if HAVE_libpcre2_8
+    add("PCRE2 compiling", pcre_compiling);
+    add("PCRE2-JIT compiled once", pcre_jit);
 #endif
-void one_back_reference(benchmark::State &state) {
-  static const std::string text(1000, 'x');
-  char expression[] = "\\(x*\\)x*\\1y";
-  char *list = expression;
-  for (auto _ : state) benchmark::DoNotOptimize(regex_search(text.c_str(), 1, &list));
-}
-#define HOSTILE(name, expression)                                                \
-  BENCHMARK_CAPTURE(hostile, name, expression)->Name("hostile, " #name "/klib"); \
-  HOSTILE_TO_RE2(name, expression);                                              \
-  BENCHMARK_CAPTURE(fixed_time, name, 0.010)->Name("hostile, " #name "/10 ms")->UseManualTime()
-HOSTILE(stars, "x*x*x*x*x*x*x*x*y");
-HOSTILE(any, ".*.*.*.*=");
-HOSTILE(intervals, "x\\{0,255\\}x\\{0,255\\}x\\{0,255\\}x\\{0,255\\}x\\{0,255\\}y");
-HOSTILE(mixed, "x\\{0,255\\}.\\{0,255\\}[xy]\\{0,255\\}x\\{10,\\}.\\{3,200\\}y");
-HOSTILE(sets, "[^a]*[^b]*[^c]*[^d]*[^e]*$=");
-BENCHMARK(one_back_reference)->Name("one back-reference/klib");
-BENCHMARK_CAPTURE(fixed_time, hundred, 0.100)->Name("one back-reference/100 ms")->UseManualTime();
+  }
+  return true;
+}();
 
 }  // namespace
 
