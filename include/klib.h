@@ -5,26 +5,28 @@
       0x1F are the engine's own codes; see "Format-code parser".
    2. A "new" text, array or block belongs to the caller, who releases it with Kfree.
    3. Arguments are not null unless an entry says so.
-   4. A failure is reported in the log, in a message of the library's own words; the operation then
-      returns null, -1 or a short count as its entry says. Failures that cannot be tolerated abort
-      the program first, in the sense of Kabort_prog: the log is closed and control returns.
-      Exhausted memory is such a failure of every operation that allocates: message
-      "NO MORE MEMORY!\n", abort, and the operation's failure result; nothing is lost or half-done
-      that another operation could trip over.
-   5. Sizes and counts are 32-bit. Files and texts of 2 GiB or more are a reported failure.
+   4. A failure is reported in the log; the operation then returns null, -1 or a short count, as its
+      entry says. Failures that cannot be tolerated abort the program first, in the sense of
+      Kabort_prog: the log is closed and control returns. Exhausted memory is such a failure of
+      every operation that allocates: message "NO MORE MEMORY!\n", abort, and the operation's
+      failure result. The state stays usable: the same operation works once there is memory.
+   5. Sizes and counts are 32-bit. A file or a result of 2 GiB or more fails as its entry says;
+   where an entry says nothing, as exhausted memory does.
    6. All state is process-wide and used from one thread. No operation may run inside another that
       uses the same numbered array, stack or counter.
-   7. Nothing is written to the standard streams and no environment variable is read. */
+   7. Operations write only to the log and to the files and streams that they are given. The library
+      reads no environment variable itself; the C runtime reads TZ for the local time in the log. */
 #ifndef KLIB_H
 #define KLIB_H
 #include <stdint.h>
 #include <stdio.h>
 
 #if defined(_WIN32)
-#define KLIB_API __declspec(dllexport)
-#else
-#define KLIB_API __attribute__((visibility("default")))
+#error \
+    "klib supports POSIX systems with ELF shared libraries, such as Linux; Windows is not supported"
 #endif
+
+#define KLIB_API __attribute__((visibility("default")))
 
 /* printf rules, checked by compilers that can: the format is argument `text`, the first value is
    argument `first`. */
@@ -34,8 +36,15 @@
 #define KLIB_PRINTF(text, first)
 #endif
 
-/* Any arguments. */
-#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L)
+/* Any arguments: (...), which C has from C23 on; before that an empty list. The drafts of C23 are
+   told apart by the first release of each compiler that takes (...) with them. */
+#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
+#define K_ANY ...
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L && defined(__clang__) && \
+    __clang_major__ >= 15
+#define K_ANY ...
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L && !defined(__clang__) && \
+    defined(__GNUC__) && __GNUC__ >= 13
 #define K_ANY ...
 #else
 #define K_ANY
@@ -60,15 +69,16 @@ extern "C" {
    Messages go to the log and nowhere else; without an open log they are dropped. */
 
 /* A block of `size` bytes, or null. Size 0 is reported as "Internal error. Allocating 0 bytes of
-   memory.\n" and gives null without an abort. */
+   memory.\n"; the result is null, without an abort. */
 KLIB_API void *Kmalloc(uint32_t size);
 
 /* A zeroed block for `elements` items of `size` bytes, or null. A product beyond 32 bits is a
-   failed allocation; a product of 0 gives a block or null, without a report. */
+   failed allocation; for a product of 0 the result is a block or null, without a report. */
 KLIB_API void *Kcalloc(uint32_t elements, uint32_t size);
 
-/* The block moved to one of `size` bytes, or null, when it stays as it was. A null pointer asks for
-   a new block. Size 0 releases the block, is reported as exhausted memory and gives null. */
+/* The block, moved to one of `size` bytes. Null when memory is exhausted; the block then stays as
+   it was. A null pointer asks for a new block. Size 0 releases the block, is reported as exhausted
+   memory and returns null. */
 KLIB_API void *Krealloc(void *pointer, uint32_t size);
 
 /* Releases a block; null is ignored. */
@@ -87,15 +97,16 @@ KLIB_API void Kmessage(int32_t set, int32_t number, const char *format, ...) KLI
 /* The catalogue's text for a message: always `text` itself, which may be null. */
 KLIB_API const char *Msg(int32_t set, int32_t number, const char *text);
 
-/* These stand where a message catalogue would be opened and closed, the platform's last error
-   explained, and external character types loaded and released. They do nothing. */
+/* These do nothing. The library calls them where it would open and close a message catalogue,
+   explain the platform's last error, and load and release external character types. */
 KLIB_API void open_message_catalog(K_ANY);
 KLIB_API void close_message_catalog(K_ANY);
 KLIB_API void Kexplain_error(K_ANY);
 KLIB_API void Kread_char_types(K_ANY);
 KLIB_API void Kdestroy_char_types(K_ANY);
 
-/* Writes the library's version (6 bytes with the NUL) and build date (25 bytes) to the buffers. */
+/* Writes "0.005" (6 bytes with the NUL) and "Fri May  9 12:53:26 2003" (25 bytes) to the buffers:
+   the version and build date that existing programs expect, whatever the version of the package. */
 KLIB_API void klib_get_info(char *version, char *build_date);
 
 typedef int32_t (*K_abort_function)(K_ANY);
@@ -137,12 +148,13 @@ KLIB_API void Kmain_loop(int32_t argc, char **argv, const char *program_name, co
                          K_hook end_hook);
 
 /* Makes the parameter tables with "LIB-DIRECTORY" below `directory` (which ends in a separator),
-   sets "LANGUAGE" to `language` up to its first '-', and selects that language's character types.
-   Returns 0. Starts no log. */
+   sets "LANGUAGE" to `language` up to its first '-', and selects the character types of that text
+   (initCT). Returns 0. Starts no log. */
 KLIB_API int32_t Kstart_prog(const char *directory, const char *language);
 
 /* Reports the run time ("Run time: %4ld sec\n", whole seconds, at least 1) if "TIME-PROG" is set
-   and was set at the start, and closes the log if "LOGGING" is set. The parameter tables stay. */
+   and Kmain_loop took the start time: it does so when "TIME-PROG" is set by then and the program
+   has a name. Then closes the log if "LOGGING" is set. The parameter tables stay. */
 KLIB_API void Kend_prog(void);
 
 /* Reports "Program '%s' aborted.\n" or "Program aborted.\n" if "SHOW-START-END-ABORT" is set, then
@@ -189,9 +201,9 @@ KLIB_API extern char **skparm;
    0 for an unknown name. */
 KLIB_API extern int32_t last_parameter_type;
 
-/* Makes both tables anew with the defaults; "LIB-DIRECTORY" becomes `directory` directly followed
-   by "dfmt". Earlier tables are released, after `directory` has been used; they stay in force when
-   memory is exhausted. */
+/* Makes both tables again with the defaults; "LIB-DIRECTORY" becomes `directory` directly followed
+   by "dfmt". Earlier tables are then released, so that `directory` may be one of their texts; they
+   stay in use when memory is exhausted. */
 KLIB_API void Ksourcecode_defaults_for_parms(const char *directory);
 
 /* Saves all values and sets up the font tables (P_init_fonts). */
@@ -212,39 +224,40 @@ KLIB_API void Kdestroy_kparm(void);
 
 /* ==== Command line ============================================================================
 
-   Any number of assignments, each a parameter name behind a '-' and its value as the next argument,
+   Any number of assignments, each a '-' with a parameter name and its value as the next argument,
    then the file names. Names are compared whole and with case; numeric parameters come first. The
-   value is taken as it stands, also when it begins with '-'. */
+   value is taken unchanged, also when it begins with '-'. */
 
 /* Assigns the values and returns the index of the first file name, or `argc` when there is none;
    with `argc` of 1 or less that is `argc`. Element 0 of `argv` is never read. Numbers are decimal;
-   a value that is no number gives 0, one beyond 32 bits the nearest 32-bit number. An unknown name
-   is reported by Kusage(0, 0) and skipped, and so is a name that comes last, without a value. */
+   a value that is not a number counts as 0, one beyond 32 bits as the nearest 32-bit number. An
+   unknown name is reported by Kusage(0, 0) and skipped, and so is a name that comes last, without
+   a value. */
 KLIB_API int32_t Kparse_command_arguments(int32_t argc, char **argv);
 
 /* Reports the usage and aborts. Reason 0: "Usage: %s [-parameter value] ... filename ...\n", "Legal
-   parameters are: \n" and every parameter name on a line. Reason 1: the usage line and "The number
-   of supplied filenames is not a multiple of %d.\n" with `group_size`. Any other: nothing. */
+   parameters are: \n" and every parameter name on a line of its own. Reason 1: the usage line and
+   "The number of supplied filenames is not a multiple of %d.\n" with `group_size`. Any other
+   reason: nothing. */
 KLIB_API void Kusage(int32_t reason, int32_t group_size);
 
 /* ==== Parameter files =========================================================================
 
-   A parameter line is NAME=value behind any number of spaces and 0x96 bytes. In a file only
-   lines that hold a 0x96 somewhere are read, all others are comments. For /a/doc.txt the chain
-   is
+   A parameter line is NAME=value after any number of spaces and 0x96 bytes. In a file only
+   lines that contain a 0x96 are read; all others are comments. For /a/doc.txt the chain is
 
        "LIB-DIRECTORY"/P   /P   /a/P   /a/doc.par          (P is "PARAMETER-FILE-BASENAME")
 
    and each file overrides those before it, as lines do within a file. A file that does not exist
    is passed over without a report, and so is a directory of such a name. */
 
-/* Reads those files of the chain of `file_name` that exist; their names are made before any is
-   read. Where a name cannot be made (no three-character type: reported by Knew_type; no working
-   directory: by Kcwd), that part of the chain is left out. */
+/* Reads those files of the chain of `file_name` that exist; all names are made before the first
+   file is read. A name that cannot be made (no three-character type: reported by Knew_type; no
+   working directory: by Kcwd) is left out. */
 KLIB_API void Kread_all_parameter_files(const char *file_name);
 
-/* Assigns the parameter lines of one file, in order, whatever each of them gives. Reports are
-   those of Kfile_to_array and Kmanage_parameter_line. */
+/* Assigns the parameter lines of one file, in order; a line that fails does not stop the others.
+   Reports are those of Kfile_to_array and Kmanage_parameter_line. */
 KLIB_API void Manage_parameter_file(const char *file_name);
 
 /* Assigns one line. Spaces and line feeds at its end are dropped; the name ends at the first '=';
@@ -256,11 +269,11 @@ KLIB_API int32_t Kmanage_parameter_line(const char *parameter_line);
 
 /* ==== Checked file operations =================================================================
 
-   The platform's descriptors and streams with the library's reports. Opening and creating a
-   descriptor, closing and sizing are reported and tolerated. Opening a stream, reading, writing
-   and deleting are reported and abort: the log is closed, control returns and so does the
-   failure result. Descriptors and streams are the platform's own, so other calls may use them
-   too.
+   The platform's descriptors and streams with the library's reports. Failures to open, create,
+   close or size a descriptor, and to close a stream, are reported and tolerated. Failures to open a
+   stream, to read, to write and to delete are reported and abort: the log is closed, and the
+   operation returns its failure result. Descriptors and streams are the platform's own, so other
+   calls may use them too.
 
    A call that a signal interrupts before it has done anything is made again, except for closing
    and for writing to a stream, where that would not be safe. */
@@ -280,12 +293,13 @@ KLIB_API FILE *Kfopen2(const char *name, const char *mode);
 KLIB_API FILE *Kfopen_i(const char *name, const char *mode, int32_t flag);
 
 /* Close; a failure is reported: "A file could not be closed.\n". The flag has no effect. A null
-   stream counts as one that could not be closed. */
+   stream is reported as one that could not be closed. */
 KLIB_API void Kclose(int32_t descriptor, int32_t flag);
 KLIB_API void Kfclose(FILE *stream, int32_t flag);
 
-/* The size in bytes of an open file. 0 for an empty one, and for one of unknown size or of 2 GiB
-   or more, which is reported: "Length of a file could not be determined.\n". */
+/* The size in bytes of an open file. 0 for an empty one, and without a report for what has no size,
+   such as a pipe. 0 and "Length of a file could not be determined.\n" for 2 GiB or more and for a
+   descriptor that is not open. */
 KLIB_API int32_t Kfile_size(int32_t descriptor);
 
 /* Reads `count` bytes and returns `count`. Anything less, at the end of the file too, is a
@@ -316,16 +330,16 @@ KLIB_API void Kcopy_file(const char *source, const char *target);
 
 /* ==== Path names and file types ===============================================================
 
-   A type is the text behind a name's last dot; those that the engine puts on have three
-   characters. '/' is what these operations insert; '/' and '\' are both read as separators.
+   A type is the text after a name's last dot; those that the engine adds have three characters.
+   These operations insert '/' as the separator, and read '/' and '\' as one.
    Every result is new. Failures abort and return null. The flags are 0 or not 0. */
 
-/* The text behind the last '.', which may be empty or hold a '/'. Without a '.': "The filename
+/* The text after the last '.', which may be empty or contain a '/'. Without a '.': "The filename
    '%s' does not have a dot.\n", abort, null. */
 KLIB_API char *Kfile_type(const char *name);
 
-/* The name with the three characters behind its dot replaced by `type`, which may have any length:
-   doc.txt and par give doc.par. A name of less than 5 characters: "The filename '%s' is not long
+/* The name with the three characters after its dot replaced by `type`, which may have any length:
+   doc.txt and par make doc.par. A name of less than 5 characters: "The filename '%s' is not long
    enough to give it type '%s'.\n"; one without a dot before its last three: "The filename '%s'
    does not have the dot at the right position.\n"; abort, null. The flag has no effect. */
 KLIB_API char *Knew_type(const char *name, const char *type, int32_t flag);
@@ -339,9 +353,9 @@ KLIB_API char *Kdirectory_append(const char *directory, const char *name);
 KLIB_API char *Kbin_pathname(const char *name);
 
 /* A new null-terminated array of new texts: for every separator in `path`, from the left, the path
-   up to and with it, followed by `base_name`. /a/doc.txt and P give /P and /a/P; a name alone
-   gives none. A '\' that another byte follows is no separator itself, but that byte may be: "a\b"
-   has none, "a\\b", "a\/b" and "a\" have one each. */
+   up to and including it, followed by `base_name`: of /a/doc.txt and P, /P and /a/P; of a name
+   alone, none. A '\' that another byte follows is not a separator itself, but that byte may be one:
+   "a\b" has none, "a\\b", "a\/b" and "a\" have one each. */
 KLIB_API char **Ksearch_path(const char *path, const char *base_name);
 
 /* The working directory. One that cannot be read or has more than 511 characters: "Unable to get
@@ -378,9 +392,9 @@ KLIB_API const char *Klang_lo_sh(const char *long_name);
    kept for it while an inner level is open.
 
    One level more is refused: "Internal error. More than 4 parser levels.\n". So is a level for
-   which memory is missing, after the report of that. A refused level reads nothing but the end,
-   its exit_parser closes nothing, and the other levels stay as they are. Reading without an open
-   level gives the end as well. */
+   which there is no memory, after the report of that. A refused level reads nothing but the end,
+   its exit_parser closes nothing, and the other levels stay as they are. Without an open level
+   reading returns the end as well. */
 
 /* Kinds of tokens; the flag word of init_parser is the OR of those that are wanted. */
 enum {
@@ -405,12 +419,12 @@ enum {
    level is opened again. */
 struct parser_frame {
   int32_t flags;      /* as given to init_parser */
-  int32_t token_line; /* `line` when the token began; likewise the other token_ fields */
+  int32_t token_line; /* `line` when the token began; so with the other token_ fields */
   int32_t line;       /* every newline counts */
   int32_t token_column;
   int32_t column;            /* of the next byte; every byte counts */
   int32_t last_line_columns; /* `column` before the last newline was read */
-  int32_t status;   /* 128: a pair of code bytes or a P_TO_EOL just read holds a byte 0x1D */
+  int32_t status;   /* P_MARK_1D (128): a pair of code bytes or a P_TO_EOL just read has a 0x1D */
   int32_t counting; /* flags AND P_COUNT */
   int32_t token_real_line;
   int32_t real_line; /* a P_CODE_LINE does not count */
@@ -433,24 +447,28 @@ KLIB_API extern int32_t parser_level;
 /* Opens a level. With P_COUNT its line and column fields become 1, else they keep their values. */
 KLIB_API void init_parser(int32_t flags);
 
-/* The level reads from `text`, which is not copied and must not change meanwhile. Bytes that have
-   been taken back are still read first. */
+/* The level reads from `text`, which is not copied and must not change while it is read. Bytes that
+   have been taken back are still read first. */
 KLIB_API void parse_from_string(const char *text);
 
-/* Reads the next token, from `stream` or with null from the level's text; its kind. The stream is
-   read no further than the token, but for the byte that shows its end. A NUL in a stream ends the
-   input for one P_END; the call after that reads on behind it. The end inside a code gives what
-   has been read as a token of the code's kind, after "Premature end of file.\n" (for each missing
-   byte of an alien character) and an abort. Exhausted memory: P_END, and the bytes of the token
-   are lost. */
+/* Reads the next token, from `stream` or with null from the level's text, and returns its kind. The
+   stream is read no further than through the byte that shows the token's end. With P_CODE_LINE that
+   byte may be the 0x97 of a later line: what was read of that line is taken back and read again by
+   the next call. A NUL in a stream ends the input for one P_END; the call after that reads on after
+   it. When the input ends inside a code, what was read is a token of the code's kind, after
+   "Premature end of file.\n" (once for each missing byte of an alien character) and an abort.
+   Exhausted memory: P_END, and the bytes of the token are lost. */
 KLIB_API int32_t parse(FILE *stream);
 
-/* Reads, without looking for codes, until the real position is at or behind `line` and `column`
-   and no hidden code is open. 0, or -1 when the input ends first; the token is what was read. For
-   levels with P_COUNT; others are read to the end. */
+/* Reads, without looking for codes, until the real line is `line` or a later one, the real column
+   is `column` or a later one, and no pair of codes is open, a visible one included. Returns 0, or
+   -1 when the input ends first; the token is what was read. For levels with P_COUNT. On others the
+   positions do not move: the result is 0 with an empty token when they are reached already, else -1
+   at the end of the input. */
 KLIB_API int32_t parse_to(FILE *stream, int32_t line, int32_t column);
 
-/* Reads one byte, which joins the current token; -1 at the end, which joins it as a NUL. */
+/* Reads one byte and adds it to the current token. Returns -1 at the end of the input, for which a
+   NUL is added. */
 KLIB_API int32_t p_getchar(FILE *stream);
 
 /* Closes the innermost level; the last one releases the two stacks. Without an open level:
@@ -461,19 +479,21 @@ KLIB_API void exit_parser(void);
    empty token is returned as it is. */
 KLIB_API char *body(char *token);
 
-/* Number of columns that a reader sees of `text`, of its last line when it has several. Opens and
-   closes a level; 0 when that is refused or memory is exhausted. */
+/* The number of columns that a reader sees of `text`, of its last line when it has several. Opens
+   and closes a level; 0 when that is refused or memory is exhausted. A 0x96 without its newline
+   stays open: the first newline of the next text that is counted ends it, and hidden codes after
+   that newline then count as visible. */
 KLIB_API int32_t real_string_length(const char *text);
 
-/* Value of a P_ALIEN token: 0 to 65535 for four digits 0-9 and A-F; of a shorter token the value
-   of the digits that it has. Other bytes count as byte - 48 up to '9' and byte - 55 above. */
+/* The value of a P_ALIEN token: 0 to 65535 for four digits 0-9 and A-F; for a shorter token the
+   value of the digits that it has. Other bytes count as byte - 48 up to '9' and byte - 55 above. */
 KLIB_API int32_t Kparse_alien(const char *token);
 
 /* ==== Font definitions and font groups ========================================================
 
-   Which fonts exist, and which of them exclude each other. Parameter lines declare them, in values
-   whose fields are separated by the byte 0xFF; there is no other syntax, and an empty field is an
-   empty name:
+   Which fonts exist, and which of them exclude each other. Parameter lines declare them. The byte
+   0xFF separates the fields of a value; there is no other syntax, and an empty field is an empty
+   name:
 
        FONT=Roman{FF}Bold{FF}Italic      a font group; its fonts are numbered from 0
        FONTGROUPS=H1{FF}H2               named font groups; their fonts are listed nowhere
@@ -483,9 +503,9 @@ KLIB_API int32_t Kparse_alien(const char *token);
    grow until P_init_fonts or P_cleanup_fonts releases them; they occupy string-array slots 10 to 13
    and 15, and slot 14 during an operation. Equal names are accepted and the first one is found. */
 
-/* While "SINGLE-FONT-GROUP" is set, the font selected last; null when none was. A text of the
-   library, released when another one is selected; the static text "?" before the tables are first
-   set up. */
+/* While "SINGLE-FONT-GROUP" is set, the font selected last; null when none was. The library owns
+   the text and releases it when another one is selected. Before the tables are first set up it is
+   the static text "?". */
 KLIB_API extern char *single_font;
 
 /* Sets up empty tables, with no single font; tables that exist are released first. Called by
@@ -494,16 +514,17 @@ KLIB_API int32_t P_init_fonts(void);
 
 /* Adds a font group; its font 0 is selected, and the last selection no longer counts as a packet's.
    `number` is not used; `value` is split in place and may be released afterwards. Returns 0; -7
-   when a font belongs to an earlier group already, -6 when one occurs twice in this group (the
-   first finding counts, and the group is added all the same); -1, with nothing added, when memory
-   is exhausted. Here and below, tables that do not exist yet are made. */
+   when a font belongs to an earlier group already, -6 when one occurs twice in this group
+   (whichever is found first; the group is added in either case); -1, with nothing added, when
+   memory is exhausted. Here and below, tables that do not exist yet are made. */
 KLIB_API int32_t P_set_fonts(int32_t number, char *value);
 
-/* Adds named font groups without a selection. As above; returns 0, or -8 at a name that exists
-   already: the names before it are added, the rest are not. */
+/* Adds named font groups without a selection, with the arguments of P_set_fonts. Returns 0, or -8
+   at a name that exists already: the names before it are added, the rest are not. -1 when memory is
+   exhausted. */
 KLIB_API int32_t P_set_fontgroups(int32_t number, char *value);
 
-/* Adds a packet as it stands, whatever it names. `value` is copied. Returns 0, -1 when memory is
+/* Adds a packet without looking up what it names. `value` is copied. Returns 0, -1 when memory is
    exhausted. */
 KLIB_API int32_t P_set_fontpacket(int32_t number, const char *value);
 
@@ -530,10 +551,11 @@ KLIB_API void add_font_group(char **fonts);
 
 /* ==== Font selection and font state ===========================================================
 
-   Which fonts are in force. A name is the body of a font code 0x98 name 0x99 and means, in this
-   order: while "SINGLE-FONT-GROUP" is set, the single font; with a byte 0xFF, a selection in the
-   named group before the first 0xFF, of which the whole name is then the selection; the name of a
-   packet, all that it names; else a font of a font group, whose other fonts it replaces.
+   Which fonts are selected ("in force"). A name is the body of a font code 0x98 name 0x99 and
+   means, in this order: while "SINGLE-FONT-GROUP" is set, the single font; with a byte 0xFF, a
+   selection in the named group before the first 0xFF, of which the whole name is then the
+   selection; the name of a packet, all that it names; else a font of a font group, whose other
+   fonts it replaces.
 
    A save remembers the selection, so that it can be compared or put back; there is one at a time:
 
@@ -549,9 +571,9 @@ KLIB_API void add_font_group(char **fonts);
    changes; "Undefined named font group '%s' for font '%s'\n", then "Using '%s' instead.\n" and
    named group 0 is used, or without any named group the program is aborted and nothing is selected.
    A packet that is met again while it is being selected is skipped. `name` may be single_font or a
-   text of a list; it is not changed. Once 10,000 names have been gone through in one call, here and
-   in the next operation, a packet that was gone through already counts without being gone through
-   again: the result is the same, only reports are not repeated further. */
+   text of a list; it is not changed. After 10,000 names in one call, here and in the next
+   operation, a packet that has been visited is not visited again: the result is the same, but
+   reports are no longer repeated. */
 KLIB_API void Kselect_font(char *name);
 
 /* 1 when the name is in force, else 0. A packet is in force when it was selected last; after
@@ -567,8 +589,8 @@ KLIB_API int32_t Kis_font_selected(char *name);
    inside a code belongs to the outer one's body. Null when memory is exhausted. */
 KLIB_API char **Kfonts_in_string(const char *text);
 
-/* Starts a save; one in force is replaced. A group that is declared later counts as if the save had
-   found it there. single_font is not part of a save. */
+/* Starts a save; an earlier one is replaced. A group that is declared later counts as if it had
+   existed at the save. single_font is not part of a save. */
 KLIB_API void Ksave_font_state(void);
 
 /* Puts the saved selection back and ends the save. Nothing happens without a save. */
@@ -579,19 +601,19 @@ KLIB_API void Kcleanup_font_save(void);
 
 /* A new list of the font names that changed since the save, in the order font groups, named groups,
    packet; null when it would be empty, or without a save. `all` lists every group that was selected
-   since, changed or not; `old` lists the names that were replaced instead of those in force;
+   since, changed or not; `old` lists the names that were replaced instead of those selected now;
    `skip_default` leaves out font groups whose listed font is their font 0. The texts belong to the
    library and stay until the selection next changes or the save ends. */
 KLIB_API char **Kfont_changes_since_save(int32_t all, int32_t old, int32_t skip_default);
 
 /* The same for what selecting the font codes of `text` would change, with the reports of
-   Kselect_font; the selection stays as it is (single_font included), and a save in force is lost.
+   Kselect_font; the selection stays as it is (single_font included), and an earlier save is lost.
    The texts belong to the library: names of fonts and packets stay until P_cleanup_fonts, what
    named groups had and have again until their selection changes, and what they would have until two
    more lists with such texts have been made here. */
 KLIB_API char **Kfont_changes(const char *text, int32_t all, int32_t old);
 
-/* Leaves every named group without a selection. A save in force keeps what they had. */
+/* Leaves every named group without a selection. A save keeps what they had. */
 KLIB_API void reset_named_font_groups(void);
 
 /* ==== Sentence output format and counter ======================================================
@@ -638,15 +660,16 @@ KLIB_API void c_exit(int32_t set0, int32_t number0, const char *format0, int32_t
                      int32_t number1, const char *format1, int32_t setN, int32_t numberN,
                      const char *formatN);
 
-/* Settings for the sentences that follow: framed and numbered when `numbered` is not 0, lines of
-   "KTI-WIDTH" bytes; counter 0 starts at "KTI-START". With a width of 0 or less, and until this
-   call, nothing is wrapped. */
+/* Settings for the sentences that follow: framed and numbered when `numbered` is not 0, in lines of
+   at most "KTI-WIDTH" bytes, of which the first line uses one byte less, or two less with a frame;
+   counter 0 starts at "KTI-START". With a width of 0 or less, and until this call, nothing is
+   wrapped. */
 KLIB_API void init_kti_format(int32_t numbered);
 
 /* Writes one sentence and flushes the stream. `sentence` is changed in place to what is written:
    newlines, carriage returns and tabs become blanks, runs of blanks one blank, and blanks become
-   newlines where a line would grow wider than the width; words stay whole, also where the frame
-   leaves no room for them. Its number is counter 0, or current_sentence_number when `tick` is
+   newlines where a line would grow wider than the width; words are never broken, however narrow
+   the width is. Its number is counter 0, or current_sentence_number when `tick` is
    negative. Unless `tick` is 0, counter 0 then moves on by "KTI-STEP". Errors of the stream are
    not reported: look at ferror. */
 KLIB_API void kti_format(FILE *stream, char *sentence, int32_t tick);
@@ -662,38 +685,55 @@ KLIB_API char *kti_body(char *token);
 KLIB_API void exit_kti_format(void);
 
 /* ==== Font-code transfer into a translation ===================================================
- *
- * Carries the format codes of a source sentence into its translation: anchors 0x94 body 0x95, font
- * codes 0x98 name 0x99, and the codes inside segments 0x1E text 0x1F, along a word alignment:
- *
- *     int32_t first[] = {0, -1}, second[] = {1, -1}, *alignment[] = {first, second, NULL};
- *     result = CopyFontsString("ab\x94" "3\x95" "cd ef", "wxyz uv", alignment);
- *                                                      ("wx\x94" "3\x95" "yz uv", to be Kfree'd)
- *
- * The fonts should have been declared (P_set_fonts and its like). The font selection is changed and
- * not put back: the fonts of the source's codes are selected, then those that are written, and the
- * named font groups are reset before both. A font still in force at the end of the source counts as
- * selected when the writing begins: close the fonts at the end of a sentence. A save that is in
- * force (Ksave_font_state) is ended, unless the source has no codes. */
 
-/* A new text: the translation's words, one blank between two, with every code in the word that is
-   aligned with its source word, at the corresponding place. Font codes that repeat the font in
-   force are left out, and those of a source word without an aligned word; anchors are never lost.
-   A copy of target as it is when source has no codes. Neither text is written to.
-   alignment: per word of target, in order, a list of source word numbers from 0, ended by -1, which
-   may be empty; then a null pointer. In the lists 126 stands for no source word; every number that
-   no source word has is replaced by 126. Invalid are a list with a number below -1 and a number of
-   lists that differs from the number of words: the result is then a copy of source if it has
-   anchors or codes inside segments, else of target.
-   A first list {119, -1} asks for word by word: new lists, each the caller's, are written into the
-   array, which needs room for one pointer per word of target and the null. A null alignment or a
-   null first list means word by word too, and nothing is written into the array.
-   White space at the start of target is skipped. A target without words gives a copy of source if
-   that has anchors or codes inside segments, else an empty text, and leaves the lists as they are.
-   No parser level is used, so all four may be open. No messages of its own; undefined fonts and
-   codes without an end are reported ("Undefined font '%s'.\n", "Premature end of file.\n", ...).
-   Null when memory is exhausted or a text has 2 GiB or more, which is reported as such; the array
-   then holds the pointers that it held. */
+   Carries the format codes of a source sentence into its translation: anchors 0x94 body 0x95, font
+   codes 0x98 name 0x99, and the codes inside segments 0x1E text 0x1F, along a word alignment:
+
+       int32_t first[] = {0, -1}, second[] = {1, -1}, *alignment[] = {first, second, NULL};
+       result = CopyFontsString("ab\x94" "3\x95" "cd ef", "wxyz uv", alignment);
+                                                        ("wx\x94" "3\x95" "yz uv", to be Kfree'd)
+
+   The fonts should have been declared (P_set_fonts and the like). The call changes the font
+   selection and does not put it back: it selects the fonts of the source's codes, then those that
+   it writes.
+
+   The result depends on what is selected at the call. The source's fonts are those that differ from
+   the selection at the call: the fonts that a sentence begins with are not written. The selections
+   of the named groups belong to that comparison, but they are reset for the sentence itself. So a
+   selection that an earlier sentence has left in a named group would count as the beginning of this
+   one, and codes that select it again would not be carried from word to word: call
+   reset_named_font_groups before each sentence. A font that is still selected at the end of the
+   source counts as selected where the writing begins: close the fonts at the end of a sentence. An
+   earlier save (Ksave_font_state) is ended, unless the source has no codes. */
+
+/* A new text: the translation's words, with one blank between two, and every code in the word that
+   is aligned with its source word, at the corresponding place. Font codes that repeat the selected
+   font are left out, and so are those of a source word without an aligned word; anchors are never
+   lost. When source has no codes, an unchanged copy of target. Neither text is written to.
+
+   alignment: for each word of target, in order, a list of source word numbers from 0, ended by -1,
+   which may be empty; then a null pointer. In a list 126, the mark of existing alignments, means no
+   source word, and every number that no source word has is replaced by it; in a source of more than
+   126 words it is a word's number, too. An alignment is invalid when a list contains a number below
+   -1, or when the number of lists differs from the number of words: the result is then a copy of
+   source if it has anchors or codes inside segments, else of target.
+
+   A first list {119, -1}, which existing programs pass where they have no alignment, asks for word
+   by word: new lists, which the caller owns, are written into the array, which needs room for one
+   pointer per word of target and the null. A null alignment or a null first list means word by word
+   too, and nothing is written into the array.
+
+   Existing translations mark units as <X[...]>, and codes stay out of the marks. A code between the
+   letter and the '[' moves after the '[', for the letters A, C, M, N, T and U; one between the '<'
+   and the letter moves before the '<', for the same letters without N; one between ']' and '>'
+   moves after the '>'.
+
+   White space at the start of target is skipped. For a target without words the result is a copy of
+   source if that has anchors or codes inside segments, else an empty text, and the lists stay as
+   they are. No parser level is used, so all four may be open. The operation has no messages of its
+   own; undefined fonts and codes without an end are reported ("Undefined font '%s'.\n", "Premature
+   end of file.\n", ...). Null when memory is exhausted or a text has 2 GiB or more, which is
+   reported as exhausted memory; the array then contains the pointers that it had. */
 KLIB_API char *CopyFontsString(const char *source, const char *target, int32_t **alignment);
 
 /* ==== Alien characters ========================================================================
@@ -718,17 +758,17 @@ KLIB_API char *WithoutAlienCharacters(char *text);
    the source do not count. Different numbers of markers are reported, "Sentence %d: "
    (current_sentence_number) and "Read %d alien characters. Expected %d alien characters.\n" (in
    the translation, in the source); then as many as both have are filled. A source marker at the
-   end gives the bytes that it has. Opens and closes a parser level when `without_fonts` is not 0;
-   a source whose level is refused counts as empty. Null when memory is exhausted; `translation`
+   end supplies the bytes that it has. Opens and closes a parser level when `without_fonts` is not
+   0; a source whose level is refused counts as empty. Null when memory is exhausted; `translation`
    has then been released too. */
 KLIB_API char *CopyAlienCharacters(const char *source, char *translation, int32_t without_fonts);
 
 /* ==== Anchors =================================================================================
 
-   Material that is kept outside a sentence, behind a numbered code in it: 0x94 number 0x95, or as a
-   font anchor 0x98 number 0x99. The texts stand one after the other in the anchor text file, their
-   positions in the anchor index file (signed 32-bit, little-endian: where each text begins, and at
-   last where the last one ends). Both files are descriptors that the caller opens and closes.
+   Material that is kept outside a sentence, with a numbered code in its place: 0x94 number 0x95, or
+   as a font anchor 0x98 number 0x99. The anchor text file contains the texts one after the other,
+   the anchor index file their positions (signed 32-bit, little-endian: where each text begins, and
+   finally where the last one ends). Both files are descriptors that the caller opens and closes.
 
        init_anchor_index_file();                          read_anchor_indexes(index_file);
        for anchor 1, 2, ...:                              text = read_anchor(text_file, n); ...
@@ -763,11 +803,11 @@ KLIB_API void finish_anchor_index_file(int32_t text_file, int32_t index_file);
 KLIB_API void read_anchor_indexes(int32_t index_file);
 
 /* A new text, that of anchor `n`. "Anchor #%d read more than once.\n" when it was read before;
-   "Seek error.\n" when the file cannot be positioned, and the read goes on from where it stands. A
-   text that the file does not have completely is reported as by Kread, with its whole length
-   (2147483647 at most), and is what the file has; of a file without positions, such as a pipe,
-   1 MiB at most where that is less than the length. Null, in the log "Internal error. ...", for a
-   number outside the loaded index and for a text that ends before it begins. */
+   "Seek error.\n" when the file cannot be positioned; the text is then read from the position where
+   the file is. A text that the file does not have completely is reported as by Kread, with its
+   whole length (2147483647 at most); the result is what the file has, and from a file without
+   positions, such as a pipe, at most 1 MiB of it. Null, with "Internal error. ..." in the log, for
+   a number outside the loaded index and for a text that ends before it begins. */
 KLIB_API char *read_anchor(int32_t text_file, int32_t n);
 
 /* Reports "Anchor #%d lost.\n" for every anchor of the loaded index that has not been read. */
@@ -803,14 +843,15 @@ KLIB_API extern const uint32_t *fc_t;
 KLIB_API extern int32_t fc_t_len;
 
 /* Makes the language's table the active one: Russian for texts that begin with "RU", Greek for
-   "GR", Western for all others. Upper and lower case count. Kstart_prog and Kmain_loop call it. */
+   "GR", Western for all others. Upper and lower case count. Kstart_prog calls it. Kmain_loop and
+   parameter lines do not: a program that runs the main loop calls it itself. */
 KLIB_API void initCT(const char *language);
 
 /* The property word of a byte; only the low 8 bits of `c` count. */
 KLIB_API uint32_t cprops(int32_t c);
 
 /* The word of the first pair with this key in the keyed table; 0 when there is none or no table. A
-   last key without a word is not looked at. */
+   last key without a word is ignored. */
 KLIB_API uint32_t fiprops(int32_t key);
 
 /* A new array of new texts, one for each entry of ct_names before the empty name (at most 12): the
@@ -820,15 +861,16 @@ KLIB_API char **Kcharacter_types_regex(void);
 
 /* ==== Regular expressions =====================================================================
 
-   A search tells whether a text contains a match of one of several expressions, not where. Every
-   expression is compiled anew in each call and lives only in it; no memory is allocated.
+   A search reports whether a text contains a match of one of several expressions, not where. Every
+   expression is compiled in each call and lives only in it; no memory is allocated.
 
-     c            the byte c; \c for a c with a meaning of its own, and in front of other bytes
+     c            the byte c; \c likewise, also for a c that has a meaning of its own
      .            any byte
      [a-z] [^a-z] a byte in, or not in, a set; the backslash is an ordinary member, ']' a member
                   when it comes first, '-' when it comes first or last
      x*           x zero or more times, x being one of the above or a back-reference
-     x\{m,n\}     x m to n times; \{m\} m times, \{m,\} and \{m,255\} m to m + 20000 times
+     x\{m,n\}     x m to n times; \{m\} m times. 255 as the greatest count, as in \{m,\}, \{m,255\}
+                  and \{255\}, means no upper bound: m to m + 20000 times
      \(...\)      a group, at most 9; \1 to \9 the bytes again that the first to ninth has matched.
                   In its own group a back-reference matches the empty string
      ^ $          at the start and the end of the expression: the start and the end of the text
@@ -836,8 +878,8 @@ KLIB_API char **Kcharacter_types_regex(void);
                   letters and digits of the process's locale and '_'
 
    An expression ends at its NUL or at its first newline. '*' and '\{' with nothing to repeat before
-   them, and a backslash at the very end, stand for '*', '{' and the backslash themselves. The empty
-   expression stands for the last one that compiled without an error in the same call.
+   them match '*' and '{', and a backslash at the very end matches a backslash. The empty expression
+   means the last one that compiled without an error in the same call.
 
    The compiled form must fit in 128 bytes: 2 for a byte, 1 for '.', an anchor and the end, 17 for a
    set (33 when a member is above 0x7F), 2 for a group start, a group end and a back-reference, 2
@@ -867,14 +909,14 @@ KLIB_API int32_t Kregex_search(const char *text);
 KLIB_API int32_t Kspecial_regex_search(const char *text, int32_t use_first);
 
 /* Result: the index, from 0, of the first of `count` expressions that matches somewhere in the
-   text, or -1. Expressions behind that one are not looked at. `expressions` may be null when count
+   text, or -1. Later expressions are not compiled. `expressions` may be null when count
    is 0 or less. */
 KLIB_API int32_t regex_search(const char *text, int32_t count, char **expressions);
 
 /* ==== Dynamic string arrays ===================================================================
 
    Growable arrays of pointers in 20 numbered slots, 0 to 19. Whoever uses a slot keeps the element
-   count and the array's address, and takes the address anew from every a_check:
+   count and the array's address, and takes the new address from every a_check:
 
        char **texts = a_make(3, 50, 50);
        for (int32_t n = 0; (text = next_text()) != NULL; ++n) {
@@ -914,9 +956,9 @@ KLIB_API char **a_copy(int32_t slot, int32_t from, int32_t to);
 KLIB_API int32_t a_length(char **array);
 
 /* Splits `s` in place at every byte `separator` (its low 8 bits: -1 is the byte 0xFF) and returns a
-   new null-terminated array of pointers into `s`. A separator at the start or the end gives an
-   empty field there, an empty `s` one empty field. With `collapse` not 0, separators that follow
-   each other count as one. When memory is exhausted `s` is unchanged and the result null. */
+   new null-terminated array of pointers into `s`. A separator at the start or the end makes an
+   empty field there, and an empty `s` is one empty field. With `collapse` not 0, separators that
+   follow each other count as one. When memory is exhausted `s` is unchanged and the result null. */
 KLIB_API char **a_separator(char *s, int32_t separator, int32_t collapse);
 
 /* ==== Stacks and double stacks ================================================================
@@ -957,7 +999,7 @@ KLIB_API void s_make(int32_t n, int32_t initial_size, int32_t increment);
    that was not made grows by single bytes. */
 KLIB_API void s_push(int32_t n, int32_t c);
 
-/* Pushes the text, which may lie in the stack itself, and writes a NUL behind it that the next push
+/* Pushes the text, which may lie in the stack itself, and writes a NUL after it that the next push
    overwrites. The size grows by as many steps as it takes to exceed the new contents; when that
    fails nothing is pushed. */
 KLIB_API void s_fill(int32_t n, const char *string);
@@ -1006,9 +1048,9 @@ KLIB_API void free_double_stack(void);
    array. */
 
 /* The lines of a text file in a new array that ends at *count, without a null. LF and NUL end a
-   line; a CR cuts its line short, so that what stands between a lone CR and the line's end is
-   lost. Empty lines at the end are not counted: a file of nothing else gives *count 0 and an array
-   all the same. Null and *count 0 for a file that cannot be opened (reported by Kopen), and for an
+   line; a CR cuts its line short, so that what follows a CR up to the line's end is lost. Empty
+   lines at the end are not counted: for a file of nothing else *count is 0 and the result an array
+   even so. Null and *count 0 for a file that cannot be opened (reported by Kopen), and for an
    empty one or one without a size: "Could not open file '%s'\n". Fewer bytes than the file has:
    "Could not read all of file '%s'. Read only %d of %d bytes\n" (-1 on an error) and abort; the
    array is still built, and what was not read is empty. */
@@ -1018,8 +1060,9 @@ KLIB_API char **Kfile_to_array(const char *name, int32_t *count);
    reported. */
 KLIB_API char **Kndxfile_to_array(const char *name, int32_t *count);
 
-/* Loads the list with Kfile_to_array: 0, or 4100 when that gave no array; the list is then empty.
-   A list loaded before is not released: call Kdestroy_list first. */
+/* Loads the list with Kfile_to_array. Returns 0, or 4100, for which existing programs test, when
+   that returned no array; the list is then empty. A list loaded before is not
+   released: call Kdestroy_list first. */
 KLIB_API int32_t Klist_in(const char *name);
 
 /* Sorts the list by unsigned bytes, as ustrcmp compares; equal lines come in any order. Takes 16

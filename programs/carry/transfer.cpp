@@ -212,6 +212,8 @@ void transfer_codes(const SourceSentence &sentence, const std::vector<Link> &lin
       bare_source == transfer.source.data() ? Owned(nullptr, Kfree) : checked(bare_source);
   char *bare_target = WithoutAlienCharacters(translation.data());
   Owned target = bare_target == translation.data() ? Owned(nullptr, Kfree) : checked(bare_target);
+  // What an earlier sentence has left in a named group would count as what this one begins with,
+  // and would not be carried to its words.
   reset_named_font_groups();
   char *carried = CopyFontsString(bare_source, bare_target, transfer.lists.data());
   const Owned whole =

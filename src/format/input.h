@@ -32,14 +32,6 @@ inline byte_stack &pushback_stack() { return _stack[slots::parser_pushback]; }
 void grow_tokens(size_t length);
 void grow_pushback(size_t length);
 
-inline int read_byte(FILE *stream) {
-#if defined(_WIN32)
-  return _getc_nolock(stream);
-#else
-  return getc_unlocked(stream);
-#endif
-}
-
 // One byte, or -1 at the end of the input, whose NUL is appended.
 inline int32_t next_byte(parser_frame &frame, FILE *stream) {
   byte_stack &tokens = token_stack(), &pushback = pushback_stack();
@@ -49,7 +41,7 @@ inline int32_t next_byte(parser_frame &frame, FILE *stream) {
   if (pushback.top != pushback.base) {
     byte = u8(*--pushback.top);
   } else if (stream != nullptr) {
-    byte = read_byte(stream);
+    byte = getc_unlocked(stream);
     if (byte == EOF) byte = 0;
   } else if (frame.string_pos != nullptr) {
     byte = u8(*frame.string_pos);

@@ -110,7 +110,7 @@ template <Kind kind>
 char **read_lines(const char *name, int32_t *count) {
   *count = 0;
   return memory::guarded<char **>(nullptr, [&]() -> char ** {
-    const Descriptor file(Kopen(name, platform::read_binary));
+    const Descriptor file(Kopen(name, platform::read_only));
     if (file.number < 0) return nullptr;
     const int32_t size = Kfile_size(file.number);
     if (size == 0) {

@@ -50,13 +50,8 @@ extern Calls calls;
 // Puts the platform's own functions back; for tests.
 void reset();
 
-#if defined(O_BINARY)
-inline constexpr int read_binary = O_RDONLY | O_BINARY | O_NOINHERIT;
-#else
-inline constexpr int read_binary = O_RDONLY | O_CLOEXEC;
-#endif
-
-// Stream modes for files that klib opens for itself: child processes do not inherit them.
+// Flags and modes for files that klib opens for itself: child processes do not inherit them.
+inline constexpr int read_only = O_RDONLY | O_CLOEXEC;
 inline constexpr char read_text[] = "re";
 inline constexpr char write_text[] = "we";
 inline constexpr char append_text[] = "ae";
