@@ -177,6 +177,7 @@ void carry(const char *sentences, const char *translation, const char *alignment
   Carry &job = *owner;
   make_code_page(job.language_of_target, job.to);
   make_code_page(job.source_language, job.from);
+  const ActiveLanguage active(job.source_language);
   init_kti_format(1);
   for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;) {
     if (kind == SentenceFile::anchor) {

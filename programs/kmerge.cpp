@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <string>
 
-#include "programs/common/anchor_file.h"
 #include "programs/common/code_page.h"
-#include "programs/common/nesting.h"
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
 #include "programs/common/sentence_file.h"
-#include "programs/common/sentence_markup.h"
 #include "programs/common/utf8.h"
+#include "programs/document/anchor_file.h"
+#include "programs/document/nesting.h"
+#include "programs/document/sentence_markup.h"
 #include "programs/html/conversion.h"
 #include "programs/html/tokenizer.h"
 

@@ -15,10 +15,17 @@ namespace {
 
 constexpr uint32_t white = 0x08000000;  // of cprops()
 
-const char *page_name(const char *language) {
-  if (strncmp(language, "RU", 2) == 0) return "CP1251";
-  if (strncmp(language, "GR", 2) == 0) return "ISO-8859-7";
-  return "ISO-8859-1";
+// That of the library's table: one of three, which have static names here.
+constinit const char *active_language = "";
+
+constexpr struct {
+  const char *language, *page;
+} pages[] = {{"RUSSIAN", "CP1251"}, {"GREEK", "ISO-8859-7"}, {"", "ISO-8859-1"}};
+
+const auto &page_of(const char *language) {
+  for (const auto &row : pages)
+    if (strcmp(row.language, language) == 0) return row;
+  return pages[2];
 }
 
 // Codes of the sentence format, and bytes that would split words or be lost between them.
@@ -65,11 +72,22 @@ bool is_low(int unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
 }  // namespace
 
+ActiveLanguage::ActiveLanguage(const char *language) : before_(active_language) {
+  active_language = page_of(language).language;
+  initCT(active_language);
+}
+
+ActiveLanguage::~ActiveLanguage() {
+  active_language = before_;
+  initCT(before_);
+}
+
 void make_code_page(const char *language, CodePage &page) {
-  initCT(language);
-  const iconv_t converter = iconv_open("UTF-32LE", page_name(language));
+  const ActiveLanguage active(language);  // white bytes of its table are none of the page's
+  const char *name = page_of(language).page;
+  const iconv_t converter = iconv_open("UTF-32LE", name);
   if (converter == reinterpret_cast<iconv_t>(-1))
-    fail(page_name(language), 0, "iconv does not know this code page");
+    fail(name, 0, "iconv does not know this code page");
   page = CodePage{};
   for (int byte = 1; byte < 256; byte++) {
     if (!comes_from_text(byte)) continue;

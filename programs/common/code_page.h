@@ -16,8 +16,20 @@ struct CodePage {
   bool letter[256];             // whether the character of the byte is one (is_letter())
 };
 
-// The code page of a language, which also becomes the active character table (initCT), since white
-// bytes of that table are none of the page's.
+// Makes a language that of the library's character table (initCT) while it lives, where the library
+// needs one: it is asked what is white, splits words and reads expressions by it.
+class ActiveLanguage {
+ public:
+  explicit ActiveLanguage(const char *language);
+  ~ActiveLanguage();
+  ActiveLanguage(const ActiveLanguage &) = delete;
+  ActiveLanguage &operator=(const ActiveLanguage &) = delete;
+
+ private:
+  const char *before_;
+};
+
+// The code page of a language.
 void make_code_page(const char *language, CodePage &page);
 
 // Appends the character as a byte or as one or two aliens.

@@ -108,7 +108,7 @@ const Encoding &choose(const char *name, std::string_view bytes, const std::stri
 }
 
 // Whether the page can be brought to UTF-8 and back; otherwise `fault` says why not and where.
-bool convert(const std::string &bytes, const Encoding &encoding, Page &page, std::string &fault,
+bool convert(const std::string &bytes, const Encoding &encoding, Document &page, std::string &fault,
              int64_t &line) {
   page.encoding = encoding.name;
   if (!decode(encoding, bytes, page.text)) {
@@ -129,10 +129,10 @@ bool convert(const std::string &bytes, const Encoding &encoding, Page &page, std
 
 }  // namespace
 
-Page read_page(const char *given_name, const std::string &undeclared) {
+Document read_page(const char *given_name, const std::string &undeclared) {
   const std::string bytes = read_file(given_name);
   const char *name = input_name(given_name);
-  Page page;
+  Document page;
   std::string fault;
   int64_t line = 0;
   bool assumed = false;

@@ -45,7 +45,15 @@ size_t end_of_nested_element(std::string_view page, const Token &start, bool is_
 
 using OpenCounts = std::unordered_map<std::string, size_t>;
 
-void pair_tags(std::vector<Item> &items) {
+// The font group of an element whose end tag is what would be made of its name.
+int font_group_of(std::string_view page, const Item &open, const Item &close) {
+  const std::string_view end_tag = page.substr(close.begin, close.end - close.begin);
+  const bool is_usual = end_tag.size() == open.name.size() + 3 && end_tag.starts_with("</") &&
+                        end_tag.ends_with('>') && end_tag.substr(2, open.name.size()) == open.name;
+  return is_usual ? element(open.name).font_group : -1;
+}
+
+void pair_tags(std::string_view page, std::vector<Item> &items) {
   std::vector<size_t> open;
   OpenCounts open_by_name;
   for (size_t i = 0; i < items.size(); i++) {
@@ -67,6 +75,7 @@ void pair_tags(std::vector<Item> &items) {
     count--;
     item.partner = open.back();
     items[open.back()].partner = i;
+    items[open.back()].font_group = font_group_of(page, items[open.back()], item);
     open.pop_back();
   }
   for (const size_t i : open) items[i].reaches_out = true;
@@ -138,7 +147,7 @@ bool ParagraphReader::next(std::vector<Item> &items) {
   }
   while (position_ < page_.size() && take_token(items)) {
   }
-  pair_tags(items);
+  pair_tags(page_, items);
   return true;
 }
 

@@ -4,22 +4,9 @@
 #include <string_view>
 #include <vector>
 
+#include "programs/document/kind.h"
+
 namespace klib::programs {
-
-struct Item {
-  enum Kind { text, white, open, close, single };  // the last three are markup
-  Kind kind;
-  size_t begin, end;      // in the page
-  std::string_view name;  // of a tag
-  size_t partner = none;  // of a tag that is one of a properly nested pair: the other's place
-  bool visible = false;   // text that has a character to see
-  // A tag without partner, of an element that may have been opened before the paragraph or may be
-  // closed behind it: nothing in the paragraph crosses it.
-  bool reaches_out = false;
-
-  static constexpr size_t none = ~size_t{0};
-  bool is_markup() const { return kind >= open; }
-};
 
 class ParagraphReader {
  public:

@@ -5,14 +5,9 @@
 #include <vector>
 
 #include "programs/common/code_page.h"
-#include "programs/html/paragraph.h"
+#include "programs/document/kind.h"
 
 namespace klib::programs {
-
-// The items of one sentence that stand in its frame: from the first to before the last.
-struct Frame {
-  size_t first, last;
-};
 
 // The frames of a paragraph, in order. A frame begins and ends with text, or with a tag of an
 // element that begins or ends inside it.

@@ -1,5 +1,5 @@
 // The order of anchors in a sentence that has been through a translation.
-#include "programs/common/sentence_markup.h"
+#include "programs/document/sentence_markup.h"
 
 #include <algorithm>
 

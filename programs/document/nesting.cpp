@@ -2,7 +2,7 @@
 // character that has it, and one that is no longer selected closes behind the last one, before
 // white space. Elements that must be closed before their time, because one around them ends, wait
 // until the next character and then open again; so one that ends there anyway is not opened twice.
-#include "programs/common/nesting.h"
+#include "programs/document/nesting.h"
 
 #include <algorithm>
 

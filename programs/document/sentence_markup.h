@@ -5,8 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "programs/common/anchor_file.h"
 #include "programs/common/sentence_file.h"
+#include "programs/document/anchor_file.h"
 
 namespace klib::programs {
 

@@ -1,0 +1,36 @@
+// Writes the anchors of a document: the anchor text file and its index.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "programs/common/output_file.h"
+#include "programs/document/anchor_file.h"
+
+namespace klib::programs {
+
+// The bytes are those of the library's own operations (store_anchor, finish_anchor_index_file),
+// written in blocks. Failures, among them a file of 2 GiB, end the job (fail()).
+class AnchorWriter {
+ public:
+  AnchorWriter(const std::string &name, std::string_view header);
+
+  // Stores an anchor and returns its number, from 1; `partner` is that of a closing tag.
+  int32_t add(Anchor::Kind kind, std::string_view raw, int32_t partner = 0);
+
+  // All files of a job are finished before the first is published.
+  void finish();
+  void publish();
+
+ private:
+  void write(std::string_view bytes);
+
+  std::string name_;
+  OutputFile text_, index_;
+  std::vector<int32_t> offsets_;
+  int64_t size_ = 0;  // of the text file
+};
+
+}  // namespace klib::programs

@@ -1,0 +1,199 @@
+// A document as the files of a job. Everything that is no sentence becomes an anchor: what is
+// between two sentences one between their frames, markup inside a sentence one or a font in its
+// frame. docs/file-formats.md describes the files.
+#include "programs/document/extraction.h"
+
+#include <algorithm>
+
+#include "programs/common/output_file.h"
+#include "programs/common/program.h"
+#include "programs/common/sentence.h"
+#include "programs/common/utf8.h"
+#include "programs/document/anchor_writer.h"
+
+namespace klib::programs {
+namespace {
+
+// What is known of the items of a frame while it is written, an element for each.
+struct FrameItems {
+  const std::vector<Item> &items;
+  const Frame &frame;
+  std::vector<size_t> content_before, content_after;  // the nearest items that are no markup
+  std::vector<int32_t> numbers;                       // of anchors
+  std::vector<int> groups;                            // of opening tags that became fonts, else -1
+  bool is_open[font_group_count] = {};                // whether a font of the group is in force
+
+  const Item &item(size_t i) const { return items[frame.first + i]; }
+  size_t size() const { return frame.last - frame.first; }
+  // The place of a tag's partner, or Item::none when it is not in the frame.
+  size_t partner(size_t i) const {
+    const size_t place = item(i).partner;
+    return place != Item::none && place >= frame.first && place < frame.last ? place - frame.first
+                                                                             : Item::none;
+  }
+};
+
+// What a document becomes, written piece by piece.
+struct Extraction {
+  const DocumentKind &kind;
+  const Document &document;
+  const CodePage &page;
+  OutputFile kti, txt;
+  AnchorWriter anchors;
+  Sentence sentence;
+  std::string bytes, words;  // of the sentence
+  int64_t sentences = 0, number = parameter(NumberParameter::kti_start);
+  size_t written = 0;  // of the document: what is before it is in the files
+
+  Extraction(const DocumentKind &document_kind, const Document &taken, const CodePage &code_page,
+             const char *name)
+      : kind(document_kind),
+        document(taken),
+        page(code_page),
+        kti(name),
+        txt(with_type(name, "txt")),
+        anchors(with_type(name, "anc"), "klib-page 1 " + taken.encoding + "\n") {}
+
+  std::string_view raw(size_t begin, size_t end) const {
+    return std::string_view(document.text).substr(begin, end - begin);
+  }
+};
+
+// What is before `end` and has not been written becomes an anchor between frames.
+void write_between(Extraction &job, size_t end) {
+  if (end == job.written) return;
+  std::string line;
+  append_anchor(job.anchors.add(Anchor::single, job.raw(job.written, end)), line);
+  job.kti.write(line += '\n');
+  job.written = end;
+}
+
+FrameItems look_at(const std::vector<Item> &items, const Frame &frame) {
+  FrameItems look{items, frame, {}, {}, {}, {}};
+  const size_t size = look.size();
+  look.numbers.assign(size, 0);
+  look.groups.assign(size, -1);
+  look.content_before.resize(size);
+  look.content_after.resize(size);
+  size_t content = Item::none;
+  for (size_t i = 0; i < size; i++) {
+    if (!look.item(i).is_markup()) content = i;
+    look.content_before[i] = content;
+  }
+  content = Item::none;
+  for (size_t i = size; i-- > 0;) {
+    if (!look.item(i).is_markup()) content = i;
+    look.content_after[i] = content;
+  }
+  return look;
+}
+
+// The font group by which the element from `i` to `partner` can be said, or -1: it holds text, has
+// no white space at its edges, and is not inside a font of its group.
+int font_of(const FrameItems &look, size_t i, size_t partner) {
+  const int group = look.item(i).font_group;
+  if (group < 0 || look.is_open[group]) return -1;
+  const bool text = look.item(look.content_after[i]).kind == Item::text &&
+                    look.item(look.content_before[partner]).kind == Item::text;
+  return text ? group : -1;
+}
+
+// Adds the markup at `i` and returns the place of the last item that it took.
+size_t add_markup(Extraction &job, FrameItems &look, size_t i) {
+  const Item &item = look.item(i);
+  const size_t partner = item.kind == Item::single ? Item::none : look.partner(i);
+  size_t last = i;
+  Anchor::Kind kind = Anchor::single;
+  int32_t opened_by = 0;
+  if (partner != Item::none && item.kind == Item::close) {
+    if (const int group = look.groups[partner]; group >= 0) {
+      look.is_open[group] = false;
+      job.sentence.add_font(group, 0);
+      return last;
+    }
+    kind = Anchor::close;
+    opened_by = look.numbers[partner];
+  } else if (partner != Item::none && look.content_after[i] > partner) {
+    last = partner;  // an element without content is one anchor
+  } else if (partner != Item::none) {
+    look.groups[i] = font_of(look, i, partner);
+    kind = look.groups[i] >= 0 ? Anchor::font : Anchor::open;
+  } else if (item.partner != Item::none || item.reaches_out) {
+    kind = item.kind == Item::open ? Anchor::opens_out : Anchor::closes_from;
+  }
+  look.numbers[i] = job.anchors.add(kind, job.raw(item.begin, look.item(last).end), opened_by);
+  if (const int group = look.groups[i]; group >= 0) {
+    look.is_open[group] = true;
+    job.sentence.add_font(group, look.numbers[i]);
+  } else {
+    job.sentence.add_anchor(look.numbers[i]);
+  }
+  return last;
+}
+
+// The words of the sentence in UTF-8, single blanks between them.
+void collect_words(Extraction &job) {
+  job.words.clear();
+  bool blank_is_due = false;
+  for (const char32_t c : job.sentence.text) {
+    if (c == ' ') {
+      blank_is_due = !job.words.empty();
+      continue;
+    }
+    if (blank_is_due) job.words += ' ';
+    blank_is_due = false;
+    append_utf8(c & ~bare_flag, job.words);
+  }
+}
+
+void write_sentence(Extraction &job) {
+  job.bytes.clear();
+  append_sentence(job.sentence, job.page, job.bytes);
+  write_frame(job.kti.stream(), job.sentence.number, job.bytes);
+  job.kti.check();
+  collect_words(job);
+  job.txt.write(job.words += '\n');
+  job.number = std::min<int64_t>(job.number + parameter(NumberParameter::kti_step), INT32_MAX);
+  show_progress(++job.sentences);
+}
+
+void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &frame) {
+  write_between(job, items[frame.first].begin);
+  job.sentence.clear();
+  job.sentence.number = static_cast<int32_t>(job.number);
+  FrameItems look = look_at(items, frame);
+  for (size_t i = 0; i < look.size(); i++) {
+    const Item &item = look.item(i);
+    if (item.is_markup())
+      i = add_markup(job, look, i);
+    else if (item.kind == Item::text)
+      job.kind.read_text(job.raw(item.begin, item.end), job.sentence.text);
+    else
+      job.sentence.text += ' ';
+  }
+  job.written = items[frame.last - 1].end;
+  write_sentence(job);
+}
+
+}  // namespace
+
+void extract_document(const DocumentKind &kind, const Document &document, const char *name) {
+  const ActiveLanguage language(parameter(TextParameter::language));
+  CodePage page;
+  make_code_page(parameter(TextParameter::language), page);
+  Extraction job(kind, document, page, name);
+  init_kti_format(1);
+  kind.split(document, page, [&](const std::vector<Item> &items, const Frame &frame) {
+    add_frame(job, items, frame);
+  });
+  write_between(job, document.text.size());
+  exit_kti_format();
+  job.kti.finish();
+  job.txt.finish();
+  job.anchors.finish();
+  job.txt.publish();
+  job.anchors.publish();
+  job.kti.publish();
+}
+
+}  // namespace klib::programs

@@ -1,0 +1,76 @@
+// The table of what HTML is for kextract and kmerge; each function is a few lines over the rest of
+// this room.
+#include "programs/html/kind.h"
+
+#include <memory>
+
+#include "programs/common/sentence.h"
+#include "programs/common/utf8.h"
+#include "programs/html/conversion.h"
+#include "programs/html/page_file.h"
+#include "programs/html/paragraph.h"
+#include "programs/html/sentences.h"
+#include "programs/html/text_reader.h"
+#include "programs/html/tokenizer.h"
+
+namespace klib::programs {
+namespace {
+
+struct LoadedExceptions {
+  LoadedExceptions() { load_sentence_exceptions(); }
+  ~LoadedExceptions() { free_sentence_exceptions(); }
+};
+
+void split(const Document &page, const CodePage &code_page, const SentenceSink &sink) {
+  const LoadedExceptions exceptions;
+  const size_t mark = page.text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  ParagraphReader paragraphs(page.text, mark);
+  std::vector<Item> items;
+  std::vector<Frame> frames;
+  while (paragraphs.next(items)) {
+    find_frames(code_page, page.text, items, frames);
+    for (const Frame &frame : frames) sink(items, frame);
+  }
+}
+
+void read_text(std::string_view raw, std::u32string &text) {
+  TextReader reader(raw);
+  while (!reader.at_end()) {
+    const TextCharacter c = reader.next();
+    text += c.bare ? c.character | bare_flag : c.character;
+  }
+}
+
+void write_character(char32_t c, std::string &text) {
+  if (c == '<')
+    text += "&lt;";
+  else if (c == '>')
+    text += "&gt;";
+  else if (c == '&')
+    text += "&amp;";
+  else
+    append_utf8(c & ~bare_flag, text);
+}
+
+std::string closing_tag(std::string_view opening) {
+  return std::string("</").append(next_token(opening, 0).name).append(">");
+}
+
+Encoder encoder(std::string_view encoding) {
+  const auto owner = std::make_shared<PageEncoder>(encoding);
+  if (!owner->good()) return {};
+  return {[owner](std::string_view text, std::string &encoded) { owner->append(text, encoded); },
+          [owner](std::string &encoded) { owner->finish(encoded); }};
+}
+
+}  // namespace
+
+const DocumentKind html = {.name = "html",
+                           .read = read_page,
+                           .split = split,
+                           .read_text = read_text,
+                           .write_character = write_character,
+                           .closing_tag = closing_tag,
+                           .encoder = encoder};
+
+}  // namespace klib::programs
