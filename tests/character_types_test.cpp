@@ -49,12 +49,14 @@ TEST_F(CharacterTypes, NamedTypesAsBracketExpressions) {
 }
 
 TEST_F(CharacterTypes, KeyedWords) {
-  static constexpr uint32_t pairs[] = {7, 0x10, 0xFFFFFFFF, 0x20, 7, 0x30, 9};
+  static constexpr uint32_t pairs[] = {7, 0x10, 0xFFFFFFFF, 0x20, 7, 0x30, 9, 0x40};
   EXPECT_EQ(fiprops(7), 0u);
   fc_t = pairs;
   fc_t_len = 7;
   for (const auto &[key, word] : {std::pair(7, 0x10u), {-1, 0x20u}, {0x30, 0u}, {9, 0u}})
     EXPECT_EQ(fiprops(key), word) << key;
+  fc_t_len = 8;
+  EXPECT_EQ(fiprops(9), 0x40U) << "the last pair";
 }
 
 }  // namespace klib::test

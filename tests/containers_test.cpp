@@ -128,6 +128,11 @@ TEST_F(Containers, DoubleStack) {
   empty_double_stack(stream);
   fclose(stream);
   EXPECT_EQ(read_file("texts"), "x%s");
+  push_on_double_stack(1, nullptr);
+  free_double_stack();
+  EXPECT_EQ(_sa_index, 1);
+  init_double_stack();
+  EXPECT_EQ(_sa_index, 0) << "whatever was left";
   free_double_stack();
   for (int n = 1; n <= 2 + 50 + 3; n++) {
     const FailingAllocation failing(n);

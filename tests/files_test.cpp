@@ -1,5 +1,8 @@
 // Checked file operations, path names and language names.
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <functional>
 
@@ -79,6 +82,18 @@ TEST_F(CheckedFiles, CopyNoFileOntoItself) {
   EXPECT_EQ(log(), "");
 }
 
+TEST_F(CheckedFiles, CreateFilesForEveryoneButThoseMasked) {
+  const mode_t mask = umask(0);
+  Kclose(Kopen("new", O_WRONLY | O_CREAT), 0);
+  Kclose(Kcreat("own", 0640), 0);
+  umask(mask);
+  const auto mode = [](const char *name) {
+    return static_cast<int>(std::filesystem::status(name).permissions());
+  };
+  EXPECT_EQ(mode("new"), 0666);
+  EXPECT_EQ(mode("own"), 0640);
+}
+
 class PathNames : public Library {};
 
 std::string take_list(char **list) {
@@ -125,6 +140,13 @@ TEST_F(PathNames, StandBelowTheirDirectories) {
   EXPECT_EQ(take(Klib_pathname("x", 1)), "c:\\kavro\\dfmt/DE/x");
   EXPECT_EQ(take(Kbin_pathname("x")), "/x");
   EXPECT_EQ(take(Kcwd()), directory_);
+  static size_t size;
+  platform::calls.working_directory = [](char *, size_t room) -> char * {
+    return size = room, nullptr;
+  };
+  EXPECT_EQ(Kcwd(), nullptr);
+  EXPECT_EQ(size, 512U);
+  platform::calls.working_directory = getcwd;
   EXPECT_EQ(take(Kpathname("doc.txt")), directory_ + "/doc.txt");
   EXPECT_EQ(take(Kpathname("\\doc.txt")), "\\doc.txt");
 }

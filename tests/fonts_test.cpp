@@ -153,6 +153,7 @@ TEST_F(Fonts, AreSavedListedAndPutBack) {
        "[Outer] [Heading] [Bold MonoBold Outer] 10"},
       {"s +Bold s =000 +Italic =000 r ?Bold r c =100", "null [Italic] 1null "},
       {"=111 r c ?Roman", "null 1"},
+      {"+Heading s +Bold r ?Empty ?Heading", "01"},  // the last selection is a packet's again
   };
   for (const auto &row : rows) {
     start();

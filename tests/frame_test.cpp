@@ -239,6 +239,27 @@ TEST_F(Frame, MainLoopReportsItsRun) {
             "Program 'prog' aborted.\n");
 }
 
+// A parameter file counts from its group on, but for the names of the group itself; the run time
+// needs a name; an abort closes the log after the last message.
+TEST_F(Frame, KeepsTheOrderOfARun) {
+  write_file("a.par", "\x96SHOW-FILENAME=1\n");
+  std::vector<std::string> arguments = {
+      "p", "-LOG-PATHNAME", directory_ + "/test.log", "-TIME-PROG", "1", "a.txt", "b.txt"};
+  const auto run = [&](const char *program_name, K_process_function process) {
+    std::vector<char *> argv;
+    for (std::string &argument : arguments) argv.push_back(argument.data());
+    Kstop_logging_file();
+    Kmain_loop(static_cast<int32_t>(argv.size()), argv.data(), program_name, "", 1, process,
+               nullptr, nullptr);
+    return log();
+  };
+  const auto process = reinterpret_cast<K_process_function>(+[](char *) {});
+  EXPECT_EQ(run(nullptr, process), "Processing file 'b.txt'.\n");
+  arguments.pop_back();
+  EXPECT_EQ(run("prog", reinterpret_cast<K_process_function>(+[](char *) { Kabort_prog(); })),
+            "Program 'prog' started.\nProgram 'prog' aborted.\nRun time:    1 sec\n");
+}
+
 TEST_F(Frame, StartsAProgramWithoutTheLoop) {
   EXPECT_EQ(Kstart_prog("/data/", "GERMAN-ENGLISH"), 0);
   EXPECT_STREQ(text_of("LIB-DIRECTORY"), "/data/dfmt");

@@ -201,9 +201,15 @@ TEST_F(Parser, TheStacksGrowByFixedSteps) {
 }
 
 TEST_F(Parser, MeasuresAndTakesApart) {
-  static const std::pair<const char *, int32_t> widths[] = {
-      {"", 0},           {"abc", 3},      {"a{98}Bold{99}b", 2}, {"{90}12 ab{91}", 5},
-      {"a{9D}00E9b", 3}, {"ab{0A}cd", 2}, {"{1D}", 0},           {"{1E}a{98}B{99}c{1F}", 4}};
+  static const std::pair<const char *, int32_t> widths[] = {{"", 0},
+                                                            {"abc", 3},
+                                                            {"a{98}Bold{99}b", 2},
+                                                            {"{90}12 ab{91}", 5},
+                                                            {"a{9D}00E9b", 3},
+                                                            {"ab{0A}cd", 2},
+                                                            {"{1D}", 0},
+                                                            {"{1E}a{98}B{99}c{1F}", 4},
+                                                            {"a{98}b{94}c{95}d{99}e", 2}};
   for (const auto &[text, width] : widths)
     EXPECT_EQ(real_string_length(bytes(text).c_str()), width) << text;
   static const std::pair<const char *, const char *> bodies[] = {

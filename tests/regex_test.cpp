@@ -240,6 +240,18 @@ TEST_F(RegularExpressions, RepetitionsWithoutBoundEndAfter20000More) {
   EXPECT_EQ(search_one("^a*\\(b\\)", repeated("a", 20003) + "b"), 0);
 }
 
+TEST_F(RegularExpressions, CountsAreExactAcrossBlocks) {
+  for (int count = 1; count <= 254; count += count % 64 == 1 ? 61 : 1)
+    for (const int length : {count - 1, count, count + 1, count + 2}) {
+      const std::string number = std::to_string(count), more = std::to_string(count + 1);
+      const std::string text = "xb" + repeated("a", length) + "c" + repeated("x", 70);
+      EXPECT_EQ(search_one("ba\\{" + number + "\\}c", text) == 0, length == count) << length;
+      EXPECT_EQ(search_one("b[a]\\{" + number + "," + more + "\\}c", text) == 0,
+                length == count || length == count + 1 || (more == "255" && length >= count))
+          << count << " in " << length;
+    }
+}
+
 TEST_F(RegularExpressions, NoExpressionTakesForever) {
   const std::string text = repeated("x", 100000) + "zy", short_text = repeated("x", 1000) + "zy";
   for (const std::string &expression :

@@ -143,6 +143,7 @@ TEST_F(Transfer, ChecksAndMakesAlignments) {
       {anchor, "p q r", "119", "p{94}1{95} q r   0|1|126"},
       {anchor, "p q r", "?", "p{94}1{95} q r"},
       {anchor, "p q", "0 200|1", "p{94}1{95} q   0 126|1"},
+      {anchor, "p q", "0 2|1", "p{94}1{95} q   0 126|1"},
       {anchor, "p q", "119 0|1", "p{94}1{95} q   126 0|1"},
       {anchor, "p q", "200|-5 200|200", "a{94}1{95} b   126|-5 200|200"},
       {anchor, "p q", "0|1|200", "a{94}1{95} b   0|1|126"},

@@ -205,6 +205,7 @@ TEST_F(Carry, ReportsAndBadInput) {
       {"", "A\n", "0-0 7-0 0-1 x 1-", 1, "a.txt:1: pair '7-0': the sentence has only 3 words",
        "{94}0{95}/{90}7 A{91}/"},
       {"", "A\nB\n", "0-0", 1, "t.txt: has 2 lines, but job.kti has 1 sentences", "(none)"},
+      {"", "A\n", "0-0\n0-0\n", 1, "a.txt: has 2 lines, but job.kti has 1 sentences", "(none)"},
       {"", "A\n", "", 1, "a.txt: has 0 lines, but job.kti has 1 sentences", "(none)"},
       {"", "A\nB\xFF\n", "0-0", 1, "t.txt:2: is not UTF-8", "(none)"},
       {"{90}1 a", "A\n", "0-0", 1, "job.kti:1: a sentence is cut off", "(none)"},

@@ -122,6 +122,9 @@ TEST_F(Extract, Refuses) {
   EXPECT_EQ(frames("ENGLISH", std::string("a\nb\0c", 5)), "page.html:2: holds a NUL character\n");
   write("page.html", "a");
   EXPECT_EQ(run("kextract", "job.kti .").errors, ".: cannot be read: Is a directory\n");
+  EXPECT_EQ(run("kextract", "job.kti /proc/self/mem").errors,
+            "/proc/self/mem: cannot be read: Input/output error\n");
+  EXPECT_EQ(files(), "page.html");
   EXPECT_EQ(run("kextract", "nowhere/job.kti page.html").errors,
             "nowhere/job.kti: cannot be written: No such file or directory\n");
   EXPECT_EQ(run("kextract", "-LIB-DIRECTORY / job.kti page.html").errors,

@@ -64,6 +64,7 @@ TEST_F(Merge, ReportsAnchorsThatAreNotWhereTheyShouldBe) {
   static const struct {
     const char *page, *frames, *result, *messages;
   } rows[] = {
+      {"a<img>b c", "{90}0 A C{91}", "A C", "job.anc: anchor 1 is lost\n"},
       {"a<img><a>c</a><hr>", "{90}0 A{94}2{95}C{91}{94}4{95}", "A<a>C</a><hr>",
        "out.kti:1: sentence 0: anchor 2 is not closed; it is closed at the end of the sentence\n"
        "job.anc: anchor 1 is lost\njob.anc: anchor 3 is lost\n"},
@@ -110,8 +111,10 @@ TEST_F(Merge, Refuses) {
   write("job.anx", index.substr(0, index.size() - 4));
   EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors,
             "job.anx: does not fit job.anc: it ends at 22, the file at 28\n");
-  write("job.anx", "abc");
-  EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors, "job.anx: is no anchor index\n");
+  for (const std::string &damaged : {std::string(), std::string("abc"), index + "x"}) {
+    write("job.anx", damaged);
+    EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors, "job.anx: is no anchor index\n");
+  }
 }
 
 TEST_F(Merge, WritesTheEncodingOfThePage) {
@@ -146,9 +149,29 @@ TEST_F(Merge, WritesFilesWholeOrNotAtAll) {
     EXPECT_EQ(outcome.errors, std::string(message) + ": could not be written: File too large\n");
     EXPECT_EQ(outcome.status, 1) << program;
   }
+  for (const auto &[program, arguments, message] :
+       {std::tuple("kmerge", "out.kti job.anc result.html", "result.html: could not be written:"),
+        {"kextract", "new.kti page.html", ": could not be written:"}}) {
+    const Outcome outcome = run(program, arguments, FAILING_CLOSE);
+    EXPECT_NE(outcome.errors.find(message), std::string::npos) << outcome.errors;
+    EXPECT_EQ(outcome.status, 1) << program;
+  }
   EXPECT_EQ(files() + " " + read("result.html"), before + " old");
   EXPECT_EQ(run("kmerge", "-LOG-PATHNAME no/x.log out.kti job.anc result.html").errors,
             "no/x.log: cannot be written: No such file or directory\n");
+}
+
+TEST_F(Merge, GivesItsFilesTheUsualPermissions) {
+  write("page.html", "<p>a");
+  for (const auto &[mask, mode] : {std::pair("umask 022; ", 0644), {"umask 007; ", 0660}}) {
+    run("kextract", "job.kti page.html", mask);
+    run("kmerge", "job.kti job.anc result.html", mask);
+    for (const char *name : {"job.kti", "job.txt", "job.anc", "job.anx", "result.html"}) {
+      const auto status = std::filesystem::status(directory_ + "/" + name);
+      EXPECT_EQ(static_cast<int>(status.permissions()), mode) << name << " under " << mask;
+      std::filesystem::remove(directory_ + "/" + name);
+    }
+  }
 }
 
 // An abort in the first job closes the log; the second job is logged and written all the same.

@@ -1,0 +1,152 @@
+// The tables of the library, all of them, as one listing that is compared with tests/golden.txt:
+// parameters, languages, properties and upper case of every byte, types, messages. After a change
+// that is wanted, golden.txt is what the failing test has written to the file that it names.
+
+#include <array>
+#include <filesystem>
+#include <sstream>
+
+#include "frame/messages.h"
+#include "parameters/parameters.h"
+#include "tests/support.h"
+
+namespace klib::test {
+
+namespace {
+
+class Golden : public Library {};
+
+void list_parameters(std::ostream &out) {
+  for (int32_t n = 1; n <= parameters::numeric_count; n++)
+    out << n << " \"" << parameters::parameter_name(n) << "\" " << kparm[n - 1] << " type "
+        << parameters::parameter_type(n) << '\n';
+  for (int32_t n = 1; n <= parameters::text_count; n++) {
+    const int32_t number = parameters::numeric_count + n;
+    out << number << " \"" << parameters::parameter_name(number) << "\" \"" << skparm[n - 1]
+        << "\" type " << parameters::parameter_type(number) << '\n';
+  }
+}
+
+void list_languages(std::ostream &out) {
+  for (char first = 'A'; first <= 'Z'; first++)
+    for (char second = 'A'; second <= 'Z'; second++) {
+      const char name[] = {first, second, '\0'};
+      const std::string long_name = Klang_sh_lo(name);
+      if (long_name != "UNKNOWN")
+        out << name << ' ' << long_name << ' ' << Klang_lo_sh(long_name.c_str()) << '\n';
+    }
+}
+
+// A value for each byte, equal ones of neighbours together: "00-08 4000000".
+template <class Value>
+void list_bytes(std::ostream &out, Value value) {
+  const auto hexadecimal = [](uint32_t number) {
+    std::ostringstream digits;
+    digits << std::uppercase << std::hex << number;
+    return digits.str();
+  };
+  for (int first = 0, last; first < 256; first = last + 1) {
+    for (last = first; last < 255 && value(last + 1) == value(first);) last++;
+    out << hexadecimal(static_cast<uint32_t>(first)) << '-'
+        << hexadecimal(static_cast<uint32_t>(last)) << ' ' << hexadecimal(value(first)) << '\n';
+  }
+}
+
+// How far each byte's upper case is from it, by uppercase_string on bytes that all count as lower.
+void list_upper_case(std::ostream &out, const char *language) {
+  static constexpr std::array<uint32_t, 256> all_lower = [] {
+    std::array<uint32_t, 256> types{};
+    types.fill(0x40000000);
+    return types;
+  }();
+  initUpcase(language);
+  const uint32_t *const types = c_t;
+  c_t = all_lower.data();
+  out << "upper case " << language << '\n';
+  list_bytes(out, [](int byte) {
+    char text[] = {static_cast<char>(byte), '\0'};
+    uppercase_string(text);
+    return static_cast<uint32_t>(byte - static_cast<unsigned char>(text[0])) & 0xFF;
+  });
+  c_t = types;
+}
+
+void list_types(std::ostream &out) {
+  char **expressions = Kcharacter_types_regex();
+  for (int i = 0; *ct_names[i] != '\0'; i++)
+    out << ct_names[i] << ' ' << std::hex << ct_props[i] << std::dec << ' ' << take(expressions[i])
+        << '\n';
+  Kfree(expressions);
+}
+
+void list_messages(std::ostream &out) {
+  static constexpr struct {
+    int set, number;
+    const char *text;
+  } rows[] = {
+      {MESSAGE_FILE_NOT_OPENED},
+      {MESSAGE_FILE_NOT_CREATED},
+      {MESSAGE_FILE_NOT_CLOSED},
+      {MESSAGE_NO_FILE_LENGTH},
+      {MESSAGE_SHORT_READ},
+      {MESSAGE_SHORT_WRITE},
+      {MESSAGE_FILE_NOT_DELETED},
+      {MESSAGE_NAME_TOO_SHORT_FOR_TYPE},
+      {MESSAGE_DOT_AT_WRONG_POSITION},
+      {MESSAGE_NO_WORKING_DIRECTORY},
+      {MESSAGE_NAME_WITHOUT_DOT},
+      {MESSAGE_UNDEFINED_GROUP_FOR_FONT},
+      {MESSAGE_USING_GROUP_INSTEAD},
+      {MESSAGE_UNDEFINED_GROUP},
+      {MESSAGE_UNDEFINED_FONT},
+      {MESSAGE_RECURSIVE_PACKET},
+      {MESSAGE_EMPTY_LIST_FILE},
+      {MESSAGE_LIST_FILE_READ_SHORT},
+      {MESSAGE_REGEX_ERROR},
+      {MESSAGE_ANCHOR_READ_TWICE},
+      {MESSAGE_SEEK_ERROR},
+      {MESSAGE_ANCHOR_LOST},
+      {MESSAGE_NO_MORE_MEMORY},
+      {MESSAGE_RUN_TIME},
+      {MESSAGE_PROGRAM_STARTED},
+      {MESSAGE_NAMED_PROGRAM_ABORTED},
+      {MESSAGE_PROCESSING_FILE},
+      {MESSAGE_PROGRAM_ABORTED},
+      {MESSAGE_USAGE},
+      {MESSAGE_INCOMPLETE_GROUP},
+      {MESSAGE_LEGAL_PARAMETERS},
+      {MESSAGE_UNKNOWN_PARAMETER},
+      {MESSAGE_NO_SENTENCE_WRITTEN},
+      {MESSAGE_ONE_SENTENCE_WRITTEN},
+      {MESSAGE_SENTENCES_WRITTEN},
+      {MESSAGE_SENTENCE_NUMBER},
+      {MESSAGE_ALIEN_COUNT_DIFFERS},
+      {MESSAGE_PREMATURE_END},
+  };
+  for (const auto &[set, number, text] : rows)
+    out << set << ',' << number << ' ' << show(text) << '\n';
+}
+
+TEST_F(Golden, Tables) {
+  std::ostringstream out;
+  list_parameters(out);
+  list_languages(out);
+  for (const char *language : {"GERMAN", "RUSSIAN", "GREEK"}) {
+    initCT(language);
+    out << "properties " << language << '\n';
+    list_bytes(out, [](int byte) { return cprops(byte); });
+    list_types(out);
+    list_upper_case(out, language);
+  }
+  out << "upper case by upcaseRu and upcaseGr\n";
+  list_bytes(out, [](int byte) { return static_cast<uint32_t>(byte - upcaseRu(byte)) & 0xFF; });
+  list_bytes(out, [](int byte) { return static_cast<uint32_t>(byte - upcaseGr(byte)) & 0xFF; });
+  list_messages(out);
+  const std::string written = std::filesystem::temp_directory_path() / "golden.txt";
+  EXPECT_EQ(out.str(), read_file(GOLDEN)) << "compare " << written;
+  if (HasFailure()) write_file(written, out.str());
+}
+
+}  // namespace
+
+}  // namespace klib::test
