@@ -99,7 +99,10 @@ bool read_option(Reading &reading, std::span<const Option> common) {
     if (reading.next == reading.argc) return bad(reading, "a value is missing after %s", argument);
     value = reading.argv[reading.next++];
   }
-  return store(reading, *option, value);
+  if (!store(reading, *option, value)) return false;
+  if (!option->value || !strchr(option->value, ' ')) return true;
+  if (reading.next == reading.argc) return bad(reading, "two values must follow %s", argument);
+  return store(reading, *option, reading.argv[reading.next++]);
 }
 
 bool read_parameter(Reading &reading) {

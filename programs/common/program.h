@@ -62,7 +62,8 @@ struct NumberOption {
 // program starts: to false, null, nothing, or the default.
 struct Option {
   const char *name;   // without the dashes
-  const char *value;  // as --help calls it; null: it takes none; "[KIND]": --NAME or --NAME=KIND
+  const char *value;  // as --help calls it; null: it takes none; "[KIND]": --NAME or --NAME=KIND;
+                      // "SOURCE TARGET": two values, for a list
   std::variant<bool *, const char **, NumberOption, std::vector<const char *> *> place;
   const char *help;          // lines without the line feed at the end
   const Job *job = nullptr;  // what the program does instead of its usual job, if any
@@ -83,7 +84,7 @@ struct Program {
 };
 
 // Each is run by a main() of its own (main.cpp).
-extern const Program kextract, kcarry, kmerge, kshow;
+extern const Program kalign, kextract, kcarry, kmerge, kshow;
 
 // Runs the program and returns its exit status: 0 when everything went well. A process may run
 // programs one after the other.

@@ -1,0 +1,36 @@
+// What an alignment on files learns from, besides the lines that are wanted.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "programs/align/align.h"
+
+namespace klib::programs::align {
+
+// The places of the programs' options.
+struct Material {
+  std::vector<const char *> memories;  // two files each: lines and their translations
+  std::vector<const char *> lexicons;
+  const char *model = nullptr;  // a file, or none
+  int64_t jobs = 0;             // threads; 0: as many as there are processors
+};
+
+// The most jobs that an option may ask for.
+constexpr int64_t most_jobs = 256;
+
+// A run of the aligner: add lines after start_alignment() and align_words() them.
+struct Alignment {
+  Model model;
+  Corpus corpus;
+  AlignmentJob job;
+};
+
+// Reads the material. Faults of its files end the job (fail()); lines of a lexicon that are not two
+// columns are reported and left out. A line that is cut is told as one of `source_name`.
+void start_alignment(const Material &material, const char *source_name, Alignment &alignment);
+
+// Writes the model; it gets its name only when it is complete.
+void save_model(const char *name, const Model &model);
+
+}  // namespace klib::programs::align

@@ -1,0 +1,18 @@
+// Models in files.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "programs/align/model.h"
+
+namespace klib::programs::align {
+
+// The bytes of a model file: the same for the same model on every machine.
+std::string write_model(const Model &model);
+
+// Reads them into a new model. Returns what is wrong with them, nothing when all is well; any bytes
+// may be tried.
+std::string read_model(std::string_view bytes, Model &model);
+
+}  // namespace klib::programs::align

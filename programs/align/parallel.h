@@ -1,0 +1,14 @@
+// Work on several cores whose result does not depend on their number.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+namespace klib::programs::align {
+
+// Calls work(part, worker) once for each part from 0, on up to `jobs` threads with the numbers
+// 0 to jobs - 1. Which thread takes which part is open, so parts must not share what they write.
+// Throws what the work threw; threads that cannot be started are done without.
+void in_parallel(int jobs, size_t parts, const std::function<void(size_t part, int worker)> &work);
+
+}  // namespace klib::programs::align

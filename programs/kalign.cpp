@@ -1,0 +1,130 @@
+// kalign finds out which words of two texts translate each other. docs/pipeline.md describes the
+// files, programs/align the method.
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include "programs/align/material.h"
+#include "programs/align/tokens.h"
+#include "programs/common/line_reader.h"
+#include "programs/common/output_file.h"
+#include "programs/common/program.h"
+
+namespace klib::programs {
+namespace {
+
+align::Material material;
+const char *saved_model, *token_prefix;
+
+const Option options[] = {
+    {"memory", "SOURCE TARGET", &material.memories,
+     "more lines and their translations to learn from;\nmay be repeated"},
+    {"lexicon", "FILE", &material.lexicons,
+     "words and their translations, a tab between them;\nmay be repeated"},
+    {"model", "FILE", &material.model, "begin with what an earlier run has learned"},
+    {"save", "FILE", &saved_model, "write what this run has learned, for --model"},
+    {"tokens", "PREFIX", &token_prefix,
+     "write what the pairs count to PREFIX.source and\nPREFIX.target: words, and in scripts "
+     "without "
+     "blanks\nthe words of a dictionary"},
+    {"jobs", "N", NumberOption{&material.jobs, 0, 0, align::most_jobs},
+     "use N processors (0, the default: all); the result\nis the same"},
+};
+
+// The files that --tokens writes.
+struct TokenFiles {
+  OutputFile source, target;
+
+  explicit TokenFiles(const std::string &prefix)
+      : source(prefix + ".source"), target(prefix + ".target") {}
+};
+
+void add_side(const LineReader &file, align::LanguageModel &language, OutputFile *tokens,
+              std::vector<align::Unit> &units) {
+  align::read_units(file.line(), language.vocabulary, units);
+  if (!tokens) return;
+  std::vector<align::Token> found;
+  align::divide_into_tokens(file.line(), units, found);
+  tokens->write(align::token_line(file.line(), found));
+}
+
+[[noreturn]] void fail_at_lines(LineReader &source, LineReader &target) {
+  for (LineReader *file : {&source, &target})
+    while (file->next()) continue;
+  fail(target.name(), 0, "has %lld lines, but %s has %lld", static_cast<long long>(target.number()),
+       source.name(), static_cast<long long>(source.number()));
+}
+
+// Reads the texts, line by line.
+void add_texts(const char *source_name, const char *target_name, TokenFiles *tokens,
+               align::Alignment &alignment) {
+  LineReader source(source_name), target(target_name);
+  std::vector<align::Unit> units, partners;
+  for (;;) {
+    const bool has_source = source.next(), has_target = target.next();
+    if (has_source != has_target) fail_at_lines(source, target);
+    if (!has_source) return;
+    add_side(source, alignment.model.source, tokens ? &tokens->source : nullptr, units);
+    add_side(target, alignment.model.target, tokens ? &tokens->target : nullptr, partners);
+    align::add_units(units, partners, alignment.model, alignment.corpus);
+  }
+}
+
+std::string pairs_line(const std::vector<align::WordLink> &links) {
+  std::string text;
+  for (const align::WordLink &link : links) {
+    if (!text.empty()) text += ' ';
+    text.append(std::to_string(link.source)).append("-").append(std::to_string(link.target));
+  }
+  return text += '\n';
+}
+
+void align_files(const char *source, const char *target, const char *out_name) {
+  OutputFile out(out_name);
+  std::optional<TokenFiles> tokens;
+  if (token_prefix) tokens.emplace(token_prefix);
+  align::Alignment alignment;
+  align::start_alignment(material, source, alignment);
+  add_texts(source, target, tokens ? &*tokens : nullptr, alignment);
+  align::align_words(
+      alignment.corpus, alignment.job, alignment.model,
+      [&](int64_t, const std::vector<align::WordLink> &links) { out.write(pairs_line(links)); });
+  out.finish();
+  if (tokens) tokens->source.finish(), tokens->target.finish();
+  if (saved_model) align::save_model(saved_model, alignment.model);
+  if (tokens) tokens->source.publish(), tokens->target.publish();
+  out.publish();
+}
+
+void align_all(std::span<const char *const> names) {
+  constexpr size_t group = 3;
+  if (names.empty() || names.size() % group != 0)
+    fail("kalign", 0, "%zu file name%s, but each job takes %zu", names.size(),
+         names.size() == 1 ? "" : "s", group);
+  if (names.size() > group && (saved_model || token_prefix))
+    fail("kalign", 0, "--save and --tokens are for one job alone");
+  for (; !names.empty(); names = names.subspan(group)) {
+    try {
+      align_files(names[0], names[1], names[2]);
+    } catch (const Failed &) {
+      // That was told; the next job is another one.
+    }
+  }
+}
+
+}  // namespace
+
+constinit const Program kalign = {
+    .name = "kalign",
+    .files = "SOURCE TARGET ALIGNMENT ...",
+    .purpose =
+        "Finds out which words translate each other. SOURCE has a sentence a line, such as\n"
+        "JOB.txt of kextract, TARGET its translations, both in UTF-8. ALIGNMENT gets a line\n"
+        "of pairs i-j for each, as kcarry takes them: word i of the sentence (from 0,\n"
+        "between blanks) is translated by word j. No language need be told. '-' is standard\n"
+        "input or output.\n",
+    .options = options,
+    .job = job<align_all, Job::any_files>,
+};
+
+}  // namespace klib::programs
