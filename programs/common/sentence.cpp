@@ -38,7 +38,7 @@ std::string_view take_code(Reader &reader, char close, const char *what) {
 
 void take_anchor(Reader &reader) {
   const int32_t number = whole_number(take_code(reader, anchor_end, "an anchor"));
-  if (number < 0) fail(reader.file.name(), reader.file.line(), "an anchor has no number");
+  if (number < 0) fail(reader.file.name(), reader.file.line(), "an anchor without a number");
   reader.sentence.add_anchor(number);
 }
 
@@ -56,10 +56,13 @@ void take_character(Reader &reader) {
   const size_t begin = reader.position;
   const bool alien = reader.text[begin] == alien_marker;
   char32_t c = next_character(reader.page, reader.text, reader.position);
-  if (c == 0)
-    fail(reader.file.name(), reader.file.line(), "sentence %d: %s is no character of its language",
-         static_cast<int>(reader.sentence.number),
-         readable(reader.text.substr(begin, reader.position - begin)).c_str());
+  if (c == 0) {
+    constexpr size_t alien_size = 5;
+    const size_t shown = std::max(reader.position - begin, alien ? alien_size : 1);
+    fail({reader.file.name(), reader.file.line(), reader.sentence.number}, "no-character", {},
+         "%s is no character of %s", readable(reader.text.substr(begin, shown)).c_str(),
+         parameter(TextParameter::language));
+  }
   if (alien && (c == '<' || c == '>' || c == '&')) c |= bare_flag;
   reader.sentence.text += c;
 }

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -21,6 +22,8 @@ namespace {
 
 constexpr std::string_view header_mark = "klib-page 1 ";
 constexpr int64_t longest_header = 200;
+constexpr size_t block_size = 65536;
+constexpr int32_t anchor_messages = 4;  // the library's set of messages about anchors
 
 int open_file(const std::string &name, int64_t &size) {
   const int descriptor = open(name.c_str(), O_RDONLY | O_CLOEXEC);
@@ -60,10 +63,7 @@ AnchorFile::Descriptor::~Descriptor() {
 AnchorFile::AnchorFile(const char *name) : name_(name) {
   check_index(with_type(name, "anx"));
   read_header();
-  read_anchor_indexes(index_.number);
 }
-
-AnchorFile::~AnchorFile() { free_anchor_indexes(); }
 
 void AnchorFile::check_index(const std::string &index_name) {
   int64_t text_size, index_size;
@@ -98,14 +98,26 @@ void AnchorFile::read_header() {
   encoding_.pop_back();
 }
 
+// The bytes at a position, which are read in blocks: anchors mostly come in the order of the file.
+std::string_view AnchorFile::bytes_at(int32_t position, size_t size) {
+  const auto begin = static_cast<size_t>(position);
+  if (begin < block_begin_ || begin + size > block_begin_ + block_.size()) {
+    const size_t left = static_cast<size_t>(offsets_.back()) - begin;
+    block_ = read_bytes(text_.number, name_, position,
+                        static_cast<int64_t>(std::min(std::max(size, block_size), left)));
+    block_begin_ = begin;
+  }
+  return std::string_view(block_).substr(begin - block_begin_, size);
+}
+
 Anchor AnchorFile::read(int32_t number) {
   const auto index = static_cast<size_t>(number);
   const auto size = static_cast<size_t>(offsets_[index] - offsets_[index - 1]);
-  times_read_[index]++;
-  const Text text(read_anchor(text_.number, number), Kfree);
-  std::string_view record = text ? text.get() : "";
-  if (record.size() != size || record.empty() || !is_kind(record[0]) ||
-      find_invalid_utf8(record) != std::string_view::npos)
+  if (times_read_[index]++ > 0)
+    Kmessage(anchor_messages, 150, "Anchor #%d read more than once.\n", number);
+  std::string_view record = bytes_at(offsets_[index - 1], size);
+  if (record.empty() || !is_kind(record[0]) || record.find('\0') != record.npos ||
+      find_invalid_utf8(record) != record.npos)
     fail(name_.c_str(), 0, "anchor %d is damaged", static_cast<int>(number));
   Anchor anchor{static_cast<Anchor::Kind>(record[0]), 0, {}};
   record.remove_prefix(1);
@@ -120,10 +132,12 @@ Anchor AnchorFile::read(int32_t number) {
   return anchor;
 }
 
-Anchor::Kind AnchorFile::kind(int32_t number) const {
-  char mark = '=';
-  const ssize_t count = pread(text_.number, &mark, 1, offsets_[static_cast<size_t>(number) - 1]);
-  return count == 1 && is_kind(mark) ? static_cast<Anchor::Kind>(mark) : Anchor::single;
+Anchor::Kind AnchorFile::report_lost(int32_t number) {
+  Kmessage(anchor_messages, 152, "Anchor #%d lost.\n", number);
+  const auto index = static_cast<size_t>(number);
+  if (offsets_[index] == offsets_[index - 1]) return Anchor::single;
+  const char mark = bytes_at(offsets_[index - 1], 1)[0];
+  return is_kind(mark) ? static_cast<Anchor::Kind>(mark) : Anchor::single;
 }
 
 }  // namespace klib::programs

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace klib::programs {
@@ -13,7 +14,7 @@ struct Anchor {
     font = '*',        // the opening tag of a font
     open = '(',        // the opening tag of a pair in one sentence
     close = ')',       // the closing tag of a pair in one sentence
-    opens_out = '<',   // an opening tag that is closed behind its sentence
+    opens_out = '<',   // an opening tag that is closed after its sentence
     closes_from = '>'  // a closing tag that was opened before its sentence
   };
   Kind kind;
@@ -21,14 +22,11 @@ struct Anchor {
   std::string raw;
 };
 
-// Reads through the library, which notes what was read twice or never. Failures (no file, an index
-// that does not fit, a wrong header) end the job (fail()).
+// Writes to the log, as the library's own reading of anchors does, what was read twice. Failures
+// (no file, an index that does not fit, a wrong header) end the job (fail()).
 class AnchorFile {
  public:
   explicit AnchorFile(const char *name);  // of the anchor text file; the index has the type anx
-  ~AnchorFile();
-  AnchorFile(const AnchorFile &) = delete;
-  AnchorFile &operator=(const AnchorFile &) = delete;
 
   const std::string &encoding() const { return encoding_; }  // of the page
   int32_t count() const { return count_; }
@@ -36,8 +34,8 @@ class AnchorFile {
   // The anchor of a number that the file has. Reading it twice is counted as such.
   Anchor read(int32_t number);
   int32_t times_read(int32_t number) const { return times_read_[static_cast<size_t>(number)]; }
-  // The kind of an anchor that was not read.
-  Anchor::Kind kind(int32_t number) const;
+  // Writes to the log that an anchor was not read, and returns its kind.
+  Anchor::Kind report_lost(int32_t number);
 
  private:
   struct Descriptor {
@@ -47,12 +45,15 @@ class AnchorFile {
 
   void check_index(const std::string &index_name);
   void read_header();
+  std::string_view bytes_at(int32_t position, size_t size);
 
   std::string name_, encoding_;
   Descriptor text_, index_;
   int32_t count_ = 0;
   std::vector<int32_t> offsets_;  // of each anchor, and the end
   std::vector<int32_t> times_read_;
+  std::string block_;  // of the text file
+  size_t block_begin_ = 0;
 };
 
 }  // namespace klib::programs

@@ -1,6 +1,6 @@
 // A stack of open elements. Fonts are written late: a font that is selected opens before the next
-// character that has it, and one that is no longer selected closes behind the last one, before
-// white space. Elements that must be closed before their time, because one around them ends, wait
+// character that has it, and one that is no longer selected closes after the last one, before white
+// space. Elements that must be closed before their time, because one around them ends, wait
 // until the next character and then open again; so one that ends there anyway is not opened twice.
 #include "programs/document/nesting.h"
 
@@ -17,8 +17,17 @@ bool begins_markup(char c) {
 
 }  // namespace
 
+void NestedWriter::put_around(const std::vector<Element> &elements) {
+  for (const Element &element : elements) {
+    given_up_.insert(element.number);
+    result_ += element.opening;
+    stack_.push_back(element);
+    stack_.back().group = -1;
+  }
+}
+
 void NestedWriter::select(int group, const Element &font) {
-  wanted_[group] = font;
+  wanted_[group] = given_up_.contains(font.number) ? Element{0, {}, {}} : font;
   wanted_[group].group = group;
   if (interrupted_[group] != font.number) interrupted_[group] = 0;
   fonts_changed_ = true;
@@ -27,6 +36,19 @@ void NestedWriter::select(int group, const Element &font) {
 void NestedWriter::write_blank() {
   if (blank_is_due_) result_ += ' ';
   blank_is_due_ = false;
+}
+
+// Whether an element that was open before may be opened again; otherwise it is given up.
+bool NestedWriter::can_afford(const Element &element) {
+  const size_t cost = element.opening.size() + element.closing.size() + 1;
+  if (cost <= budget_) {
+    budget_ -= cost;
+    return true;
+  }
+  too_costly_.push_back(element);
+  given_up_.insert(element.number);
+  if (element.group >= 0) wanted_[element.group] = Element{0, {}, {}};
+  return false;
 }
 
 void NestedWriter::push(const Element &element) {
@@ -78,14 +100,17 @@ void NestedWriter::open_wanted(int32_t limit, bool again) {
       fonts_changed_ = true;  // later
       continue;
     }
+    interrupted_[group] = 0;
+    if (!fonts_opened_.insert(font.number).second && !can_afford(font)) continue;
     elements.push_back(font);
     if (was_open) reopened_.push_back(font.number);
-    interrupted_[group] = 0;
   }
   while (!suspended_.empty() && suspended_.begin()->first < limit) {
-    reopened_.push_back(suspended_.begin()->first);
-    elements.push_back(std::move(suspended_.begin()->second));
+    const Element element = std::move(suspended_.begin()->second);
     suspended_.erase(suspended_.begin());
+    if (!can_afford(element)) continue;
+    reopened_.push_back(element.number);
+    elements.push_back(element);
   }
   std::sort(elements.begin(), elements.end(),
             [](const Element &one, const Element &other) { return one.number < other.number; });
@@ -122,6 +147,7 @@ void NestedWriter::single(int32_t number, std::string_view raw) {
 }
 
 void NestedWriter::open(const Element &element) {
+  if (given_up_.contains(element.number)) return;
   settle(element.number);
   push(element);
 }

@@ -1,183 +1,182 @@
-// The order of anchors in a sentence that has been through a translation.
+// The order of codes in a sentence that has been through a translation.
 #include "programs/document/sentence_markup.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "programs/common/program.h"
 
 namespace klib::programs {
 namespace {
 
-struct Reading {
+struct Repair {
   const SentenceFile &file;
   AnchorFile &anchors;
+  Sentence &sentence;
   SentenceMarkup &markup;
+
+  Place place() const { return {file.name(), file.line(), file.number()}; }
+  const Anchor &anchor(const Code &code) const { return markup.anchors.at(code.number); }
+  bool is_kind(const Code &code, Anchor::Kind kind) const {
+    return !code.is_font() && anchor(code).kind == kind;
+  }
 };
 
 int as_int(int32_t number) { return static_cast<int>(number); }
 
-// The anchor of a code, read from the file when the sentence meets it for the first time.
-const Anchor &read_once(Reading &reading, const Piece &piece) {
-  const SentenceFile &file = reading.file;
-  const auto found = reading.markup.anchors.find(piece.number);
-  if (found != reading.markup.anchors.end()) return found->second;
-  if (!reading.anchors.has(piece.number))
-    fail(file.name(), file.line(), "sentence %d: there is no anchor %d", as_int(file.number()),
-         as_int(piece.number));
-  if (reading.anchors.times_read(piece.number) > 0)
-    report(file.name(), file.line(), "sentence %d: anchor %d stands in an earlier place, too",
-           as_int(file.number()), as_int(piece.number));
-  Anchor anchor = reading.anchors.read(piece.number);
-  if ((anchor.kind == Anchor::font) != (piece.kind == Piece::font))
-    fail(file.name(), file.line(), "sentence %d: anchor %d is %s", as_int(file.number()),
-         as_int(piece.number), piece.kind == Piece::font ? "no font" : "a font");
-  return reading.markup.anchors.emplace(piece.number, std::move(anchor)).first->second;
+// Reads the anchor of a code, once for a sentence.
+void read_anchor_of(Repair &repair, const Code &code) {
+  if (repair.markup.anchors.contains(code.number)) return;
+  const int number = as_int(code.number);
+  const Figures figures = {{"anchor", code.number}};
+  if (!repair.anchors.has(code.number))
+    fail(repair.place(), "no-anchor", figures, "there is no anchor %d", number);
+  if (repair.anchors.times_read(code.number) > 0)
+    report(repair.place(), "anchor-repeated", figures, "anchor %d is in an earlier place, too",
+           number);
+  Anchor anchor = repair.anchors.read(code.number);
+  if ((anchor.kind == Anchor::font) != code.is_font())
+    fail(repair.place(), "wrong-anchor", figures, "anchor %d is %s", number,
+         code.is_font() ? "no font" : "a font");
+  repair.markup.anchors.emplace(code.number, std::move(anchor));
 }
 
-void read_parts(Reading &reading, const std::vector<Piece> &pieces) {
-  const SentenceFile &file = reading.file;
-  std::unordered_map<int32_t, bool> seen;
-  for (const Piece &piece : pieces) {
-    Part part{piece};
-    if (piece.kind == Piece::anchor && !seen.emplace(piece.number, true).second) {
-      report(file.name(), file.line(),
-             "sentence %d: anchor %d stands there twice; the second is left out",
-             as_int(file.number()), as_int(piece.number));
-      continue;
+void read_anchors(Repair &repair) {
+  std::unordered_set<int32_t> seen;
+  std::erase_if(repair.sentence.codes, [&](const Code &code) {
+    if (!code.is_font() && !seen.insert(code.number).second) {
+      report(repair.place(), "anchor-twice", {{"anchor", code.number}},
+             "anchor %d is there twice; the second is left out", as_int(code.number));
+      return true;
     }
-    if (piece.kind == Piece::anchor || (piece.kind == Piece::font && piece.number > 0))
-      part.anchor = &read_once(reading, piece);
-    reading.markup.parts.push_back(part);
-  }
-}
-
-bool is_kind(const Part &part, Anchor::Kind kind) {
-  return part.piece.kind == Piece::anchor && part.anchor->kind == kind;
+    if (!code.is_font() || code.number > 0) read_anchor_of(repair, code);
+    return false;
+  });
 }
 
 // Leaves out closing tags whose partner is not in the sentence, and notes the others.
-void match_closers(Reading &reading) {
-  const SentenceFile &file = reading.file;
-  SentenceMarkup &markup = reading.markup;
-  std::erase_if(markup.parts, [&](const Part &part) {
-    if (!is_kind(part, Anchor::close)) return false;
-    const int32_t partner = part.anchor->partner;
+void match_closers(Repair &repair) {
+  SentenceMarkup &markup = repair.markup;
+  std::erase_if(repair.sentence.codes, [&](const Code &code) {
+    if (!repair.is_kind(code, Anchor::close)) return false;
+    const int32_t partner = repair.anchor(code).partner;
     const auto found = markup.anchors.find(partner);
     if (found != markup.anchors.end() && found->second.kind == Anchor::open &&
-        markup.closers.emplace(partner, part.piece.number).second)
+        markup.closers.emplace(partner, code.number).second)
       return false;
-    report(file.name(), file.line(),
-           "sentence %d: anchor %d closes anchor %d, which is not there, and is left out",
-           as_int(file.number()), as_int(part.piece.number), as_int(partner));
+    report(repair.place(), "closer-left-out", {{"anchor", code.number}, {"opener", partner}},
+           "anchor %d closes anchor %d, which is not there, and is left out", as_int(code.number),
+           as_int(partner));
     return true;
   });
-  for (const Part &part : markup.parts)
-    if (is_kind(part, Anchor::open) && !markup.closers.contains(part.piece.number))
-      report(file.name(), file.line(),
-             "sentence %d: anchor %d is not closed; it is closed at the end of the sentence",
-             as_int(file.number()), as_int(part.piece.number));
+  for (const Code &code : repair.sentence.codes)
+    if (repair.is_kind(code, Anchor::open) && !markup.closers.contains(code.number))
+      report(repair.place(), "not-closed", {{"anchor", code.number}},
+             "anchor %d is not closed; it is closed at the end of the sentence",
+             as_int(code.number));
 }
 
-// A part that moves before the part at `place`: closing tags first, the innermost of them first,
-// then opening tags, the outermost first.
+// A code that moves before the code `index`, and there before the character `at`: closing tags
+// first, the innermost of them first, then opening tags, the outermost first.
 struct Move {
-  size_t place;
+  size_t at, index;
   bool opens;
-  int32_t number;  // of the opening tag
-  Part part;
+  int32_t pair;    // the number of the opening tag
+  int32_t number;  // of the code
 
   bool operator<(const Move &other) const {
-    if (place != other.place) return place < other.place;
+    if (at != other.at) return at < other.at;
+    if (index != other.index) return index < other.index;
     if (opens != other.opens) return !opens;
-    return opens ? number < other.number : number > other.number;
+    return opens ? pair < other.pair : pair > other.pair;
   }
 };
 
-// Where the word of each part begins (behind its first font codes) and ends.
-struct Words {
-  std::vector<size_t> begin, end;
+// The first code at or after a character.
+size_t code_at(const Sentence &sentence, size_t at) {
+  const auto found = std::ranges::lower_bound(sentence.codes, at, {}, &Code::at);
+  return static_cast<size_t>(found - sentence.codes.begin());
+}
 
-  explicit Words(const std::vector<Part> &parts) : begin(parts.size()), end(parts.size()) {
-    for (size_t i = 0, first = 0; i <= parts.size(); i++) {
-      if (i < parts.size() && parts[i].piece.kind != Piece::blank) continue;
-      size_t start = first;
-      while (start < i && parts[start].piece.kind == Piece::font) start++;
-      std::fill(begin.begin() + static_cast<std::ptrdiff_t>(first),
-                begin.begin() + static_cast<std::ptrdiff_t>(i), start);
-      std::fill(end.begin() + static_cast<std::ptrdiff_t>(first),
-                end.begin() + static_cast<std::ptrdiff_t>(i), i);
-      first = i + 1;
-    }
-  }
-};
+// Before the word of a code, but after the font codes that it begins with.
+Move to_begin_of_word(const Sentence &sentence, const Code &code) {
+  const size_t blank = code.at == 0 ? std::u32string::npos : sentence.text.rfind(U' ', code.at - 1);
+  const size_t at = blank == std::u32string::npos ? 0 : blank + 1;
+  size_t index = code_at(sentence, at);
+  while (index < sentence.codes.size() && sentence.codes[index].at == at &&
+         sentence.codes[index].is_font())
+    index++;
+  return {at, index, true, 0, 0};
+}
+
+Move to_end_of_word(const Sentence &sentence, const Code &code) {
+  const size_t at = std::min(sentence.text.find(U' ', code.at), sentence.text.size());
+  return {at, code_at(sentence, at + 1), false, 0, 0};
+}
 
 // Puts every pair whose closing tag came first around the words of both tags.
-void turn_inverted_pairs(Reading &reading) {
-  std::vector<Part> &parts = reading.markup.parts;
-  std::unordered_map<int32_t, size_t> closed_at;    // by the number of the opening tag
-  std::vector<std::pair<size_t, size_t>> inverted;  // places of opening and closing tag
-  for (size_t i = 0; i < parts.size(); i++) {
-    if (is_kind(parts[i], Anchor::close)) closed_at[parts[i].anchor->partner] = i;
-    if (!is_kind(parts[i], Anchor::open)) continue;
-    const auto closed = closed_at.find(parts[i].piece.number);
-    if (closed != closed_at.end()) inverted.emplace_back(i, closed->second);
-  }
-  if (inverted.empty()) return;
-  const Words words(parts);
+void turn_inverted_pairs(Repair &repair) {
+  std::vector<Code> &codes = repair.sentence.codes;
+  std::unordered_map<int32_t, size_t> closed_at;  // by the number of the opening tag
   std::vector<Move> moves;
-  std::vector<bool> moved(parts.size());
-  for (const auto &[open, close] : inverted) {
-    const int32_t number = parts[open].piece.number;
-    note(reading.file.name(), reading.file.line(),
-         "sentence %d: anchor %d came out behind its end; it is put around both words",
-         as_int(reading.file.number()), as_int(number));
-    moves.push_back({words.begin[close], true, number, parts[open]});
-    moves.push_back({words.end[open], false, number, parts[close]});
-    moved[open] = moved[close] = true;
+  std::vector<bool> moved(codes.size());
+  for (size_t i = 0; i < codes.size(); i++) {
+    if (repair.is_kind(codes[i], Anchor::close)) closed_at[repair.anchor(codes[i]).partner] = i;
+    if (!repair.is_kind(codes[i], Anchor::open)) continue;
+    const auto closed = closed_at.find(codes[i].number);
+    if (closed == closed_at.end()) continue;
+    const int32_t number = codes[i].number;
+    note(repair.place(), "pair-inverted", {{"anchor", number}},
+         "anchor %d came out after its end; it is put around both words", as_int(number));
+    Move begin = to_begin_of_word(repair.sentence, codes[closed->second]);
+    Move end = to_end_of_word(repair.sentence, codes[i]);
+    begin.pair = end.pair = begin.number = number;
+    end.number = codes[closed->second].number;
+    moves.insert(moves.end(), {begin, end});
+    moved[i] = moved[closed->second] = true;
   }
+  if (moves.empty()) return;
   std::sort(moves.begin(), moves.end());
-  std::vector<Part> ordered;
+  std::vector<Code> ordered;
   auto move = moves.begin();
-  for (size_t i = 0; i <= parts.size(); i++) {
-    for (; move != moves.end() && move->place == i; ++move) ordered.push_back(move->part);
-    if (i < parts.size() && !moved[i]) ordered.push_back(parts[i]);
+  for (size_t i = 0; i <= codes.size(); i++) {
+    for (; move != moves.end() && move->index == i; ++move)
+      ordered.push_back({move->at, move->number});
+    if (i < codes.size() && !moved[i]) ordered.push_back(codes[i]);
   }
-  parts = std::move(ordered);
+  codes = std::move(ordered);
 }
 
 // Gives the places that the anchors of this kind have to the same anchors in ascending order.
-void order_by_number(Reading &reading, Anchor::Kind kind) {
-  std::vector<Part *> places;
-  for (Part &part : reading.markup.parts)
-    if (is_kind(part, kind)) places.push_back(&part);
-  const auto before = [](const Part &one, const Part &other) {
-    return one.piece.number < other.piece.number;
-  };
-  std::vector<Part> ordered;
-  ordered.reserve(places.size());
-  for (const Part *part : places) ordered.push_back(*part);
-  if (std::is_sorted(ordered.begin(), ordered.end(), before)) return;
-  std::sort(ordered.begin(), ordered.end(), before);
-  note(reading.file.name(), reading.file.line(),
-       "sentence %d: the anchors from %d to %d are put back into their order",
-       as_int(reading.file.number()), as_int(ordered.front().piece.number),
-       as_int(ordered.back().piece.number));
-  for (size_t i = 0; i < places.size(); i++) *places[i] = ordered[i];
+void order_by_number(Repair &repair, Anchor::Kind kind) {
+  std::vector<Code *> places;
+  std::vector<int32_t> numbers;
+  for (Code &code : repair.sentence.codes) {
+    if (!repair.is_kind(code, kind)) continue;
+    places.push_back(&code);
+    numbers.push_back(code.number);
+  }
+  if (std::ranges::is_sorted(numbers)) return;
+  std::ranges::sort(numbers);
+  note(repair.place(), "anchors-reordered", {{"first", numbers.front()}, {"last", numbers.back()}},
+       "the anchors from %d to %d are put back into their order", as_int(numbers.front()),
+       as_int(numbers.back()));
+  for (size_t i = 0; i < places.size(); i++) places[i]->number = numbers[i];
 }
 
 }  // namespace
 
-void read_markup(const SentenceFile &file, const std::vector<Piece> &pieces, AnchorFile &anchors,
-                 SentenceMarkup &markup) {
+void repair_markup(const SentenceFile &file, AnchorFile &anchors, Sentence &sentence,
+                   SentenceMarkup &markup) {
   markup.anchors.clear();
   markup.closers.clear();
-  markup.parts.clear();
-  Reading reading{file, anchors, markup};
-  read_parts(reading, pieces);
-  match_closers(reading);
-  turn_inverted_pairs(reading);
-  order_by_number(reading, Anchor::opens_out);
-  order_by_number(reading, Anchor::closes_from);
+  if (sentence.codes.empty()) return;
+  Repair repair{file, anchors, sentence, markup};
+  read_anchors(repair);
+  match_closers(repair);
+  turn_inverted_pairs(repair);
+  order_by_number(repair, Anchor::opens_out);
+  order_by_number(repair, Anchor::closes_from);
 }
 
 }  // namespace klib::programs

@@ -2,6 +2,7 @@
 #include "workplace.h"
 
 #include <filesystem>
+#include <vector>
 
 namespace klib::test {
 namespace {
@@ -41,7 +42,7 @@ TEST_F(Merge, NestsWhatAnyOrderHas) {
        "<a>A <u >C</u></a><u > D</u> E",
        "out.kti:1: sentence 0: the element of anchor 3 is closed and opened again\n"},
       {"a <a>c d</a> e", "{90}0 Xx Y{94}2{95}y Z {94}1{95}Ww V{91}", "Xx <a>Yy Z Ww</a> V",
-       "out.kti:1: sentence 0: anchor 1 came out behind its end; it is put around both words\n"},
+       "out.kti:1: sentence 0: anchor 1 came out after its end; it is put around both words\n"},
       {"a <a>c <q>d. E</q> f</a> g",
        "{90}0 A {94}2{95}C {94}1{95}D.{91}{94}3{95}{90}1 E{94}5{95} F{94}4{95} G{91}",
        "A <a>C <q>D. E</q> F</a> G",
@@ -60,6 +61,40 @@ TEST_F(Merge, NestsWhatAnyOrderHas) {
   }
 }
 
+// Whether every closing tag of the page closes the tag opened last.
+bool is_nested(const std::string &page) {
+  std::vector<std::string> open;
+  for (size_t i = 0; (i = page.find('<', i)) != page.npos; i++) {
+    if (page[i + 1] != '/') {
+      open.push_back(page.substr(i + 1, 1));
+    } else {
+      if (open.empty() || page[i + 2] != open.back()[0]) return false;
+      open.pop_back();
+    }
+  }
+  return open.empty();
+}
+
+TEST_F(Merge, ManyCrossingPairsStayLinear) {
+  constexpr int pairs = 600;  // opened by the anchors 2 to 601, closed in the same order
+  std::string page = "<p>y ", frames = "{94}1{95}{90}0 Y ";
+  for (int i = 0; i < pairs; i++) {
+    page += i % 2 == 0 ? "<a  x>w " : "<b  x>w ";
+    frames += "{94}" + std::to_string(i + 2) + "{95}W ";
+  }
+  for (int i = pairs - 1; i >= 0; i--) {
+    page += i % 2 == 0 ? "x</a >" : "x</b >";
+    frames += "X{94}" + std::to_string(pairs + 2 + i) + "{95} ";
+  }
+  const Outcome outcome = merge(page + " z", frames + "{91}");
+  const std::string result = read("result.html");
+  EXPECT_EQ(outcome.status, 0) << outcome.errors.substr(0, 500);
+  EXPECT_TRUE(is_nested(result.substr(3)));
+  EXPECT_LT(result.size(), 6 * page.size());
+  EXPECT_NE(outcome.errors.find("crosses too many others; it is put around the whole sentence"),
+            std::string::npos);
+}
+
 TEST_F(Merge, ReportsAnchorsThatAreNotWhereTheyShouldBe) {
   static const struct {
     const char *page, *frames, *result, *messages;
@@ -70,9 +105,9 @@ TEST_F(Merge, ReportsAnchorsThatAreNotWhereTheyShouldBe) {
        "job.anc: anchor 1 is lost\njob.anc: anchor 3 is lost\n"},
       {"a<img><a>c</a><hr>", "{90}0 {94}1{95}A{94}1{95}C{94}3{95}{91}{94}4{95}{94}4{95}",
        "<img>AC<hr><hr>",
-       "out.kti:1: sentence 0: anchor 1 stands there twice; the second is left out\n"
+       "out.kti:1: sentence 0: anchor 1 is there twice; the second is left out\n"
        "out.kti:1: sentence 0: anchor 3 closes anchor 2, which is not there, and is left out\n"
-       "out.kti:1: anchor 4 stands in an earlier place, too\njob.anc: anchor 2 is lost\n"},
+       "out.kti:1: anchor 4 is in an earlier place, too\njob.anc: anchor 2 is lost\n"},
   };
   for (const auto &row : rows) {
     const Outcome outcome = merge(row.page, row.frames);

@@ -1,0 +1,218 @@
+// Anchors become their texts, fonts the opening tag of their number and a closing tag; text is
+// written as its kind of document has it. docs/pipeline.md says what is done with markup that a
+// translation has put out of order.
+#include "programs/document/merging.h"
+
+#include <algorithm>
+#include <string>
+
+#include "programs/common/code_page.h"
+#include "programs/common/output_file.h"
+#include "programs/common/program.h"
+#include "programs/common/sentence.h"
+#include "programs/common/sentence_file.h"
+#include "programs/document/anchor_file.h"
+#include "programs/document/nesting.h"
+#include "programs/document/sentence_markup.h"
+
+namespace klib::programs {
+namespace {
+
+constexpr int message_set = 90;
+constexpr int64_t lost_shown = 20;
+
+struct Merge {
+  SentenceFile sentences;
+  AnchorFile anchors;
+  const DocumentKind &kind;
+  Encoder encoder;
+  OutputFile result;
+  CodePage page;
+  Sentence sentence;
+  SentenceMarkup markup;
+  std::string text, encoded;
+  int64_t frames = 0;
+
+  Merge(FindKind find, const char *sentence_name, const char *anchor_name, const char *result_name)
+      : sentences(sentence_name),
+        anchors(anchor_name),
+        kind(*find("html")),
+        encoder(kind.encoder(anchors.encoding())),
+        result(result_name) {}
+
+  Place place() const { return {sentences.name(), sentences.line(), sentences.number()}; }
+};
+
+void write(Merge &job, std::string_view text) {
+  job.encoded.clear();
+  job.encoder.append(text, job.encoded);
+  job.result.write(job.encoded);
+}
+
+NestedWriter::Element element_of(const Merge &job, int32_t number) {
+  const Anchor &anchor = job.markup.anchors.at(number);
+  NestedWriter::Element element{number, anchor.raw, {}};
+  const auto closer = job.markup.closers.find(number);
+  if (closer != job.markup.closers.end())
+    element.closing = job.markup.anchors.at(closer->second).raw;
+  else if (!anchor.raw.empty())
+    element.closing = job.kind.closing_tag(anchor.raw);
+  element.outlives = anchor.kind == Anchor::opens_out;
+  return element;
+}
+
+void write_code(const Merge &job, const Code &code, bool closers_are_written,
+                NestedWriter &writer) {
+  if (code.is_font()) {
+    writer.select(code.group, code.number > 0 ? element_of(job, code.number)
+                                              : NestedWriter::Element{0, {}, {}});
+    return;
+  }
+  const Anchor &anchor = job.markup.anchors.at(code.number);
+  switch (anchor.kind) {
+    case Anchor::open:
+    case Anchor::opens_out:
+      writer.open(element_of(job, code.number));
+      break;
+    case Anchor::close:
+      writer.close(anchor.partner);
+      break;
+    case Anchor::closes_from:
+      if (!closers_are_written) writer.close_from_before(anchor.raw);
+      break;
+    default:
+      writer.single(code.number, anchor.raw);
+  }
+}
+
+// Writes the characters of the sentence from `begin` to before `end`.
+void write_characters(Merge &job, size_t begin, size_t end, NestedWriter &writer) {
+  const std::u32string &text = job.sentence.text;
+  for (size_t i = begin; i < end;) {
+    if (text[i] == ' ') {
+      writer.blank();
+      i++;
+    } else if (text[i] == (U'<' | bare_flag)) {
+      writer.bare_less_than();
+      i++;
+    } else {
+      job.text.clear();
+      for (; i < end && text[i] != ' ' && text[i] != (U'<' | bare_flag); i++)
+        job.kind.write_character(text[i], job.text);
+      writer.text(job.text);
+    }
+  }
+}
+
+void write_nested(Merge &job, bool closers_are_written, NestedWriter &writer) {
+  size_t position = 0;
+  for (const Code &code : job.sentence.codes) {
+    write_characters(job, position, code.at, writer);
+    write_code(job, code, closers_are_written, writer);
+    position = code.at;
+  }
+  write_characters(job, position, job.sentence.text.size(), writer);
+  writer.end();
+}
+
+// What opening elements again may cost in a sentence: more than any real one needs, and no more
+// than a multiple of its size.
+size_t budget_of(const Merge &job) {
+  constexpr size_t always = 4096, factor = 4;
+  size_t size = job.sentence.text.size();
+  for (const auto &[number, anchor] : job.markup.anchors) size += anchor.raw.size();
+  return always + factor * size;
+}
+
+// Writes the sentence with the elements around it that crossed others too often. Closing tags of
+// elements opened before the sentence then come first.
+void write_surrounded(Merge &job, std::vector<NestedWriter::Element> &around,
+                      NestedWriter &writer) {
+  std::ranges::sort(around, [](const auto &one, const auto &other) {
+    return one.outlives != other.outlives ? one.outlives : one.number < other.number;
+  });
+  for (const Code &code : job.sentence.codes)
+    if (!code.is_font() && job.markup.anchors.at(code.number).kind == Anchor::closes_from)
+      writer.close_from_before(job.markup.anchors.at(code.number).raw);
+  writer.put_around(around);
+  write_nested(job, true, writer);
+}
+
+void merge_frame(Merge &job) {
+  read_sentence(job.sentences, job.page, job.sentence);
+  repair_markup(job.sentences, job.anchors, job.sentence, job.markup);
+  NestedWriter writer(budget_of(job));
+  write_nested(job, false, writer);
+  std::vector<NestedWriter::Element> around;
+  while (!writer.too_costly().empty()) {
+    around.insert(around.end(), writer.too_costly().begin(), writer.too_costly().end());
+    writer = NestedWriter(budget_of(job));
+    write_surrounded(job, around, writer);
+  }
+  for (const NestedWriter::Element &element : around)
+    note(job.place(), "put-around", {{"anchor", element.number}},
+         "the element of anchor %d crosses too many others; it is put around the whole sentence",
+         static_cast<int>(element.number));
+  for (const int32_t number : writer.reopened())
+    note(job.place(), "reopened", {{"anchor", number}},
+         "the element of anchor %d is closed and opened again", static_cast<int>(number));
+  write(job, writer.result());
+  c_tick(1);
+  show_progress(++job.frames);
+}
+
+void merge_between(Merge &job) {
+  const int32_t number = job.sentences.number();
+  const Place place = {job.sentences.name(), job.sentences.line()};
+  if (!job.anchors.has(number))
+    fail(place, "no-anchor", {{"anchor", number}}, "there is no anchor %d",
+         static_cast<int>(number));
+  if (job.anchors.times_read(number) > 0)
+    report(place, "anchor-repeated", {{"anchor", number}}, "anchor %d is in an earlier place, too",
+           static_cast<int>(number));
+  write(job, job.anchors.read(number).raw);
+}
+
+void report_lost_anchors(Merge &job, const char *name) {
+  int64_t lost = 0;
+  for (int32_t number = 1; number <= job.anchors.count(); number++) {
+    if (job.anchors.times_read(number) > 0) continue;
+    const Figures figures = {{"anchor", number}};
+    if (job.anchors.report_lost(number) == Anchor::font)
+      note({name}, "font-unused", figures, "anchor %d, a font, is not used",
+           static_cast<int>(number));
+    else if (++lost <= lost_shown)
+      report({name}, "anchor-lost", figures, "anchor %d is lost", static_cast<int>(number));
+  }
+  if (lost > lost_shown)
+    report({name}, "anchors-lost", {{"more", lost - lost_shown}}, "and %lld more",
+           static_cast<long long>(lost - lost_shown));
+}
+
+}  // namespace
+
+void merge_document(FindKind find, const char *sentence_name, const char *anchor_name,
+                    const char *result_name) {
+  Merge job(find, sentence_name, anchor_name, result_name);
+  if (!job.encoder.append)
+    fail(anchor_name, 1, "unknown encoding '%s'", job.anchors.encoding().c_str());
+  make_code_page(parameter(TextParameter::language), job.page);
+  c_init();
+  for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;) {
+    if (kind == SentenceFile::frame)
+      merge_frame(job);
+    else
+      merge_between(job);
+  }
+  report_lost_anchors(job, anchor_name);
+  job.encoded.clear();
+  job.encoder.finish(job.encoded);
+  job.result.write(job.encoded);
+  job.result.finish();
+  job.result.publish();
+  record({sentence_name}, "totals", {{"sentences", job.frames}, {"anchors", job.anchors.count()}});
+  c_exit(message_set, 1, "No sentence has been merged.\n", message_set, 2,
+         "One sentence has been merged.\n", message_set, 3, "%d sentences have been merged.\n");
+}
+
+}  // namespace klib::programs
