@@ -1,8 +1,9 @@
 // Regular expressions: compiled forms, errors, matches, the searches, and the decisions by sets
 // against plain backtracking.
 
-#include "pattern/regex_linear.h"
+#include "pattern/regex_walk.h"
 
+#include <cstring>
 #include <iterator>
 #include <random>
 #include <sstream>
@@ -225,6 +226,34 @@ TEST_F(RegularExpressions, Matches) {
     EXPECT_EQ(search_one(expression, ""), 0) << expression;
 }
 
+// What every match must hold is looked for first: in all places of texts of all short lengths, and
+// where most places nearly fit.
+TEST_F(RegularExpressions, StretchesAreFoundWhereverTheyAre) {
+  static constexpr std::pair<const char *, const char *> rows[] = {
+      {"qu", "qu"},   {"q.u", "q-u"},           {"[^a]qu[e-i]", "bque"}, {"\\<qu\\{2\\}\\>", "quu"},
+      {"x*qu", "qu"}, {"\\(q\\)u\\1*z", "quz"}, {"qu$", "qu"},           {"x*q[tu]$", "qu"},
+      {"q$", "q"},
+  };
+  for (const auto &[expression, fitting] : rows) {
+    const std::string piece = fitting;
+    const bool at_end = expression[std::strlen(expression) - 1] == '$';
+    for (size_t length = 0; length < 70; length++) {
+      for (size_t at = 0; at + piece.size() <= length; at++) {
+        std::string text(length, ' ');
+        text.replace(at, piece.size(), piece);
+        const bool expected = !at_end || at + piece.size() == length;
+        const bool found = search_one(expression, text) == 0;
+        EXPECT_EQ(found, expected) << expression << " on " << text;
+      }
+      EXPECT_EQ(search_one(expression, std::string(length, 'q')),
+                std::string(expression) == "q$" && length > 0 ? 0 : -1)
+          << expression << ", " << length;
+    }
+  }
+  EXPECT_EQ(search_one("xx[^x]", repeated("x", 5000) + "y"), 0);
+  EXPECT_EQ(search_one("xx[^x]", repeated("x", 5000)), -1);
+}
+
 TEST_F(RegularExpressions, RepetitionsWithoutBoundEndAfter20000More) {
   const auto matches = [](const char *expression, int count) {
     return search_one(expression, repeated("ab", count) + "c") == 0;
@@ -256,7 +285,8 @@ TEST_F(RegularExpressions, NoExpressionTakesForever) {
   const std::string text = repeated("x", 100000) + "zy", short_text = repeated("x", 1000) + "zy";
   for (const std::string &expression :
        {repeated("x*", 40) + "y=", repeated("x\\{0,255\\}", 31) + "=",
-        repeated(".\\{1,255\\}", 40) + "=", repeated(".*", 60) + "="})
+        repeated(".\\{1,255\\}", 40) + "=", repeated(".*", 60) + "=", repeated("x", 61) + "=",
+        "x" + repeated("[^=]", 6) + "x="})
     EXPECT_EQ(search_one(expression, text), -1) << expression;
   for (const char *expression : {"\\(xx*\\)x*x*\\1y", "x*\\(x*\\)x*x*z\\1z*\\1*zy",
                                  "\\(x*x*.*\\).*.*\\1\\{2,\\}x=", "\\(x..*\\).*\\1y"})
@@ -289,7 +319,7 @@ TEST_F(RegularExpressions, SearchesGoThroughTheirLists) {
 // Random expressions over texts of several blocks. Backtracking is the reference.
 TEST_F(RegularExpressions, SetsDecideAsBacktrackingDoes) {
   std::istringstream list(
-      "a b a* b* . .* [ab]* [^a] [^b]\\{0,3\\} [a\351]\\{2,\\} a\\{60,70\\} .\\{64\\} "
+      "a b ab ba a* b* . .* [ab]* [^a] [^b]\\{0,3\\} [a\351]\\{2,\\} a\\{60,70\\} .\\{64\\} "
       "\\< \\> \\(a*\\) \\([ab]*b\\) \\(.\\) \\1 \\1 \\1* \\1\\{2,3\\} \\2");
   const std::vector<std::string> parts(std::istream_iterator<std::string>(list), {});
   std::mt19937 random(1);

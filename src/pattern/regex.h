@@ -1,11 +1,12 @@
 // Regular expressions inside the library: the compiled form, which compiler and matchers share, and
 // the steps of a search.
 //
-//   regex_compile.cpp        expression -> compiled form, with the error numbers
-//   regex_linear.cpp         the decision in linear time; exact without back-references
-//   regex_backtrack.cpp      the backtracking matcher; decides expressions with back-references
-//   regex_backreference.cpp  one back-reference decided by sets, where backtracking takes too long
-//   regex_search.cpp         chooses among them; the exported searches
+//   regex_compile.cpp    expression -> compiled form, with the error numbers
+//   regex_search.cpp     the exported searches; chooses how an expression is decided
+//   regex_stretch.cpp    a quick look for bytes that every match holds
+//   regex_walk.cpp       the decision in linear time, with the files named in regex_walk.h; exact
+//                        without back-references
+//   regex_backtrack.cpp  the backtracking matcher; decides expressions with back-references
 //
 // Compiled forms (numbers are byte values, quoted characters stand for themselves):
 //
@@ -20,7 +21,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
+#include <cstring>
 
 namespace klib::regex {
 
@@ -113,6 +114,7 @@ class Bitmap {
     for (size_t i = 0; i < size; i += 8)
       for (size_t k = 0; k < 8; ++k) bytes[i + k] = static_cast<uint8_t>(words_[i / 8] >> (k * 8));
   }
+  void add(uint8_t value) { words_[value / 64] |= uint64_t{1} << value % 64; }
   void add(uint8_t first, uint8_t last) {
     const uint64_t from = ~uint64_t{0} << first % 64, to = ~uint64_t{0} >> (63 - last % 64);
     if (first / 64 == last / 64) {
@@ -159,10 +161,10 @@ const Expression *regex_compile(const char *text, Compiled &compiled);
 
 // A text to be searched.
 struct Subject {
-  explicit Subject(const char *text);
+  explicit Subject(const char *bytes)
+      : text(reinterpret_cast<const uint8_t *>(bytes)), length(std::strlen(bytes)) {}
   const uint8_t *text;
   size_t length;
-  std::array<uint8_t, 128> last;  // its last 64 bytes, or all of it, up to the middle; then NULs
 };
 
 // Whether the expression matches at some position of the text.
@@ -206,5 +208,10 @@ void set_up(Groups &groups, const Expression &expression, uint64_t most_steps = 
 
 // Whether a byte is a letter or a digit, in the locale of the process, or '_'.
 [[nodiscard]] bool is_word_byte(uint8_t byte);
+
+// Whether a position is the start of the text, or a word begins at it.
+[[nodiscard]] inline bool is_word_start(const uint8_t *text, const uint8_t *position) {
+  return position == text || (is_word_byte(*position) && !is_word_byte(position[-1]));
+}
 
 }  // namespace klib::regex

@@ -23,7 +23,7 @@
 #include <bit>
 #include <cstring>
 
-#include "pattern/regex_linear.h"
+#include "pattern/regex_walk.h"
 
 namespace klib::regex {
 
@@ -63,7 +63,8 @@ void lead(Walk &walk, const Subject &subject, const uint8_t *first, const uint8_
   for (size_t base = 0; base <= subject.length; base += block_size) {
     const size_t word = base / block_size;
     const bool idle = from[word] == 0 && walk.live == walk.items;
-    to[word] = idle ? 0 : advance(walk, first, past, block_at(subject, base), from[word]);
+    to[word] =
+        idle ? 0 : advance(walk, first, past, block_at(subject, base, walk.tail), from[word]);
   }
 }
 

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <string_view>
 
 #include "pattern/regex.h"
 
@@ -53,8 +54,9 @@ std::string_view group_text(const Groups &groups, const uint8_t *reference) {
 
 bool stands_at(std::string_view text, const Subject &subject, const uint8_t *position) {
   const auto left = static_cast<size_t>(subject.text + subject.length - position);
-  return text.empty() ||
-         (text.size() <= left && std::memcmp(position, text.data(), text.size()) == 0);
+  if (text.empty()) return true;
+  return text.size() <= left && *position == static_cast<uint8_t>(text[0]) &&
+         std::memcmp(position, text.data(), text.size()) == 0;
 }
 
 // The ends of a repeated item that begins at the position; false when its least count is missed.
@@ -74,12 +76,14 @@ bool find_run(const Subject &subject, const Groups &groups, const uint8_t *item,
     count = std::min<size_t>(counts.most,
                              static_cast<size_t>(subject.text + subject.length - position));
     at += count;
+  } else if (*item == literal + zero_or_more) {
+    while (*at == item[1]) ++at;
   } else {
     for (; count < counts.most && consumes(item, *at); ++count) ++at;
   }
   run.shortest = position + counts.least * run.step;
   run.longest = at;
-  return count >= counts.least;
+  return at >= run.shortest;
 }
 
 // Moves to the next end that is worth a try.
@@ -106,7 +110,7 @@ bool match_once(const Subject &subject, Groups &groups, const uint8_t *item,
     case end_anchor:
       return *position == '\0';
     case word_start:
-      return position == subject.text || (is_word_byte(*position) && !is_word_byte(position[-1]));
+      return is_word_start(subject.text, position);
     case word_end:
       return !is_word_byte(*position);
     case back_reference: {
@@ -156,6 +160,10 @@ bool regex_match_at(const Subject &subject, Groups &groups, const uint8_t *posit
       const auto passed = static_cast<uint64_t>(run.longest - position);
       groups.steps_left -= std::min(groups.steps_left, passed / 8);
       item = next_item(item);
+      if (run.shortest == run.longest) {
+        position = run.longest;
+        continue;
+      }
       frames[depth++] = {item, run.shortest, run.longest, true, run.step, deciding_item(item)};
     }
     while (depth != 0 && !give_back(frames[depth - 1], position)) --depth;

@@ -28,13 +28,16 @@ struct Block {
   uint64_t positions;  // these and the end itself
 };
 
-// The block at `base`, a multiple of the block size and at most the length of the text.
-inline Block block_at(const Subject &subject, size_t base) {
+// The block at `base`, a multiple of the block size and at most the length of the text. Where the
+// text ends in it, its bytes are copied to `tail`, with NULs after them.
+inline Block block_at(const Subject &subject, size_t base, std::array<uint8_t, block_size> &tail) {
   const size_t left = subject.length - base;
-  const bool whole = left >= block_size;
-  const uint64_t inside = whole ? ~uint64_t{0} : (uint64_t{1} << left) - 1;
-  return {whole ? subject.text + base : &subject.last[block_size - left], &subject, base, inside,
-          inside << 1 | 1};
+  const uint8_t *bytes = subject.text + base;
+  if (left >= block_size) return {bytes, &subject, base, ~uint64_t{0}, ~uint64_t{0}};
+  tail = {};
+  std::copy_n(bytes, left, tail.begin());
+  const uint64_t inside = (uint64_t{1} << left) - 1;
+  return {tail.data(), &subject, base, inside, inside << 1 | 1};
 }
 
 // The bytes `from` to `from` + 63 of the text; NULs stand for those outside it.
@@ -88,6 +91,19 @@ inline void add_equal_bytes(Found &found, const Block &block, const uint8_t *oth
   found.add([&](size_t i) { return _mm_cmpeq_epi8(load(block.bytes + i), load(others + i)); });
 }
 
+// Two bytes to look for in 16 places at a time: those at which `a` has the one and `b` the other.
+struct Pair {
+  Pair(uint8_t of_a, uint8_t of_b)
+      : first(_mm_set1_epi8(static_cast<char>(of_a))),
+        second(_mm_set1_epi8(static_cast<char>(of_b))) {}
+  [[nodiscard]] uint32_t places(const uint8_t *a, const uint8_t *b) const {
+    const __m128i both =
+        _mm_and_si128(_mm_cmpeq_epi8(load(a), first), _mm_cmpeq_epi8(load(b), second));
+    return static_cast<uint32_t>(_mm_movemask_epi8(both));
+  }
+  __m128i first, second;
+};
+
 #else
 
 struct Found {
@@ -112,6 +128,17 @@ inline void add_range(Found &found, const Block &block, Range range) {
 inline void add_equal_bytes(Found &found, const Block &block, const uint8_t *others) {
   found.add([&](size_t i) { return block.bytes[i] == others[i]; });
 }
+
+struct Pair {
+  Pair(uint8_t of_a, uint8_t of_b) : first(of_a), second(of_b) {}
+  [[nodiscard]] uint32_t places(const uint8_t *a, const uint8_t *b) const {
+    uint32_t result = 0;
+    for (size_t i = 0; i < 16; ++i)
+      result |= static_cast<uint32_t>(a[i] == first && b[i] == second) << i;
+    return result;
+  }
+  uint8_t first, second;
+};
 
 #endif
 

@@ -15,6 +15,8 @@
 //
 // Tested by regex_test.cpp.
 
+#include <cstring>
+
 #include "frame/messages.h"
 #include "klib.h"
 #include "pattern/regex.h"
@@ -98,19 +100,23 @@ Error put_bracket(Compilation &c) {
   Bitmap bitmap;
   bool wide = false;
   uint8_t previous = 0;
-  for (const char *const first = c.at; c.at == first || *c.at != ']'; ++c.at) {
-    const bool range = c.at != first && *c.at == '-' && c.at[1] != ']';
-    if (range) ++c.at;
-    if (*c.at == '\0' || (*c.at == '\n' && !range)) return bracket_not_closed;
-    const uint8_t member = u8(*c.at);
+  const char *at = c.at;
+  for (const char *const first = at; at == first || *at != ']'; ++at) {
+    const bool range = at != first && *at == '-' && at[1] != ']';
+    if (range) ++at;
+    if (*at == '\0' || (*at == '\n' && !range)) return bracket_not_closed;
+    const uint8_t member = u8(*at);
     if (member >= 0x80 && !wide) {
       if (!has_room(c, 1 + 32)) return form_too_long;
       wide = true;
     }
-    bitmap.add(range && previous <= member ? previous : member, member);
+    if (range && previous <= member)
+      bitmap.add(previous, member);
+    else
+      bitmap.add(member);
     previous = member;
   }
-  ++c.at;
+  c.at = at + 1;
   if (negated && wide) bitmap.invert();
   if (negated) bitmap.put_nul(!wide);  // so that the NUL that ends the text never matches
   c.repeatable = &c.form.items[c.size];
@@ -208,9 +214,9 @@ Error put_literals(Compilation &c) {
   size_t size = c.size;
   for (; ordinary[u8(*c.at)]; ++c.at) {
     if (size + 2 + 1 > form_size) return form_too_long;
-    c.form.items[size] = literal;
-    c.form.items[size + 1] = u8(*c.at);
-    size += 2;
+    const uint8_t item[] = {literal, u8(*c.at)};
+    std::memcpy(&c.form.items[size], item, sizeof item);
+    size += sizeof item;
   }
   c.size = size;
   c.repeatable = &c.form.items[size - 2];

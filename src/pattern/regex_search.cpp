@@ -6,9 +6,11 @@
 // Tested by regex_test.cpp.
 
 #include <cstring>
+#include <optional>
 
 #include "klib.h"
-#include "pattern/regex_linear.h"
+#include "pattern/regex_walk.h"
+#include "text/bytes.h"
 
 namespace klib::regex {
 
@@ -31,41 +33,90 @@ bool match_anywhere(const Expression &expression, const Subject &subject, Groups
   return false;
 }
 
+// Backtracking is the quickest on most texts with back-references. On others sets have to decide.
+bool match_references(const Expression &expression, const Stretch &start, const Subject &subject) {
+  Groups groups;
+  set_up(groups, expression, 64 + 4 * subject.length);
+  if (match_anywhere(expression, subject, groups)) return true;
+  if (groups.steps_left != 0) return false;
+  Walk walk;
+  begin(walk, expression);
+  if (!may_match(walk, expression.anchored, start, subject)) return false;
+  if (walk.references == 0) return true;
+  if (walk.references == 1 && subject.length <= longest_for_sets)
+    return match_one_reference(walk, expression.anchored, subject);
+  groups.steps_left = UINT64_MAX;
+  return match_anywhere(expression, subject, groups);
+}
+
+bool walk_along(const Expression &expression, const Stretch &start, const Subject &subject) {
+  Walk walk;
+  begin(walk, expression);
+  return may_match(walk, expression.anchored, start, subject);
+}
+
+bool fits_at_end(const Stretch &stretch, const Subject &subject) {
+  return stretch.width <= subject.length &&
+         fits(stretch, subject.text, subject.text + (subject.length - stretch.width));
+}
+
+// Whether a text has what an expression of several stretches cannot do without: the rarest of them,
+// and the last one at its end, if the expression ends there.
+bool has_stretches(const Stretch &start, const Subject &subject) {
+  Stretch rarer;
+  const Stretch *rarest = &start;
+  for (const uint8_t *item = start.past; !is_end(item);) {
+    const Stretch next = stretch_from(next_item(item));
+    item = next.past;
+    if (*item == end_anchor && !fits_at_end(next, subject)) return false;
+    if (next.common >= rarest->common) continue;
+    rarer = next;
+    rarest = &rarer;
+  }
+  // Most texts have the others.
+  constexpr uint32_t rare = 360;
+  return rarest->common > rare || find(*rarest, subject) != Answer::no;
+}
+
+// Whether a text begins with the literals with which an expression begins.
+bool begins_alike(const Expression &expression, const char *text) {
+  for (const uint8_t *item = expression.items.data(); *item == literal; item = next_item(item))
+    if (u8(*text++) != item[1]) return false;
+  return true;
+}
+
 // The index of the first expression from `first` on that matches, or -1.
 int32_t find_any(const char *text, int32_t first, int32_t count, char **expressions) {
-  if (count <= first) return -1;
-  const Subject subject(text);
   Compiled compiled;
+  std::optional<Subject> subject;  // once its length is needed
   for (int32_t i = first; i < count; ++i) {
     const Expression *expression = regex_compile(expressions[i], compiled);
-    if (expression != nullptr && regex_find(*expression, subject)) return i;
+    if (expression == nullptr || (expression->anchored && !begins_alike(*expression, text)))
+      continue;
+    if (!subject) subject.emplace(text);
+    if (regex_find(*expression, *subject)) return i;
   }
   return -1;
 }
 
 }  // namespace
 
-Subject::Subject(const char *bytes)
-    : text(reinterpret_cast<const uint8_t *>(bytes)), length(std::strlen(bytes)) {
-  constexpr size_t half = sizeof last / 2;
-  std::memset(&last[half], 0, half);
-  if (length >= half)
-    std::memcpy(&last[0], text + (length - half), half);
-  else
-    std::memcpy(&last[half - length], text, length);
-}
-
 bool regex_find(const Expression &expression, const Subject &subject) {
-  Walk walk;
-  begin(walk, expression);
-  if (!may_match(walk, expression.anchored, subject)) return false;
-  if (walk.references == 0) return true;
-  // Backtracking is the quickest on most texts. On others sets may have to decide.
-  const bool sets_can_decide = walk.references == 1 && subject.length <= longest_for_sets;
-  Groups groups;
-  set_up(groups, expression, sets_can_decide ? 64 + 4 * subject.length : UINT64_MAX);
-  if (match_anywhere(expression, subject, groups)) return true;
-  return groups.steps_left == 0 && match_one_reference(walk, expression.anchored, subject);
+  const Stretch start = stretch_from(expression.items.data());
+  const bool whole = is_end(start.past);
+  if (expression.anchored) {
+    if (!fits(start, subject.text, subject.text)) return false;
+    if (whole) return *start.past == end || start.width == subject.length;
+  } else if (whole && *start.past == end_anchor) {
+    return fits_at_end(start, subject);
+  } else if (whole) {
+    if (const Answer found = find(start, subject); found != Answer::unknown)
+      return found == Answer::yes;
+  } else if (!has_stretches(start, subject)) {
+    return false;
+  }
+  return expression.references != 0 ? match_references(expression, start, subject)
+                                    : walk_along(expression, start, subject);
 }
 
 }  // namespace klib::regex

@@ -1,5 +1,9 @@
-// A search that carries sets of positions along a text, shared by the two files that decide with
-// it.
+// A search that carries sets of positions along a text; what the files share that take part in it.
+//
+//   regex_walk.cpp           the walk: from the set where an item begins to the set where it ends
+//   regex_members.cpp        the bytes that items consume, and where words begin and end
+//   regex_counted.cpp        items that are counted
+//   regex_backreference.cpp  decides one back-reference by walks
 #pragma once
 
 #include <array>
@@ -8,6 +12,7 @@
 
 #include "pattern/regex.h"
 #include "pattern/regex_block.h"
+#include "pattern/regex_stretch.h"
 
 namespace klib::regex {
 
@@ -29,6 +34,13 @@ struct Reference {
   const uint8_t *item, *start, *stop;
 };
 
+// Whether an item's set or window has been made.
+using Made = std::array<uint64_t, form_size / 64>;
+[[nodiscard]] inline bool is_made(const Made &made, size_t at) {
+  return (made[at / 64] >> at % 64 & 1) != 0;
+}
+inline void set_made(Made &made, size_t at) { made[at / 64] |= uint64_t{1} << at % 64; }
+
 // One search. Arrays by item are indexed with the offset of the item in the compiled form.
 struct Walk {
   const uint8_t *items, *end_item;
@@ -36,17 +48,53 @@ struct Walk {
   const uint8_t *live;  // behind the last item that hands something on to the next block
   std::array<uint8_t, form_size> carry;  // what that is, for the items before `live`
   // Of the items whose bit is set in `sets_made` or `windows_made`, the set and the window.
-  std::array<uint64_t, form_size / 64> sets_made, windows_made;
+  Made sets_made, windows_made;
   std::array<uint8_t, form_size> set_of, window_of;
   size_t sets, windows, ranges;  // in use
   size_t words_base;             // the block for which these are made, 1 when there is none:
   uint64_t words, words_behind;  // bytes of words, and positions behind one
-  size_t references;             // back-references whose text can vary in length
-  Reference reference;           // the last of them
+  std::array<uint8_t, block_size> tail;  // the last block, when the text ends in it
+  size_t references;                     // back-references whose text can vary in length
+  Reference reference;                   // the last of them
   std::array<Set, form_size / 17> set;
   std::array<Range, form_size * 4> range;
   std::array<Window, form_size / 2> window;
 };
+
+inline constexpr uint64_t all_positions = ~uint64_t{0};
+
+[[nodiscard]] inline size_t offset(const Walk &walk, const uint8_t *item) {
+  return static_cast<size_t>(item - walk.items);
+}
+
+// regex_members.cpp
+
+// The bytes of a block that an item consumes.
+[[nodiscard]] uint64_t members_of(Walk &walk, const uint8_t *item, const Block &block);
+// As far as they are among the positions.
+[[nodiscard]] uint64_t members_among(Walk &walk, const uint8_t *item, const Block &block,
+                                     uint64_t positions);
+// The positions among these where a word starts or ends.
+[[nodiscard]] uint64_t at_word_among(Walk &walk, const uint8_t *item, const Block &block,
+                                     uint64_t positions);
+
+// regex_counted.cpp
+
+void clear(Window &window);
+Window &make_window(Walk &walk, const uint8_t *item, Counts counts);
+[[nodiscard]] Window &window_at(Walk &walk, const uint8_t *item);
+
+// Tells the back-references that are counted from those whose text can vary in length, and makes
+// the windows of the counted ones.
+void find_references(Walk &walk);
+
+[[nodiscard]] uint64_t advance_counted(uint64_t positions, uint64_t members, Window &window,
+                                       uint8_t &carry);
+
+// regex_walk.cpp
+
+// The carry tells that the block's first position is one of the set.
+[[nodiscard]] uint64_t advance_star(uint64_t positions, uint64_t members, uint8_t &carry);
 
 // Makes a walk ready for the first block.
 void begin(Walk &walk, const Expression &expression);
@@ -64,9 +112,10 @@ void restart(Walk &walk);
 uint64_t advance(Walk &walk, const uint8_t *first, const uint8_t *past, const Block &block,
                  uint64_t positions);
 
-// Whether the expression matches somewhere, each back-reference whose text can vary in length
-// standing for any bytes.
-[[nodiscard]] bool may_match(Walk &walk, bool anchored, const Subject &subject);
+// Whether the expression, which begins with the stretch, matches somewhere, each back-reference
+// whose text can vary in length standing for any bytes.
+[[nodiscard]] bool may_match(Walk &walk, bool anchored, const Stretch &start,
+                             const Subject &subject);
 
 // Decides an expression with exactly one such back-reference, on a text of at most this length.
 inline constexpr size_t longest_for_sets = 16384;
