@@ -84,4 +84,12 @@ void fresh_library() {
   Ksourcecode_defaults_for_parms("");
 }
 
+void declare_fonts(Input &input) {
+  P_init_fonts();
+  for (uint32_t lines = input.below(8); lines > 0; lines--) {
+    static const char *const names[] = {"FONT=", "FONTGROUPS=", "FONT-PACKET="};
+    Kmanage_parameter_line((names[input.below(3)] + input.text()).c_str());
+  }
+}
+
 }  // namespace klib::fuzz

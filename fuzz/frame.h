@@ -35,6 +35,9 @@ std::string read_scratch(const char *name);
 // Parameters at their defaults, everything released, no log.
 void fresh_library();
 
+// Font tables with groups, named groups and packets as the input has them.
+void declare_fonts(Input &input);
+
 }  // namespace klib::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);

@@ -14,14 +14,6 @@ using namespace klib::fuzz;
 
 namespace {
 
-void declare_fonts(Input &input) {
-  P_init_fonts();
-  for (uint32_t lines = input.below(8); lines > 0; lines--) {
-    static const char *const names[] = {"FONT=", "FONTGROUPS=", "FONT-PACKET="};
-    Kmanage_parameter_line((names[input.below(3)] + input.text()).c_str());
-  }
-}
-
 // The bodies of the anchors of a text, sorted.
 std::vector<std::string> anchors_of(const std::string &text) {
   std::vector<std::string> anchors;
