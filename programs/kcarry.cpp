@@ -1,20 +1,22 @@
 // kcarry carries the format codes of a sentence file into a translation, along a word alignment.
 // docs/pipeline.md describes the files, and what the result promises.
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <string>
 
 #include "programs/carry/alignments.h"
-#include "programs/carry/settle.h"
-#include "programs/carry/source.h"
-#include "programs/carry/transfer.h"
+#include "programs/carry/place.h"
 #include "programs/common/code_page.h"
 #include "programs/common/line_reader.h"
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
 #include "programs/common/sentence.h"
 #include "programs/common/sentence_file.h"
+#include "programs/common/utf8.h"
 
 namespace klib::programs {
 namespace {
@@ -30,12 +32,14 @@ struct Carry {
   LineReader translation;
   std::unique_ptr<LineReader> alignment;  // none: the default
   OutputFile out;
+  std::string anchor_name;
+  std::unique_ptr<AnchorKinds> anchors;  // none: nothing is known about them
+  bool anchors_are_told = false;         // that nothing is known
   CodePage from, to;
-  std::vector<Piece> pieces;
-  SourceSentence source;
+  Sentence source, result;
   std::vector<Link> links;
-  Transfer transfer;
-  std::string encoded, transferred, settled;
+  Placement placement;
+  std::string encoded;
   Totals totals;
 
   // Without the name of an alignment, word k is translated by word k.
@@ -47,7 +51,8 @@ struct Carry {
         out(out_name) {}
 };
 
-// Encodes the translation, words between single blanks, and gives their number.
+// Writes the words of the translation to `encoded`, one blank between them; the result is their
+// number.
 int32_t encode_translation(Carry &job) {
   const std::string_view line = job.translation.line();
   if (is_plain(line)) {  // printable ASCII is the same in every code page
@@ -64,12 +69,47 @@ int32_t encode_translation(Carry &job) {
   return words;
 }
 
-// The anchors alone, for a sentence without translation; gives the number of its fonts.
+// The two texts of the sentence as placing takes them.
+void take_texts(Carry &job) {
+  Side &source = job.placement.source, &target = job.placement.target;
+  source.text = job.source.text;
+  for (char32_t &c : source.text) c &= ~bare_flag;
+  split_at_blanks(source);
+  target.text.clear();
+  const std::string_view line = job.translation.line();
+  size_t position = 0;
+  for (std::string_view word; !(word = next_word(line, position)).empty();) {
+    if (!target.text.empty()) target.text += ' ';
+    for (size_t i = 0; i < word.size();) target.text += next_utf8(word, i);
+  }
+  split_at_blanks(target);
+}
+
+// Reads the markup of the sentence. That there are no anchor files is told before the first anchor
+// that is placed without them.
+void take_markup(Carry &job) {
+  const auto &codes = job.source.codes;
+  const bool has_anchors =
+      std::ranges::any_of(codes, [](const Code &code) { return !code.is_font(); });
+  if (has_anchors && !job.anchors && !job.anchors_are_told) {
+    note(
+        job.anchor_name.c_str(), 0,
+        "is not there: which anchors are the two tags of an element is unknown, and each is placed "
+        "by itself");
+    job.anchors_are_told = true;
+  }
+  survey(job.placement.source);
+  read_markup(job.sentences, job.source, job.placement.source, job.anchors.get(),
+              job.placement.markup);
+}
+
+// The anchors alone, for a sentence without translation; the result is the number of its fonts.
 int64_t keep_anchors(Carry &job) {
-  job.settled.clear();
-  for (const SourceCode &code : job.source.codes)
-    if (!job.source.is_font(code)) job.settled += code.piece.bytes;
-  return count_lost_fonts(job.source, {});
+  job.encoded.clear();
+  for (const Code &code : job.source.codes)
+    if (!code.is_font()) append_anchor(code.number, job.encoded);
+  const Markup &markup = job.placement.markup;
+  return markup.lost_fonts + std::ranges::count_if(markup.spans, &Span::is_font);
 }
 
 void append_count(int64_t count, const char *what, const char *how, std::string &text) {
@@ -100,28 +140,23 @@ void find_links(Carry &job, int32_t source_words, int32_t target_words) {
     link_in_order(source_words, target_words, job.links);
 }
 
-// Writes the translation with the codes of the sentence to `settled`.
+// Writes the translation with the codes of the sentence to `encoded`.
 void carry_codes(Carry &job, int32_t target_words) {
-  read_source(job.sentences, job.from, job.to, job.pieces, job.source);
-  const SourceSentence &source = job.source;
-  find_links(job, source.text.empty() ? 0 : static_cast<int32_t>(source.words.size()),
-             target_words);
+  read_sentence(job.sentences, job.from, job.source);
+  take_texts(job);
+  take_markup(job);
+  Placement &placement = job.placement;
+  find_links(job, static_cast<int32_t>(placement.source.words.size()), target_words);
   if (target_words == 0) {
     report_sentence(job, keep_anchors(job), 0, false);
     return;
   }
-  const int64_t anchors = move_anchors(job.source, job.links);
-  initCT(job.language_of_target);
-  transfer_codes(source, job.links, job.encoded, target_words, job.transfer, job.transferred);
-  int64_t fonts = 0;
-  if (source.has_fonts || job.transferred.find(alien_marker) != job.transferred.npos) {
-    split_sentence(job.sentences, job.transferred, job.pieces);
-    fonts = settle_fonts(job.to, source, job.links, job.pieces, job.settled);
-  } else {
-    job.settled = job.transferred;
-  }
-  initCT(job.source_language);
-  report_sentence(job, fonts, anchors, true);
+  place_markup(job.links, placement);
+  job.result.text.swap(placement.target.text);
+  job.result.codes.swap(placement.codes);
+  job.encoded.clear();
+  append_sentence(job.result, job.to, job.encoded);
+  report_sentence(job, placement.dropped_fonts, placement.fallback_anchors, true);
 }
 
 void carry_sentence(Carry &job) {
@@ -131,10 +166,9 @@ void carry_sentence(Carry &job) {
     carry_codes(job, target_words);
   } else {
     find_links(job, count_words(text), target_words);
-    job.settled = job.encoded;
     report_sentence(job, 0, 0, target_words > 0);
   }
-  kti_format(job.out.stream(), job.settled.data(), -1);
+  write_frame(job.out.stream(), job.sentences.number(), job.encoded);
   job.out.check();
   show_progress(++job.totals.sentences);
 }
@@ -175,6 +209,9 @@ void carry(const char *sentences, const char *translation, const char *alignment
     fail("standard input", 0, "cannot be both TRANSLATION and ALIGNMENT");
   const auto owner = std::make_unique<Carry>(sentences, translation, alignment, out);
   Carry &job = *owner;
+  job.anchor_name = with_type(sentences, "anc");
+  if (access(job.anchor_name.c_str(), F_OK) == 0)
+    job.anchors = std::make_unique<AnchorKinds>(job.anchor_name);
   make_code_page(job.language_of_target, job.to);
   make_code_page(job.source_language, job.from);
   const ActiveLanguage active(job.source_language);

@@ -1,0 +1,26 @@
+// The places of tags inside and around words.
+#pragma once
+
+#include "programs/carry/side.h"
+
+namespace klib::programs {
+
+struct Sides {
+  const Side &source, &target;
+};
+
+// Where an element begins that begins at `begin` in the source and in `word` in the translation.
+uint32_t place_begin(const Sides &sides, Range element, uint32_t word);
+
+// Where it ends, when it ends in `word`.
+uint32_t place_end(const Sides &sides, Range element, uint32_t word);
+
+// Lets an element that ends with a closing bracket or quotation mark, and has the opening one, do
+// so in the translation; the same for its beginning.
+Range keep_pairs_whole(const Sides &sides, Range element, Range placed);
+
+// The place in the word of the translation that is like the place `at` inside a word of the source;
+// no_position when there is none.
+uint32_t place_inside(const Sides &sides, uint32_t at, uint32_t word);
+
+}  // namespace klib::programs

@@ -1,0 +1,314 @@
+// Elements form a tree in the source. From its leaves to its root, what one element contains is
+// parted and then taken in by the element; so every pair comes out well nested.
+#include "programs/carry/order.h"
+
+#include <algorithm>
+
+namespace klib::programs {
+namespace {
+
+struct Ordering {
+  const Side &source, &target;
+  Markup &markup;
+  std::vector<uint32_t> first_child{}, next_child{}, order{};
+
+  Span &element(uint32_t e) const { return markup.spans[e]; }
+};
+
+bool overlap_in_source(const Span &a, const Span &b) {
+  return a.source.begin < b.source.end && b.source.begin < a.source.end;
+}
+
+// Whether one must not be inside the other: a link in a link, a font in one of its group.
+bool exclude_each_other(const Span &a, const Span &b) { return a.group == b.group; }
+
+// The range without blanks at its edges and without marks at the edge that has been cut.
+Range trimmed(const Side &side, Range range, bool at_begin) {
+  if (at_begin)
+    range.begin = std::min(side.next_core[range.begin], range.end);
+  else
+    range.end = std::max(side.core_end[range.end], range.begin);
+  return range;
+}
+
+void drop(Span &element) {
+  element.dropped = true;
+  element.target.end = element.target.begin;
+}
+
+// Two elements that want the same place, though both have a text of their own.
+void share_place(Ordering &ordering, Span &first, Span &second) {
+  if (!exclude_each_other(first, second)) return;
+  const Side &target = ordering.target;
+  const Range range = first.target;
+  const uint32_t begin_word = target.word_at[range.begin], end_word = target.word_at[range.end - 1];
+  if (begin_word < end_word) {
+    const uint32_t cut = target.words[begin_word + (end_word - begin_word + 1) / 2].begin;
+    const Range left = trimmed(target, {range.begin, cut}, false);
+    const Range right = trimmed(target, {cut, range.end}, true);
+    if (!left.empty() && !right.empty()) {
+      first.target = left, second.target = right;
+      return;
+    }
+  }
+  if (second.is_font()) drop(second);
+}
+
+// Parts two neighbours, of which `first` begins earlier, or together and ends later.
+void part(Ordering &ordering, Span &first, Span &second) {
+  if (first.target.end <= second.target.begin || overlap_in_source(first, second)) return;
+  if (first.target == second.target) return share_place(ordering, first, second);
+  const Side &target = ordering.target;
+  Range left{first.target.begin, second.target.begin}, right{second.target.end, first.target.end};
+  if (second.target.end >= first.target.end) right = {first.target.end, first.target.end};
+  left = trimmed(target, left, false);
+  right = trimmed(target, right, true);
+  if (right.end - right.begin > left.end - left.begin)
+    first.target = right;
+  else if (!left.empty())
+    first.target = left;
+  else if (second.target.end > first.target.end) {
+    const Range rest = trimmed(target, {first.target.end, second.target.end}, true);
+    if (!rest.empty()) second.target = rest;
+  }
+}
+
+// Parts the elements of one parent, of which `first` is the first.
+void part_children(Ordering &ordering, uint32_t first) {
+  if (first == no_span || ordering.next_child[first] == no_span) return;
+  std::vector<uint32_t> &children = ordering.order;
+  children.clear();
+  for (uint32_t c = first; c != no_span; c = ordering.next_child[c])
+    if (!ordering.element(c).dropped) children.push_back(c);
+  const auto is_before = [&](uint32_t a, uint32_t b) {
+    const Range &one = ordering.element(a).target, &other = ordering.element(b).target;
+    if (one.begin != other.begin) return one.begin < other.begin;
+    if (one.end != other.end) return one.end > other.end;
+    return a < b;
+  };
+  std::sort(children.begin(), children.end(), is_before);
+  for (size_t i = 1; i < children.size(); i++) {
+    part(ordering, ordering.element(children[i - 1]), ordering.element(children[i]));
+    if (is_before(children[i], children[i - 1])) std::swap(children[i - 1], children[i]);
+  }
+}
+
+void take_in(Span &parent, const Span &child) {
+  if (child.dropped) return;
+  if (parent.dropped) {
+    parent.target = child.target;
+    parent.dropped = false;
+    return;
+  }
+  parent.target.begin = std::min(parent.target.begin, child.target.begin);
+  parent.target.end = std::max(parent.target.end, child.target.end);
+}
+
+// What parting has taken from an element its children have lost, too.
+void keep_inside(const Span &parent, Span &child) {
+  if (child.dropped) return;
+  if (parent.dropped) {
+    if (child.is_font()) drop(child);
+    return;
+  }
+  const Range range{std::max(child.target.begin, parent.target.begin),
+                    std::min(child.target.end, parent.target.end)};
+  child.target = range.empty() ? parent.target : range;
+}
+
+void settle_spans(Ordering &ordering) {
+  std::vector<Span> &elements = ordering.markup.spans;
+  const auto count = static_cast<uint32_t>(elements.size());
+  std::vector<uint32_t> &first_child = ordering.first_child, &next = ordering.next_child;
+  first_child.assign(count + 1, no_span);  // the last one: of the sentence
+  next.assign(count, no_span);
+  for (uint32_t e = count; e-- > 0;) {
+    const bool outermost = elements[e].parent == no_span;
+    if (!outermost) take_in(elements[elements[e].parent], elements[e]);
+    uint32_t &first = first_child[outermost ? count : elements[e].parent];
+    next[e] = first;
+    first = e;
+  }
+  part_children(ordering, first_child[count]);
+  for (uint32_t e = 0; e < count; e++) {
+    for (uint32_t c = first_child[e]; c != no_span; c = next[c])
+      keep_inside(elements[e], elements[c]);
+    part_children(ordering, first_child[e]);
+  }
+}
+
+// Points inside an element stay inside it.
+void keep_points_inside(Markup &markup) {
+  for (Point &point : markup.points) {
+    uint32_t parent = point.parent;
+    while (parent != no_span && markup.spans[parent].dropped) parent = markup.spans[parent].parent;
+    point.parent = parent;
+    if (parent == no_span) continue;
+    const Range &range = markup.spans[parent].target;
+    point.target = std::clamp(point.target, range.begin, range.end);
+  }
+}
+
+// Halves of elements come in the order of the page, and at the edge of an outermost element that
+// they would tear.
+void settle_halves(Ordering &ordering) {
+  Markup &markup = ordering.markup;
+  std::vector<uint32_t> &outer = ordering.order;
+  outer.clear();
+  for (uint32_t e = 0; e < markup.spans.size(); e++)
+    if (markup.spans[e].parent == no_span && !markup.spans[e].dropped) outer.push_back(e);
+  std::sort(outer.begin(), outer.end(), [&](uint32_t a, uint32_t b) {
+    return markup.spans[a].target.begin < markup.spans[b].target.begin;
+  });
+  uint32_t least = 0;
+  for (Point &point : markup.points) {
+    if (point.role == Point::single || point.parent != no_span) continue;
+    point.target = std::max(point.target, least);
+    const auto next = std::partition_point(outer.begin(), outer.end(), [&](uint32_t e) {
+      return markup.spans[e].target.begin < point.target;
+    });
+    if (next != outer.begin()) {
+      const Span &element = markup.spans[*(next - 1)];
+      if (point.target < element.target.end) {
+        const bool to_begin = point.source <= element.source.begin && element.target.begin >= least;
+        point.target = to_begin ? element.target.begin : element.target.end;
+      }
+    }
+    least = point.target;
+  }
+}
+
+// Writes codes from the beginning of the text to its end.
+struct Writer {
+  const Markup &markup;
+  std::vector<Code> &codes;
+  std::vector<uint32_t> open{};  // from the outermost to the innermost
+  // Points at the edges of the element that they are in, by element: the first, and the next.
+  std::vector<uint32_t> at_begin{}, at_end{}, next{};
+  bool crossing = false;
+
+  void write_points(uint32_t at, uint32_t point) {
+    for (; point != no_span; point = next[point])
+      codes.push_back({at, markup.points[point].number});
+  }
+};
+
+void open_span(Writer &writer, uint32_t e) {
+  const Span &element = writer.markup.spans[e];
+  const uint32_t at = element.target.begin;
+  if (!writer.open.empty())
+    writer.crossing |= writer.markup.spans[writer.open.back()].target.end < element.target.end;
+  writer.codes.push_back({at, element.number, element.group});
+  writer.open.push_back(e);
+  writer.write_points(at, writer.at_begin[e]);
+}
+
+// The font of a group that the innermost open element has, or 0.
+int32_t open_font(const Writer &writer, int group) {
+  for (auto e = writer.open.rbegin(); e != writer.open.rend(); ++e)
+    if (const Span &span = writer.markup.spans[*e]; span.group == group) return span.number;
+  return 0;
+}
+
+void close_span(Writer &writer, size_t place) {
+  const uint32_t e = writer.open[place];
+  const Span &element = writer.markup.spans[e];
+  const uint32_t at = element.target.end;
+  writer.write_points(at, writer.at_end[e]);
+  writer.open.erase(writer.open.begin() + static_cast<std::ptrdiff_t>(place));
+  if (element.is_font())
+    writer.codes.push_back({at, open_font(writer, element.group), element.group});
+  else
+    writer.codes.push_back({at, element.closer});
+}
+
+// The place of the open element that ends first, the innermost of those.
+size_t first_to_end(const Writer &writer) {
+  size_t first = writer.open.size() - 1;
+  if (!writer.crossing) return first;
+  const auto end_of = [&](size_t place) {
+    return writer.markup.spans[writer.open[place]].target.end;
+  };
+  for (size_t place = first; place-- > 0;)
+    if (end_of(place) < end_of(first)) first = place;
+  return first;
+}
+
+void close_until(Writer &writer, uint32_t at) {
+  while (!writer.open.empty()) {
+    const size_t place = first_to_end(writer);
+    if (writer.markup.spans[writer.open[place]].target.end > at) return;
+    close_span(writer, place);
+  }
+}
+
+// Sorts the points into those at the edges of their element, and the others.
+void sort_points(Writer &writer, std::vector<uint32_t> &others) {
+  const Markup &markup = writer.markup;
+  writer.at_begin.assign(markup.spans.size(), no_span);
+  writer.at_end.assign(markup.spans.size(), no_span);
+  writer.next.assign(markup.points.size(), no_span);
+  for (auto p = static_cast<uint32_t>(markup.points.size()); p-- > 0;) {
+    const Point &point = markup.points[p];
+    uint32_t *list = nullptr;
+    if (point.parent != no_span) {
+      const Range &range = markup.spans[point.parent].target;
+      if (point.target == range.end)
+        list = &writer.at_end[point.parent];
+      else if (point.target == range.begin)
+        list = &writer.at_begin[point.parent];
+    }
+    if (!list) {
+      others.push_back(p);
+      continue;
+    }
+    writer.next[p] = *list;
+    *list = p;
+  }
+  std::reverse(others.begin(), others.end());
+  std::stable_sort(others.begin(), others.end(), [&](uint32_t a, uint32_t b) {
+    return markup.points[a].target < markup.points[b].target;
+  });
+}
+
+// Elements from the outside to the inside.
+void sort_spans(const Markup &markup, std::vector<uint32_t> &order) {
+  for (uint32_t e = 0; e < markup.spans.size(); e++)
+    if (!markup.spans[e].dropped) order.push_back(e);
+  std::stable_sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+    const Range &one = markup.spans[a].target, &other = markup.spans[b].target;
+    return one.begin != other.begin ? one.begin < other.begin : one.end > other.end;
+  });
+}
+
+}  // namespace
+
+void settle_order(const Side &source, const Side &target, Markup &markup) {
+  Ordering ordering{source, target, markup};
+  settle_spans(ordering);
+  keep_points_inside(markup);
+  settle_halves(ordering);
+}
+
+void write_codes(const Markup &markup, std::vector<Code> &codes) {
+  codes.clear();
+  Writer writer{markup, codes};
+  std::vector<uint32_t> points, elements;
+  sort_points(writer, points);
+  sort_spans(markup, elements);
+  auto point = points.begin(), element = elements.begin();
+  while (point != points.end() || element != elements.end()) {
+    const uint32_t point_at = point != points.end() ? markup.points[*point].target : no_position;
+    const uint32_t begin =
+        element != elements.end() ? markup.spans[*element].target.begin : no_position;
+    const uint32_t at = std::min(point_at, begin);
+    close_until(writer, at);
+    if (point_at <= begin)
+      codes.push_back({at, markup.points[*point++].number});
+    else
+      open_span(writer, *element++);
+  }
+  close_until(writer, no_position);
+}
+
+}  // namespace klib::programs

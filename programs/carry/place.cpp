@@ -1,0 +1,31 @@
+#include "programs/carry/place.h"
+
+#include "programs/carry/order.h"
+#include "programs/carry/points.h"
+
+namespace klib::programs {
+
+void place_markup(const std::vector<Link> &alignment, Placement &placement) {
+  Markup &markup = placement.markup;
+  const Sides sides{placement.source, placement.target};
+  survey(placement.target);
+  weigh_evidence(placement.source, placement.target, alignment, placement.evidence);
+  constexpr size_t rounds = 64;  // of nesting that are looked at as a whole
+  Projection projection{sides, placement.evidence,
+                        rounds * (alignment.size() + placement.source.word_count() + 64)};
+  for (Span &element : markup.spans) project(projection, element);
+  place_points(sides, placement.evidence, markup.points);
+  settle_order(placement.source, placement.target, markup);
+  write_codes(markup, placement.codes);
+  placement.dropped_fonts = markup.lost_fonts;
+  placement.fallback_anchors = 0;
+  for (const Span &element : markup.spans) {
+    if (element.is_font())
+      placement.dropped_fonts += element.dropped;
+    else if (element.fallback)
+      placement.fallback_anchors += 2;
+  }
+  for (const Point &point : markup.points) placement.fallback_anchors += point.fallback;
+}
+
+}  // namespace klib::programs

@@ -1,0 +1,258 @@
+// The text of an element that is in the translation as it is belongs there. Other elements go to
+// the stretch of the translation for which most speaks: each word that is aligned with one inside
+// the element speaks for it, each word between that is aligned with others speaks against it, and
+// each that is aligned with nothing a little. So a stray pair of the alignment, far from the rest,
+// moves nothing, and a gap is filled unless its words clearly belong to something else.
+#include "programs/carry/projection.h"
+
+#include <algorithm>
+
+namespace klib::programs {
+namespace {
+
+constexpr uint32_t longest_reach = 8;  // words
+constexpr uint32_t words_at_edges = 16;
+constexpr size_t links_at_edges = 16;
+
+struct Words {  // from the first to the last
+  uint32_t first, last;
+};
+
+// The words that an element has letters or digits of, or all of its words when it has none.
+Words words_of(const Side &source, Range element) {
+  uint32_t begin = source.next_core[element.begin], end = source.core_end[element.end];
+  if (begin >= end || begin >= element.end) begin = element.begin, end = element.end;
+  return {source.word_at[begin], source.word_at[end - 1]};
+}
+
+// Whether the text of a piece goes on as the element does.
+bool is_text_of(const Sides &sides, Range element, uint32_t begin) {
+  const uint32_t length = element.end - element.begin;
+  if (length > sides.target.size() - begin) return false;
+  return sides.source.view(element) == sides.target.view({begin, begin + length});
+}
+
+// Whether nothing goes on that would be part of the same word.
+bool ends_there(const Side &side, uint32_t end) {
+  if (end == side.size() || side.is_blank(end) || is_hyphen(side.text[end])) return true;
+  if (side.kinds[end] == CharKind::mark) {
+    const char32_t shape = fold(side.text[end]);
+    return shape == '"' || shape == '(' || shape == ')' || shape == ',' || shape == '.';
+  }
+  return (side.kinds[end] == CharKind::unspaced) != (side.kinds[end - 1] == CharKind::unspaced);
+}
+
+// The occurrence of the text in the translation that the alignment names or that is as many-th as
+// the element's in the source.
+bool find_same_text(Projection &projection, Range element, Range &found) {
+  const auto &[source, target] = projection.sides;
+  const Evidence &evidence = projection.evidence;
+  const Range text = key_of(source, element);
+  const uint32_t first_end = std::min(text.end, source.words[source.word_at[text.begin]].end);
+  const Range first = key_of(source, {text.begin, first_end});
+  if (first.begin != text.begin) return false;
+  if (text.end - text.begin == 1 && source.kinds[text.begin] > CharKind::digit) return false;
+  const auto is_it = [&](const Side &side, const TextPiece &piece) {
+    const uint32_t end = piece.range.begin + (text.end - text.begin);
+    if (end > side.size() || !ends_there(side, end)) return false;
+    return &side == &source ? source.view(text) == source.view({piece.range.begin, end})
+                            : is_text_of(projection.sides, text, piece.range.begin);
+  };
+  uint32_t before = 0, count = 0, in_source = 0;
+  bool in_words = false;
+  for (const TextPiece &piece : find_pieces(evidence.source_pieces, source.view(first))) {
+    if (!is_it(source, piece)) continue;
+    in_source++;
+    before += piece.range.begin < text.begin;
+    in_words |= piece.range.begin == text.begin;
+  }
+  const auto pieces = find_pieces(evidence.target_pieces, source.view(first));
+  const Words words = words_of(source, element);
+  const TextPiece *named = nullptr, *ordinal = nullptr, *only = nullptr;
+  for (const TextPiece &piece : pieces) {
+    if (!is_it(target, piece)) continue;
+    only = &piece;
+    if (count++ == before) ordinal = &piece;
+    for (const Link &link :
+         evidence.sources_of(piece.word)
+             .first(std::min(evidence.sources_of(piece.word).size(), links_at_edges))) {
+      const auto w = static_cast<uint32_t>(link.source);
+      if (!named && w >= words.first && w <= words.last) named = &piece;
+    }
+  }
+  const TextPiece *piece = nullptr;
+  if (count == in_source && in_words)
+    piece = ordinal;
+  else
+    piece = named ? named : count == 1 ? only : nullptr;
+  if (!piece) return false;
+  const uint32_t begin = piece->range.begin;
+  found.begin = take_marks_before(target, begin, source, {element.begin, text.begin});
+  found.end =
+      take_marks_after(target, begin + (text.end - text.begin), source, {text.end, element.end});
+  return true;
+}
+
+// Collects the words of the translation that are aligned with words of the element.
+void gather(Projection &projection, Range element, Words words) {
+  const Side &source = projection.sides.source;
+  const Evidence &evidence = projection.evidence;
+  auto &inside = projection.inside;
+  inside.clear();
+  const uint32_t core_begin = source.next_core[element.begin];
+  const bool has_core = core_begin < element.end;
+  const bool few = projection.work_left == 0;
+  for (uint32_t w = words.first; w <= words.last; w++) {
+    if (few && w == words.first + words_at_edges && w + words_at_edges <= words.last)
+      w = words.last - words_at_edges + 1;
+    const Range word{std::max(source.words[w].begin, element.begin),
+                     std::min(source.words[w].end, element.end)};
+    if (has_core && !source.has_core(word)) continue;
+    auto targets = evidence.targets_of(w);
+    if (few && targets.size() > links_at_edges) targets = targets.first(links_at_edges);
+    for (const uint32_t target : targets) {
+      if (has_core && !projection.sides.target.has_core(projection.sides.target.words[target]))
+        continue;
+      inside.emplace_back(target, evidence.weight(w, target));
+    }
+  }
+  const size_t work = inside.size() + (words.last - words.first);
+  projection.work_left -= std::min(work, projection.work_left);
+  std::sort(inside.begin(), inside.end());
+  size_t kept = 0;
+  for (size_t i = 0; i < inside.size(); i++)
+    if (kept > 0 && inside[kept - 1].first == inside[i].first)
+      inside[kept - 1].second += inside[i].second;
+    else
+      inside[kept++] = inside[i];
+  inside.resize(kept);
+}
+
+// The stretch of words with the largest sum.
+Words best_stretch(const Projection &projection) {
+  const std::vector<int64_t> &cost = projection.evidence.cost;
+  Words best{}, current{};
+  int64_t best_sum = 0, sum = 0;
+  uint32_t before = 0;
+  for (const auto &[word, weight] : projection.inside) {
+    if (sum > 0) sum -= cost[word] - cost[before];
+    if (sum <= 0) sum = 0, current.first = word;
+    const int64_t outside = cost[word + 1] - cost[word] - weight;
+    sum += std::max<int64_t>(weight - outside, 1);
+    current.last = word;
+    before = word + 1;
+    if (sum > best_sum) best_sum = sum, best = current;
+  }
+  return best;
+}
+
+// The shape of the first mark after the letters of a word, or 0.
+char32_t mark_after(const Side &side, uint32_t word) {
+  const Range range = side.words[word];
+  const uint32_t mark = std::max(side.core_end[range.end], range.begin);
+  return mark < range.end ? fold(side.text[mark]) : 0;
+}
+
+// Words that are aligned with nothing belong to the element when they stand between it and a mark
+// that stands there in the source, too.
+void reach_to_marks(const Projection &projection, Range element, Words &words) {
+  const auto &[source, target] = projection.sides;
+  const Evidence &evidence = projection.evidence;
+  const uint32_t first = source.word_at[element.begin], last = source.word_at[element.end - 1];
+  if (first > 0 && element.begin == source.words[first].begin) {
+    const char32_t mark = mark_after(source, first - 1);
+    uint32_t w = words.first;
+    const uint32_t limit = w - std::min(w, longest_reach);
+    if (mark != 0) {
+      while (w > limit && evidence.sources_of(w - 1).empty() && mark_after(target, w - 1) == 0) w--;
+      if (w > 0 && mark_after(target, w - 1) == mark) words.first = w;
+    }
+  }
+  const Range word = source.words[last];
+  if (element.end < word.end && source.next_core[element.end] >= word.end) {
+    const char32_t mark = fold(source.text[element.end]);
+    uint32_t w = words.last;
+    const uint32_t limit = std::min(w + longest_reach, target.word_count() - 1);
+    while (w < limit && mark_after(target, w) == 0 && evidence.sources_of(w + 1).empty()) w++;
+    if (mark_after(target, w) == mark) words.last = w;
+  }
+}
+
+// An element without aligned words goes around the unaligned words between the translations of its
+// neighbours, a pair of anchors else around the word of the nearest of them.
+bool find_by_neighbours(const Projection &projection, const Span &element, Words words,
+                        Words &found) {
+  const auto &[source, target] = projection.sides;
+  const Evidence &evidence = projection.evidence;
+  const uint32_t before = evidence.aligned_before[words.first];
+  const uint32_t after = evidence.aligned_after[words.last + 1];
+  const uint32_t count = target.word_count();
+  const uint32_t left = before == no_position ? 0 : evidence.targets_of(before).back() + 1;
+  const uint32_t right = after == no_position ? count : evidence.targets_of(after).front();
+  const auto is_free = [&](uint32_t w) { return evidence.sources_of(w).empty(); };
+  if (before != no_position || after != no_position) {
+    for (uint32_t w = left; w < right; w++) {
+      if (!is_free(w) || !target.has_core(target.words[w])) continue;
+      found = {w, w};
+      while (found.last + 1 < right && is_free(found.last + 1)) found.last++;
+      return true;
+    }
+  }
+  if (element.is_font()) return false;
+  if (before == no_position && after == no_position)
+    found.first = std::min(words.first, count - 1);
+  else if (before == no_position ||
+           (after != no_position && after - words.last <= words.first - before))
+    found.first = right;
+  else
+    found.first = left - 1;
+  found.last = found.first;
+  return true;
+}
+
+// All words but those that are only marks.
+Words whole_translation(const Side &target) {
+  const uint32_t size = target.size();
+  if (target.core_end[size] == 0) return {0, target.word_count() - 1};
+  return {target.word_at[target.next_core[0]], target.word_at[target.core_end[size] - 1]};
+}
+
+bool find_words(Projection &projection, Span &element, Words &found) {
+  const Side &source = projection.sides.source;
+  const Range range = element.source;
+  const bool has_core = source.has_core(range);
+  if (has_core && source.core_end[range.begin] == 0 &&
+      source.next_core[range.end] == source.size()) {
+    found = whole_translation(projection.sides.target);
+    return true;
+  }
+  const Words words = words_of(source, range);
+  gather(projection, range, words);
+  if (projection.inside.empty()) {
+    element.fallback = true;
+    return find_by_neighbours(projection, element, words, found);
+  }
+  found = best_stretch(projection);
+  reach_to_marks(projection, range, found);
+  return true;
+}
+
+}  // namespace
+
+void project(Projection &projection, Span &element) {
+  const Sides &sides = projection.sides;
+  if (find_same_text(projection, element.source, element.target)) return;
+  Words words;
+  if (!find_words(projection, element, words)) {
+    element.dropped = true;
+    return;
+  }
+  Range placed{place_begin(sides, element.source, words.first),
+               place_end(sides, element.source, words.last)};
+  placed = keep_pairs_whole(sides, element.source, placed);
+  if (placed.empty())
+    placed = {sides.target.words[words.first].begin, sides.target.words[words.last].end};
+  element.target = placed;
+}
+
+}  // namespace klib::programs

@@ -1,0 +1,20 @@
+// Where elements go: the words of the translation that are theirs.
+#pragma once
+
+#include "programs/carry/edges.h"
+#include "programs/carry/evidence.h"
+#include "programs/carry/spans.h"
+
+namespace klib::programs {
+
+struct Projection {
+  const Sides &sides;
+  const Evidence &evidence;
+  size_t work_left;  // beyond it only the words at the edges of an element are looked at
+  std::vector<std::pair<uint32_t, int64_t>> inside{};  // room: words of the translation, weights
+};
+
+// Sets the target of an element, or drops it when it is a font and has none.
+void project(Projection &projection, Span &element);
+
+}  // namespace klib::programs

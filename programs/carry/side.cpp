@@ -1,0 +1,146 @@
+// Everything here is one walk through the text, so that placing a code is a few looks into arrays.
+#include "programs/carry/side.h"
+
+#include <algorithm>
+
+namespace klib::programs {
+namespace {
+
+constexpr int quotes = 0, brackets = 1;
+
+// Quotation marks that come in pairs; the single ones may be apostrophes.
+bool is_quote(char32_t c) {
+  if (c == '\'' || c == '`' || (c >= U'\u2018' && c <= U'\u201B') || c == U'\u2039' ||
+      c == U'\u203A')
+    return false;
+  return fold(c) == '"';
+}
+
+// Languages differ in which of these open and which close.
+bool closes(char32_t open, char32_t c) {
+  switch (open) {
+    case U'\u201E':
+      return c == U'\u201C' || c == U'\u201D';
+    case U'\u201C':
+      return c == U'\u201D';
+    case U'\u00AB':
+      return c == U'\u00BB';
+    case U'\u00BB':
+      return c == U'\u00AB' || c == U'\u00BB';
+    case U'\u300C':
+      return c == U'\u300D';
+    case U'\u300E':
+      return c == U'\u300F';
+    default:
+      return c == open;
+  }
+}
+
+void find_partners(Side &side) {
+  side.partners.assign(side.size() + 1, no_position);
+  for (const int kind : {quotes, brackets}) side.openers[kind].clear(), side.closers[kind].clear();
+  uint32_t open_quote = no_position;
+  std::vector<uint32_t> open_brackets;
+  const auto join = [&](uint32_t open, uint32_t close, int kind) {
+    side.partners[open] = close;
+    side.partners[close] = open;
+    side.openers[kind].push_back(open);
+    side.closers[kind].push_back(close);
+  };
+  for (uint32_t i = 0; i < side.size(); i++) {
+    if (side.kinds[i] != CharKind::mark) continue;
+    const char32_t c = side.text[i];
+    if (is_quote(c)) {
+      const bool ends = open_quote != no_position && closes(side.text[open_quote], c);
+      if (ends) join(open_quote, i, quotes);
+      open_quote = ends ? no_position : i;
+    } else if (const char32_t shape = fold(c); shape == '(') {
+      open_brackets.push_back(i);
+    } else if (shape == ')' && !open_brackets.empty()) {
+      join(open_brackets.back(), i, brackets);
+      open_brackets.pop_back();
+    }
+  }
+  std::sort(side.openers[brackets].begin(), side.openers[brackets].end());
+}
+
+bool is_around_words(char32_t c) {
+  const char32_t shape = fold(c);
+  return shape == '"' || shape == '(' || shape == ')' || shape == ',' || shape == '.';
+}
+
+}  // namespace
+
+void split_at_blanks(Side &side) {
+  side.words.clear();
+  const std::u32string_view text(side.text);
+  for (size_t begin = 0;;) {
+    while (begin < text.size() && text[begin] == ' ') begin++;
+    if (begin == text.size()) return;
+    const size_t end = std::min(text.find(U' ', begin), text.size());
+    side.words.push_back({static_cast<uint32_t>(begin), static_cast<uint32_t>(end)});
+    begin = end;
+  }
+}
+
+void survey(Side &side) {
+  const uint32_t size = side.size();
+  side.kinds.resize(size);
+  side.word_at.resize(size + 1);
+  side.next_core.resize(size + 1);
+  side.core_end.resize(size + 1);
+  bool pairs = false;
+  uint32_t word = 0, core_end = 0;
+  for (uint32_t i = 0; i < size; i++) {
+    const CharKind kind = kind_of(side.text[i]);
+    side.kinds[i] = kind;
+    pairs |= kind == CharKind::mark;
+    while (word < side.word_count() && i >= side.words[word].end) word++;
+    side.word_at[i] = word;
+    side.core_end[i] = core_end;
+    if (is_core(kind)) core_end = i + 1;
+  }
+  side.word_at[size] = side.word_count();
+  side.core_end[size] = core_end;
+  side.next_core[size] = size;
+  for (uint32_t i = size; i-- > 0;)
+    side.next_core[i] = is_core(side.kinds[i]) ? i : side.next_core[i + 1];
+  find_partners(side);
+}
+
+Range key_of(const Side &side, Range range) {
+  Range key = range;
+  const auto is_around = [&](uint32_t i) {
+    return side.is_blank(i) || (side.kinds[i] == CharKind::mark && is_around_words(side.text[i]));
+  };
+  while (key.begin < key.end && is_around(key.begin)) key.begin++;
+  while (key.begin < key.end && is_around(key.end - 1)) key.end--;
+  return key.empty() ? range : key;
+}
+
+uint32_t take_marks_before(const Side &side, uint32_t position, const Side &from, Range marks) {
+  for (uint32_t i = marks.end; i-- > marks.begin;) {
+    if (from.is_blank(i)) continue;
+    uint32_t before = position;
+    while (before > 0 && side.is_blank(before - 1)) before--;
+    if (before == 0 || side.is_core(before - 1) ||
+        fold(side.text[before - 1]) != fold(from.text[i]))
+      break;
+    position = before - 1;
+  }
+  return position;
+}
+
+uint32_t take_marks_after(const Side &side, uint32_t position, const Side &from, Range marks) {
+  for (uint32_t i = marks.begin; i < marks.end; i++) {
+    if (from.is_blank(i)) continue;
+    uint32_t next = position;
+    while (next < side.size() && side.is_blank(next)) next++;
+    if (next == side.size() || side.is_core(next) || fold(side.text[next]) != fold(from.text[i]))
+      break;
+    position = next + 1;
+  }
+  return position;
+}
+
+}  // namespace klib::programs

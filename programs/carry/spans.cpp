@@ -1,0 +1,152 @@
+// One walk along the codes with a stack of what is open.
+#include "programs/carry/spans.h"
+
+#include <algorithm>
+
+#include "programs/common/program.h"
+
+namespace klib::programs {
+namespace {
+
+constexpr uint32_t not_closed = no_position;
+
+struct Reader {
+  const SentenceFile &file;
+  const Side &source;
+  AnchorKinds *kinds;
+  Markup &markup;
+  uint32_t selected[font_group_count];  // the element of each group's font
+
+  std::vector<Span> &spans() const { return markup.spans; }
+};
+
+uint32_t innermost(const Reader &reader) {
+  return reader.markup.open.empty() ? no_span : reader.markup.open.back();
+}
+
+uint32_t open_span(Reader &reader, uint32_t at, int32_t number, int group) {
+  const auto element = static_cast<uint32_t>(reader.spans().size());
+  reader.spans().push_back({{at, not_closed}, number, 0, group, innermost(reader)});
+  reader.markup.open.push_back(element);
+  return element;
+}
+
+// Elements that cross this one are no longer inside it.
+void close_span(Reader &reader, uint32_t closed, uint32_t at) {
+  std::vector<uint32_t> &open = reader.markup.open;
+  Span &element = reader.spans()[closed];
+  element.source.end = at;
+  const auto place = std::find(open.rbegin(), open.rend(), closed).base() - 1;
+  for (auto inner = place + 1; inner != open.end(); ++inner)
+    if (reader.spans()[*inner].parent == closed) reader.spans()[*inner].parent = element.parent;
+  open.erase(place);
+}
+
+void add_point(Reader &reader, const Code &code, Point::Role role) {
+  reader.markup.points.push_back(
+      {static_cast<uint32_t>(code.at), code.number, role, innermost(reader)});
+}
+
+AnchorKinds::Entry kind_of_anchor(Reader &reader, const Code &code) {
+  const AnchorKinds::Entry entry = reader.kinds->find(code.number);
+  if ((entry.kind == Anchor::font) != code.is_font())
+    fail(reader.file.name(), reader.file.line(), "sentence %d: anchor %d is %s",
+         static_cast<int>(reader.file.number()), static_cast<int>(code.number),
+         code.is_font() ? "no font" : "a font");
+  return entry;
+}
+
+void take_font(Reader &reader, const Code &code) {
+  const auto at = static_cast<uint32_t>(code.at);
+  uint32_t &selected = reader.selected[code.group];
+  if (code.number != 0 && reader.kinds) kind_of_anchor(reader, code);
+  if (selected != no_span && reader.spans()[selected].number == code.number) return;
+  if (selected != no_span) close_span(reader, selected, at);
+  selected = code.number == 0 ? no_span : open_span(reader, at, code.number, code.group);
+}
+
+void take_anchor(Reader &reader, const Code &code) {
+  const auto at = static_cast<uint32_t>(code.at);
+  const AnchorKinds::Entry entry =
+      reader.kinds ? kind_of_anchor(reader, code) : AnchorKinds::Entry{Anchor::single, 0};
+  auto &pairs = reader.markup.pairs;
+  switch (entry.kind) {
+    case Anchor::open:
+      pairs[code.number] = open_span(reader, at, code.number, -1);
+      break;
+    case Anchor::close:
+      if (const auto pair = pairs.find(entry.partner); pair != pairs.end()) {
+        reader.spans()[pair->second].closer = code.number;
+        close_span(reader, pair->second, at);
+        pairs.erase(pair);
+      } else {
+        add_point(reader, code, Point::single);
+      }
+      break;
+    case Anchor::opens_out:
+      add_point(reader, code, Point::opens_out);
+      break;
+    case Anchor::closes_from:
+      add_point(reader, code, Point::closes_from);
+      break;
+    default:
+      add_point(reader, code, Point::single);
+  }
+}
+
+// Takes blanks off the edges; an element without text is none, but its anchors are points.
+void take_empty_spans_out(Reader &reader) {
+  Markup &markup = reader.markup;
+  std::vector<uint32_t> renumbered(markup.spans.size());
+  std::vector<Point> points;
+  uint32_t kept = 0;
+  for (uint32_t e = 0; e < markup.spans.size(); e++) {
+    Span element = markup.spans[e];
+    Range &range = element.source;
+    const bool unclosed = range.end == not_closed;
+    const uint32_t end = unclosed ? reader.source.size() : range.end, begin = range.begin;
+    if (unclosed) range.end = end;
+    while (!range.empty() && reader.source.is_blank(range.begin)) range.begin++;
+    while (!range.empty() && reader.source.is_blank(range.end - 1)) range.end--;
+    if (element.parent != no_span) element.parent = renumbered[element.parent];
+    renumbered[e] = element.parent;
+    if (!range.empty() && (element.is_font() || !unclosed)) {
+      renumbered[e] = kept;
+      markup.spans[kept++] = element;
+    } else if (element.is_font()) {
+      markup.lost_fonts++;
+    } else {
+      points.push_back({begin, element.number, Point::single, element.parent});
+      if (!unclosed) points.push_back({end, element.closer, Point::single, element.parent});
+    }
+  }
+  markup.spans.resize(kept);
+  for (Point &point : markup.points)
+    if (point.parent != no_span) point.parent = renumbered[point.parent];
+  if (points.empty()) return;
+  markup.points.insert(markup.points.end(), points.begin(), points.end());
+  std::stable_sort(markup.points.begin(), markup.points.end(), [](const Point &a, const Point &b) {
+    return a.source != b.source ? a.source < b.source : a.number < b.number;
+  });
+}
+
+}  // namespace
+
+void read_markup(const SentenceFile &file, const Sentence &sentence, const Side &source,
+                 AnchorKinds *kinds, Markup &markup) {
+  markup.spans.clear();
+  markup.points.clear();
+  markup.pairs.clear();
+  markup.open.clear();
+  markup.lost_fonts = 0;
+  Reader reader{file, source, kinds, markup, {}};
+  std::fill(std::begin(reader.selected), std::end(reader.selected), no_span);
+  for (const Code &code : sentence.codes)
+    if (code.is_font())
+      take_font(reader, code);
+    else
+      take_anchor(reader, code);
+  take_empty_spans_out(reader);
+}
+
+}  // namespace klib::programs
