@@ -1,7 +1,6 @@
 // Sentence files as their readers take them.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -16,9 +15,6 @@ using Fonts = std::array<int32_t, programs::font_group_count>;  // 0: plain
 struct Word {
   std::string text;          // UTF-8
   std::vector<Fonts> fonts;  // of each character
-  bool uniform() const {
-    return std::count(fonts.begin(), fonts.end(), fonts[0]) == std::ssize(fonts);
-  }
 };
 
 // A frame, or with number -1 an anchor between frames.

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "programs/carry/side.h"
-#include "programs/document/anchor_kinds.h"
 #include "programs/common/sentence.h"
+#include "programs/document/anchor_kinds.h"
 
 namespace klib::programs {
 
