@@ -61,19 +61,12 @@ std::string share_directory_beside_program() {
   return program.substr(0, program.rfind('/')) + "/../share/klib";
 }
 
-void replace_text_parameter(TextParameter name, const std::string &value) {
-  char *copy = string_copy(value.c_str());
-  if (!copy) throw std::bad_alloc();
-  Kfree(text_parameter(name));
-  text_parameter(name) = copy;
-}
-
 void find_share_directory() {
   if (strcmp(parameter(TextParameter::lib_directory), default_directory) != 0) return;
   std::string found = share_directory_beside_program();
   if (!Kprobe_file((found + "/" + skparm[parameter_base_name - 1]).c_str()))
     found = KLIB_SHARE_DIRECTORY;
-  replace_text_parameter(TextParameter::lib_directory, found);
+  set_parameter(TextParameter::lib_directory, found);
 }
 
 // Whether the program cannot go on; nothing is thrown through the library.
@@ -109,7 +102,7 @@ void check_parameters(const char *file) {
     const std::string given = value, fault = check_value(*row, value);
     if (!fault.empty())
       fail(file, 0, "%s in the parameter files: '%s' is no language", row->name, given.c_str());
-    replace_text_parameter(name, value);
+    set_parameter(name, value);
   }
 }
 
@@ -232,6 +225,13 @@ int run_program(const Program &program, int argc, char **argv) {
   tell_scripts(nullptr);
   clear_progress();
   return arguments.outcome == Arguments::bad || something_failed() ? 1 : 0;
+}
+
+void set_parameter(TextParameter name, const std::string &value) {
+  char *copy = string_copy(value.c_str());
+  if (!copy) throw std::bad_alloc();
+  Kfree(text_parameter(name));
+  text_parameter(name) = copy;
 }
 
 const char *parameter(TextParameter name) { return text_parameter(name); }

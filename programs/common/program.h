@@ -84,7 +84,7 @@ struct Program {
 };
 
 // Each is run by a main() of its own (main.cpp).
-extern const Program kalign, kextract, kcarry, kmerge, kshow;
+extern const Program kalign, kextract, kcarry, kmerge, kshow, ktranslate;
 
 // Runs the program and returns its exit status: 0 when everything went well. A process may run
 // programs one after the other.
@@ -100,6 +100,7 @@ enum class TextParameter {
 enum class NumberParameter { kti_width = 1, kti_start = 16, kti_step = 17, logging = 31 };
 const char *parameter(TextParameter name);
 int32_t parameter(NumberParameter name);
+void set_parameter(TextParameter name, const std::string &value);
 
 // A text that the library has handed out.
 using Text = std::unique_ptr<char, void (*)(void *)>;

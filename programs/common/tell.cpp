@@ -20,6 +20,7 @@ namespace {
 struct State {
   const char *program = "";
   bool quiet = false;
+  bool is_silent = false;      // the listener alone is told
   bool failed = false;         // a problem was told
   bool line_is_shown = false;  // a progress line is on the terminal
   std::chrono::steady_clock::time_point shown_at;
@@ -84,6 +85,7 @@ constexpr const char *any_note = "note", *any_problem = "error";
 
 void tell(const Record &record) {
   if (record.severity == Severity::problem) state.failed = true;
+  if (state.is_silent) return state.listener(record);
   if (record.severity == Severity::problem || (record.severity == Severity::note && !state.quiet))
     print(record);
   if (state.scripts) write_json(record);
@@ -139,12 +141,16 @@ void fail(const char *file, int64_t line, const char *format, ...) {
 }
 
 void show_progress(int64_t sentences) {
-  if (sentences % 256 != 0 || state.quiet || !isatty(STDERR_FILENO)) return;
+  if (sentences % 256 == 0) show_progress_line(std::to_string(sentences) + " sentences");
+}
+
+void show_progress_line(const std::string &line) {
+  if (state.quiet || !isatty(STDERR_FILENO)) return;
   const auto now = std::chrono::steady_clock::now();
   if (now - state.shown_at < std::chrono::milliseconds(200)) return;
   state.shown_at = now;
   state.line_is_shown = true;
-  fprintf(stderr, "\r%s: %lld sentences", state.program, static_cast<long long>(sentences));
+  fprintf(stderr, "\r\033[K%s: %s", state.program, line.c_str());
 }
 
 void clear_progress() {
@@ -162,6 +168,11 @@ void tell_scripts(FILE *stream) { state.scripts = stream; }
 
 void tell_also(std::function<void(const Record &)> listener) {
   state.listener = std::move(listener);
+}
+
+void tell_only(std::function<void(const Record &)> listener) {
+  state.listener = std::move(listener);
+  state.quiet = state.is_silent = true;
 }
 
 bool something_failed() { return state.failed; }

@@ -67,12 +67,16 @@ void report(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF
 
 // Shows on a terminal's standard error how far the job is; call it as often as you like.
 void show_progress(int64_t sentences);
+void show_progress_line(const std::string &line);  // the same with other words
 void clear_progress();
 
 // How the records of a run are told; start_telling() begins a run.
 void start_telling(const char *program, bool quiet);
 void tell_scripts(FILE *stream);                               // null: no more
 void tell_also(std::function<void(const Record &)> listener);  // such as a report; null: no more
-bool something_failed();                                       // a problem was told in this run
+// From now on they are given to the listener and to nobody else, and no progress is shown: for a
+// process that works for another one.
+void tell_only(std::function<void(const Record &)> listener);
+bool something_failed();  // a problem was told in this run
 
 }  // namespace klib::programs

@@ -237,8 +237,8 @@ void apertium_languages(const std::string &mode, std::string &source, std::strin
   target = language_code(mode.substr(std::min(dash + 1, mode.size())));
 }
 
-StreamEnd translate(Apertium &engine, const std::vector<std::string> &sentences,
-                    std::vector<ApertiumTranslation> &translations) {
+StreamEnd translate_batch(Apertium &engine, const std::vector<std::string> &sentences,
+                          std::vector<ApertiumTranslation> &translations) {
   translations.clear();
   std::vector<std::string> blocks;
   for (const std::string &sentence : sentences) blocks.push_back(apertium_block(sentence));

@@ -40,7 +40,7 @@ constexpr size_t apertium_batch = 1000;
 
 // Translates sentences, each as Apertium translates it without blanks. The end is a good one, or
 // that of the command that failed; then `translations` is as long as what is done.
-StreamEnd translate(Apertium &engine, const std::vector<std::string> &sentences,
-                    std::vector<ApertiumTranslation> &translations);
+StreamEnd translate_batch(Apertium &engine, const std::vector<std::string> &sentences,
+                          std::vector<ApertiumTranslation> &translations);
 
 }  // namespace klib::programs

@@ -163,7 +163,7 @@ class ApertiumMode : public ::testing::Test {
   }
   std::string translate_lines(const std::vector<std::string> &sentences) {
     std::vector<ApertiumTranslation> translations;
-    const StreamEnd end = translate(engine_, sentences, translations);
+    const StreamEnd end = translate_batch(engine_, sentences, translations);
     std::string lines;
     for (const ApertiumTranslation &t : translations)
       lines += t.text + (t.is_lost ? " (lost)" : t.is_aligned ? " ||| " + t.pairs : "") + "\n";

@@ -1,0 +1,250 @@
+// ktranslate takes pages to their translations: it runs what kextract, kcarry and kmerge do on
+// every page, with a translation engine and the word aligner between them. docs/pipeline.md
+// describes the steps, docs/many-documents.md how to run it over many pages.
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <optional>
+#include <thread>
+
+#include "programs/common/languages.h"
+#include "programs/common/program.h"
+#include "programs/translate/align_pages.h"
+#include "programs/translate/interruption.h"
+#include "programs/translate/result_names.h"
+#include "programs/translate/sentences.h"
+#include "programs/translate/temporary_folder.h"
+#include "programs/translate/work.h"
+
+namespace klib::programs {
+namespace {
+
+const char *engine, *translation, *cache_name, *folder, *encoding;
+bool copy, marks_unknown;
+int64_t jobs, timeout;
+
+constexpr std::string_view apertium_prefix = "apertium:";
+
+// A run over its pages.
+struct Run {
+  std::vector<PageFiles> pages;
+  int64_t jobs = 1;
+  int64_t sentences = 0, answered = 0;
+  size_t pages_done = 0;
+  std::chrono::steady_clock::time_point begun = std::chrono::steady_clock::now();
+};
+
+void check_options() {
+  const bool is_none = engine && strcmp(engine, "none") == 0;
+  const char *fault = nullptr;
+  if (copy ? engine || translation : !engine)
+    fault = copy ? "--copy takes no engine and no translation"
+                 : "which engine? --engine COMMAND, --engine apertium:MODE, --engine none "
+                   "--translation FILE, or --copy";
+  else if (is_none && !translation)
+    fault = "--engine none takes its lines from --translation FILE";
+  else if (!is_none && translation)
+    fault = "--translation FILE takes the place of an engine: --engine none";
+  else if (engine && *engine == '\0')
+    fault = "--engine: the command is empty";
+  if (fault) fail("ktranslate", 0, "%s", fault);
+}
+
+void name_pages(std::span<const char *const> names, Run &run) {
+  if (folder) {
+    if (names.empty()) fail("ktranslate", 0, "no file names");
+    const std::vector<std::string> results = result_names(names, folder);
+    for (size_t i = 0; i < names.size(); i++) {
+      run.pages.emplace_back().page = names[i];
+      run.pages.back().result = results[i];
+    }
+    return;
+  }
+  if (names.size() != 2)
+    fail("ktranslate", 0, "%zu file names: it takes IN and OUT, or any number with --out-dir",
+         names.size());
+  check_result_name(names[0], names[1]);
+  run.pages.emplace_back().page = names[0];
+  run.pages.back().result = names[1];
+}
+
+// An engine knows its languages; what the user or a parameter file says goes before.
+void set_languages() {
+  if (!engine || !std::string_view(engine).starts_with(apertium_prefix)) return;
+  std::string source, target;
+  apertium_languages(engine + apertium_prefix.size(), source, target);
+  const auto set = [](TextParameter name, const char *unset, const std::string &code) {
+    const std::string language = language_name(code);
+    if (!language.empty() && strcmp(parameter(name), unset) == 0) set_parameter(name, language);
+  };
+  set(TextParameter::language, "GERMAN", source);
+  set(TextParameter::target_language, "ENGLISH", target);
+}
+
+void show_run(const Run &run) {
+  std::string line = std::to_string(run.pages_done) + " of " + std::to_string(run.pages.size()) +
+                     (run.pages.size() == 1 ? " page" : " pages");
+  if (run.sentences > 0) {
+    line += ", " + std::to_string(run.answered) + " of " + std::to_string(run.sentences) +
+            (run.sentences == 1 ? " sentence" : " sentences");
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - run.begun).count();
+    if (run.answered > 0 && run.answered < run.sentences && seconds > 2) {
+      const auto left =
+          static_cast<int64_t>(seconds * static_cast<double>(run.sentences - run.answered) /
+                               static_cast<double>(run.answered));
+      line += ", " +
+              (left < 120 ? std::to_string(left) + " s" : std::to_string(left / 60) + " min") +
+              " left";
+    }
+  }
+  show_progress_line(line);
+}
+
+// The name for people of a file of a page's job.
+std::string name_for_people(const Run &run, const std::string &file) {
+  for (const PageFiles &page : run.pages)
+    if (file.starts_with(page.base)) return page.page;
+  return file;
+}
+
+void run_on_pages(Run &run, std::vector<Task> &tasks) {
+  run_tasks(
+      tasks, run.jobs, [&](const std::string &file) { return name_for_people(run, file); },
+      [&](size_t) { show_run(run); });
+}
+
+void set_encoding() {
+  for (const Option &option : kextract.options)
+    if (strcmp(option.name, "encoding") == 0) *std::get<const char **>(option.place) = encoding;
+}
+
+// Runs the job of another program on files, with the parameters of this one.
+void run_job(const Program &program, const std::vector<std::string> &files) {
+  std::vector<const char *> names;
+  for (const std::string &file : files) names.push_back(file.c_str());
+  program.job.run({names.data(), names.size()});
+}
+
+void extract_pages(Run &run) {
+  std::vector<Task> tasks;
+  for (const PageFiles &page : run.pages)
+    tasks.push_back({page.page, page.records(), [&page] {
+                       set_encoding();
+                       run_job(kextract, {page.coded(), page.page});
+                     }});
+  run_on_pages(run, tasks);
+  for (size_t i = 0; i < tasks.size(); i++) {
+    PageFiles &page = run.pages[i];
+    page.is_extracted = tasks[i].is_done;
+    if (!page.is_extracted) continue;
+    LineReader text(page.text().c_str());
+    while (text.next()) page.sentences++;
+    run.sentences += page.sentences;
+  }
+}
+
+void translate_pages(Run &run) {
+  std::optional<Cache> cache;
+  std::string key = engine ? engine : "";
+  if (marks_unknown) key += "\n--mark-unknown";
+  if (cache_name && engine && !translation) cache.emplace(cache_name, key);
+  run.begun = std::chrono::steady_clock::now();
+  SentenceFeed feed(run.pages, cache ? &*cache : nullptr, [&] {
+    run.answered++;
+    show_run(run);
+  });
+  if (copy) return translate_as_copy(feed);
+  feed.set_engine(engine);
+  if (translation) return translate_with_file(translation, feed);
+  if (!std::string_view(engine).starts_with(apertium_prefix))
+    return translate_with_command({engine, static_cast<int>(timeout)}, feed);
+  Apertium apertium;
+  apertium.timeout = static_cast<int>(timeout);
+  std::string problem;
+  if (!open_apertium(engine + apertium_prefix.size(), marks_unknown, apertium, problem))
+    fail(engine, 0, "%s", problem.c_str());
+  translate_with_apertium(apertium, feed);
+}
+
+// Carries the markup into the translation, and puts the page together in the target language.
+void finish_page(const PageFiles &page) {
+  run_job(kcarry, {page.coded(), page.translation(), page.alignment(), page.carried()});
+  set_parameter(TextParameter::language, parameter(TextParameter::target_language));
+  run_job(kmerge, {page.carried(), page.anchors(), page.result});
+}
+
+void finish_pages(Run &run) {
+  std::vector<Task> tasks;
+  for (const PageFiles &page : run.pages)
+    if (page.is_translated)
+      tasks.push_back({page.page, page.records(), [&page] { finish_page(page); },
+                       [&page] { make_folders(page.result); }});
+  run_tasks(
+      tasks, run.jobs, [&](const std::string &file) { return name_for_people(run, file); },
+      [&](size_t done) {
+        run.pages_done = done;
+        show_run(run);
+      });
+  run.pages_done = static_cast<size_t>(
+      std::count_if(tasks.begin(), tasks.end(), [](const Task &task) { return task.is_done; }));
+}
+
+void translate(std::span<const char *const> names) {
+  check_options();
+  Run run;
+  name_pages(names, run);
+  set_languages();
+  run.jobs = jobs > 0 ? jobs : std::max<int64_t>(std::thread::hardware_concurrency(), 1);
+  const Interruptible interruptible;
+  const TemporaryFolder temporary;
+  for (size_t i = 0; i < run.pages.size(); i++)
+    run.pages[i].base = temporary.name() + "/" + std::to_string(i) + "_page";
+  extract_pages(run);
+  translate_pages(run);
+  align_pages(run.pages, static_cast<int>(run.jobs));
+  finish_pages(run);
+  if (run.pages.size() > 1)
+    note("ktranslate", 0, "%zu of %zu pages translated, %lld sentences", run.pages_done,
+         run.pages.size(), static_cast<long long>(run.sentences));
+}
+
+constexpr const char *purpose =
+    "Translates the page IN to the page OUT, or many pages into a folder, where each\n"
+    "keeps its place below their common folder. '-' is standard input or output.\n"
+    "The engine is a command that reads one sentence a line and answers each with a\n"
+    "line: 'TRANSLATION', or with its word alignment 'TRANSLATION ||| i-j i-j ...'.\n"
+    "Without alignment the built-in aligner makes it, over all pages.\n";
+
+constexpr Parameter parameters[] = {
+    {"LANGUAGE", "NAME", "the language of the pages (GERMAN; what Apertium's mode says)"},
+    {"TARGET-LANGUAGE", "NAME", "that of their translations (ENGLISH; likewise)"},
+};
+
+constexpr Option options[] = {
+    {"engine", "COMMAND", &engine,
+     "a command for sh -c; apertium:MODE, such as apertium:eng-spa; none"},
+    {"translation", "FILE", &translation,
+     "with --engine none: the translations, a line a sentence"},
+    {"copy", nullptr, &copy, "no engine: each page with its own text, to check its markup"},
+    {"out-dir", "DIR", &folder, "the folder of the results; then every name is a page"},
+    {"cache", "FILE", &cache_name, "keep translations there, and do not ask for them again"},
+    {"jobs", "N", NumberOption{&jobs, 0, 0, 1024}, "pages at a time (0: as many as processors)"},
+    {"timeout", "SECONDS", NumberOption{&timeout, 600, 0, 1000000},
+     "give up an engine that is silent for so long (600; 0: never)"},
+    {"mark-unknown", nullptr, &marks_unknown, "let Apertium mark unknown words with a '*'"},
+    {"encoding", "NAME", &encoding, "the encoding of pages that do not say it (utf-8)"},
+};
+
+}  // namespace
+
+const Program ktranslate = {.name = "ktranslate",
+                            .files = "IN OUT\n--out-dir DIR PAGE ...",
+                            .purpose = purpose,
+                            .parameters = parameters,
+                            .options = options,
+                            .job = job<translate, Job::any_files>};
+
+}  // namespace klib::programs

@@ -1,0 +1,25 @@
+// Signals that ask a long run to end: it ends at the next good place, where temporary files are
+// removed and what is kept is saved. A second signal ends it at once.
+#pragma once
+
+namespace klib::programs {
+
+// While it lives SIGINT, SIGTERM and SIGHUP are noted, and nobody to read what is
+// written is an error, no signal.
+class Interruptible {
+ public:
+  Interruptible();
+  ~Interruptible();
+  Interruptible(const Interruptible &) = delete;
+  Interruptible &operator=(const Interruptible &) = delete;
+};
+
+bool is_interrupted();
+
+// Ends the job (fail()) when a signal has come.
+void end_if_interrupted();
+
+// For a process with a short work of its own, which the run waits for.
+void ignore_interruptions();
+
+}  // namespace klib::programs

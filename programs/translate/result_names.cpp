@@ -1,0 +1,79 @@
+#include "programs/translate/result_names.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <map>
+
+#include "programs/common/program.h"
+
+namespace klib::programs {
+namespace {
+
+using std::filesystem::path;
+
+// The name without "." and "..", from the root.
+path whole_path(const path &name) {
+  std::error_code error;
+  const path absolute = std::filesystem::absolute(name, error);
+  return (error ? name : absolute).lexically_normal();
+}
+
+path common_folder(const std::vector<path> &pages) {
+  path common = pages.front().parent_path();
+  for (const path &page : pages) {
+    const path folder = page.parent_path();
+    path shared;
+    for (auto a = common.begin(), b = folder.begin();
+         a != common.end() && b != folder.end() && *a == *b; ++a, ++b)
+      shared /= *a;
+    common = shared;
+  }
+  return common;
+}
+
+bool is_same_file(const path &a, const path &b) {
+  std::error_code error;
+  return whole_path(a) == whole_path(b) || (std::filesystem::equivalent(a, b, error) && !error);
+}
+
+}  // namespace
+
+std::vector<std::string> result_names(std::span<const char *const> pages,
+                                      const std::string &directory) {
+  std::vector<path> paths;
+  for (const char *page : pages) {
+    if (strcmp(page, "-") == 0)
+      fail("standard input", 0, "has no name for a result in %s: use '- OUT'", directory.c_str());
+    paths.push_back(whole_path(page));
+  }
+  const path common = paths.empty() ? path() : common_folder(paths);
+  std::map<std::string, const char *> places;  // of all results, each with its page
+  std::vector<std::string> names;
+  for (size_t i = 0; i < paths.size(); i++) {
+    const path result = path(directory) / paths[i].lexically_relative(common);
+    names.push_back(result.string());
+    const auto [place, is_new] = places.emplace(whole_path(result).string(), pages[i]);
+    if (!is_new) fail(pages[i], 0, "has the same result as %s: %s", place->second, result.c_str());
+  }
+  for (size_t i = 0; i < paths.size(); i++)
+    if (places.contains(paths[i].string()) || is_same_file(paths[i], names[i]))
+      fail(pages[i], 0, "would be replaced by a result: choose another folder than %s",
+           directory.c_str());
+  return names;
+}
+
+void check_result_name(const char *page, const char *result) {
+  if (strcmp(page, "-") != 0 && strcmp(result, "-") != 0 && is_same_file(page, result) &&
+      !std::filesystem::is_character_file(result))
+    fail(page, 0, "would be replaced by its result: choose another name");
+}
+
+void make_folders(const std::string &result) {
+  const path folder = path(result).parent_path();
+  std::error_code error;
+  if (!folder.empty()) std::filesystem::create_directories(folder, error);
+  if (error) fail(folder.c_str(), 0, "cannot be made: %s", error.message().c_str());
+}
+
+}  // namespace klib::programs

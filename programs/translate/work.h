@@ -1,0 +1,29 @@
+// Work on pages in processes of their own.
+//
+// A program's job uses the library, whose state belongs to the process: parameters, fonts, parser
+// levels, indexes of anchors. A process for each piece of work has the parameters that the first
+// page has found, runs beside others, and takes only its own page along when it fails. It is a copy
+// of this process, so nothing is read or looked for again.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace klib::programs {
+
+struct Task {
+  std::string file;                  // what messages call the work
+  std::string records;               // a file for what is told
+  std::function<void()> work;        // in the process of its own; Failed ends it
+  std::function<void()> begin = {};  // here, before it begins; Failed leaves it out
+  bool is_done = false;              // it has ended, without a problem that ends a job
+};
+
+// Runs the tasks, `jobs` at a time. What they tell is told when each ends, with `rename` giving the
+// name of a file for people. `ended` is called after each with how many have ended.
+void run_tasks(std::vector<Task> &tasks, int64_t jobs,
+               const std::function<std::string(const std::string &)> &rename,
+               const std::function<void(size_t)> &ended);
+
+}  // namespace klib::programs

@@ -1,0 +1,228 @@
+// ktranslate: where results go, what engines may do, and what is left when something fails.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "programs/translate/sentences.h"
+#include "workplace.h"
+
+namespace klib::test {
+namespace {
+
+const char *const small = "<p>One <b>two</b>.</p>\n", *const pair = "<p>Three four. Five.</p>\n";
+
+class Translate : public Workplace {
+ protected:
+  void SetUp() override {
+    Workplace::SetUp();
+    std::filesystem::create_directories(directory_ + "/site/sub");
+    std::filesystem::create_directories(directory_ + "/tmp");
+    write("site/a.html", small);
+    write("site/sub/b.html", pair);
+    write("site/empty.html", "<hr>\n");
+  }
+  Outcome translate(const std::string &arguments, const std::string &before = "") const {
+    return run("ktranslate", "-LANGUAGE ENGLISH -TARGET-LANGUAGE ENGLISH --quiet " + arguments,
+               "export TMPDIR=$PWD/tmp; " + before);
+  }
+  // All results, "a.html sub/b.html".
+  std::string results() const {
+    std::string names;
+    for (const char *name : {"a.html", "empty.html", "sub/b.html"})
+      if (std::filesystem::exists(directory_ + "/out/" + name))
+        names.append(names.empty() ? "" : " ").append(name);
+    return names;
+  }
+};
+
+TEST_F(Translate, OnePage) {
+  const Outcome outcome = translate("--engine 'sed s/o/0/g' site/a.html out.html");
+  EXPECT_EQ(outcome.errors, "");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(read("out.html"), "<p>One <b>tw0</b>.</p>\n");
+  EXPECT_EQ(run("ktranslate", "--copy - - -LANGUAGE ENGLISH", "cat site/a.html | ").output, small);
+  EXPECT_TRUE(std::filesystem::is_empty(directory_ + "/tmp"));
+}
+
+TEST_F(Translate, TheEnginesOwnAlignment) {
+  write("engine", "#!/bin/sh\nwhile read -r l; do echo 'zwei eins. ||| 0-1 1-0'; done\n");
+  EXPECT_EQ(translate("--engine 'sh engine' site/a.html out.html").errors, "");
+  EXPECT_EQ(read("out.html"), "<p><b>zwei</b> eins.</p>\n");
+}
+
+TEST_F(Translate, Answers) {
+  static const struct {
+    const char *answer, *translation, *pairs;
+  } rows[] = {
+      {"a b ||| 0-0 1-1", "a b", "0-0 1-1"},
+      {"a ||| b ||| 0-0", "a ||| b", "0-0"},
+      {"a ||| b", "a ||| b", "none"},
+      {"a b |||", "a b", ""},
+      {"a|||0-0", "a|||0-0", "none"},
+      {"||| 0-0", "", "0-0"},
+      {"a\r", "a", "none"},
+      {"a ||| 0-0\r", "a", "0-0"},
+      {"a  ", "a", "none"},
+      {"", "", "none"},
+      {"a ||| 0-0 x-1", "a ||| 0-0 x-1", "none"},
+  };
+  for (const auto &[answer, translation, pairs] : rows) {
+    std::string_view text, links;
+    bool has_links;
+    programs::split_answer(answer, text, links, has_links);
+    EXPECT_EQ(text, translation) << answer;
+    EXPECT_EQ(has_links ? links : "none", pairs) << answer;
+  }
+}
+
+TEST_F(Translate, LinesOfAFile) {
+  write("t.txt", "Eins zwei.\n");
+  EXPECT_EQ(translate("--engine none --translation t.txt site/a.html out.html").status, 0);
+  EXPECT_EQ(read("out.html"), "<p>Eins <b>zwei</b>.</p>\n");
+  const Outcome outcome = translate("--engine none --translation t.txt site/sub/b.html x.html");
+  EXPECT_EQ(outcome.errors, "t.txt: has 1 lines, but the pages have 2 sentences\n");
+  EXPECT_EQ(read("x.html"), "(none)");
+}
+
+TEST_F(Translate, FaultsOfEngines) {
+  static const struct {
+    const char *question, *engine, *message, *results;
+  } rows[] = {
+      {"good", "cat", "", "a.html empty.html sub/b.html"},
+      {"everything at the end", "tac | tac", "", "a.html empty.html sub/b.html"},
+      {"stops early", "head -n 2",
+       "site/sub/b.html: sentence 1: the engine 'head -n 2' ended before "
+       "its input did\n",
+       "a.html empty.html"},
+      {"dies", "head -n 1; exit 3",
+       "site/sub/b.html: sentence 0: the engine 'head -n 1; exit 3' ended "
+       "with status 3\n",
+       "a.html empty.html"},
+      {"a status at the end", "cat; exit 3",
+       "site/sub/b.html: sentence 1: the engine 'cat; exit 3' "
+       "ended with status 3\n",
+       "a.html empty.html"},
+      {"one line too few", "grep -v Five",
+       "site/sub/b.html: sentence 1: the engine 'grep -v Five' has "
+       "answered 2 lines, but got 3\n",
+       "empty.html"},
+      {"one line too many", "cat; echo x",
+       "site/sub/b.html: sentence 1: the engine 'cat; echo x' has "
+       "answered more lines than it got\n",
+       "empty.html"},
+      {"hangs", "head -n 1; sleep 100",
+       "site/sub/b.html: sentence 0: the engine 'head -n 1; sleep 100' "
+       "has not answered for 1 second\n",
+       "a.html empty.html"},
+      {"no UTF-8", "sed 's/Three/\\xFF/'",
+       "site/sub/b.html: sentence 0: the engine "
+       "'sed 's/Three/\\xFF/'' has answered with a line that is not UTF-8\n",
+       "a.html empty.html"},
+      {"a NUL", "sed 's/Five/\\x00/'",
+       "site/sub/b.html: sentence 1: the engine "
+       "'sed 's/Five/\\x00/'' has answered with a line that holds a NUL byte\n",
+       "a.html empty.html"},
+      {"is not there", "exec /nonexistent 2>&-",
+       "site/a.html: sentence 0: the engine "
+       "'exec /nonexistent 2>&-' ended with status 127\n",
+       "empty.html"},
+  };
+  for (const auto &[question, engine, message, expected] : rows) {
+    std::filesystem::remove_all(directory_ + "/out");
+    write("engine", engine);
+    const Outcome outcome = translate(
+        "--timeout 1 --out-dir out --engine \"$(cat engine)\" site/a.html site/empty.html "
+        "site/sub/b.html");
+    EXPECT_EQ(outcome.errors, message) << question;
+    EXPECT_EQ(results(), expected) << question;
+    EXPECT_EQ(outcome.status, *message ? 1 : 0) << question;
+    EXPECT_TRUE(std::filesystem::is_empty(directory_ + "/tmp")) << question;
+  }
+}
+
+TEST_F(Translate, OnePageFailsTheOthersStay) {
+  write("site/sub/b.html", "<p>\xFF</p>");
+  const Outcome outcome =
+      translate("--engine cat --out-dir out site/a.html site/sub/b.html site/none.html");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(results(), "a.html");
+  EXPECT_NE(outcome.errors.find("site/sub/b.html:1: "), std::string::npos) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("site/none.html: cannot be read"), std::string::npos);
+}
+
+TEST_F(Translate, NamesThatAreRefused) {
+  static const struct {
+    const char *arguments, *message;
+  } rows[] = {
+      {"site/a.html", "takes IN and OUT"},
+      {"site/a.html b c", "takes IN and OUT"},
+      {"site/a.html site/sub/../a.html", "would be replaced by its result"},
+      {"--out-dir site site/a.html", "would be replaced by a result"},
+      {"--out-dir out site/a.html site/sub/../a.html", "has the same result as"},
+      {"--out-dir out -", "has no name for a result"},
+      {"--out-dir out", "no file names"},
+  };
+  for (const auto &[arguments, message] : rows) {
+    const Outcome outcome = translate("--engine cat " + std::string(arguments));
+    EXPECT_NE(outcome.errors.find(message), std::string::npos) << arguments << outcome.errors;
+    EXPECT_EQ(outcome.status, 1) << arguments;
+    EXPECT_EQ(read("site/a.html"), small);
+  }
+  for (const char *options : {"", "--copy --engine cat", "--engine none", "--engine ''",
+                              "--engine cat --translation t.txt"})
+    EXPECT_EQ(translate(std::string(options) + " site/a.html out.html").status, 1) << options;
+}
+
+TEST_F(Translate, AnyNames) {
+  std::filesystem::create_directories(directory_ + "/site/x y");
+  write("site/x y/-p", small);
+  write("site/q", small);
+  EXPECT_EQ(translate("--engine cat --out-dir out -- site/q 'site/x y/-p'").errors, "");
+  EXPECT_EQ(read("out/x y/-p") + read("out/q"), std::string(small) + small);
+}
+
+// What was translated is not asked for again, also after an engine that failed on its way.
+TEST_F(Translate, Cache) {
+  const std::string pages = " --cache c.db --out-dir out site/a.html site/sub/b.html";
+  write("engine",
+        "#!/bin/sh\nwhile read -r l; do echo \"$l\" >>asked; case $l in $1) exit 1;; esac;"
+        " echo \"$l\" | tr o 0; done\n");
+  EXPECT_EQ(translate("--engine \"sh engine '$BAD'\"" + pages, "BAD=Five*; ").status, 1);
+  EXPECT_EQ(results(), "a.html");
+  EXPECT_EQ(read("asked"), "One two.\nThree four.\nFive.\n");
+  write("asked", "");
+  EXPECT_EQ(translate("--engine \"sh engine '$BAD'\"" + pages, "BAD=Five*; rm -r out; ").status, 1);
+  EXPECT_EQ(read("asked"), "Five.\n");
+  EXPECT_EQ(results(), "a.html");
+  write("asked", "");
+  EXPECT_EQ(translate("--engine 'sh engine no'" + pages).errors, "");
+  EXPECT_EQ(read("asked"), "One two.\nThree four.\nFive.\n") << "another engine";
+  write("asked", "");
+  EXPECT_EQ(translate("--engine 'sh engine no' --jobs 1" + pages).errors, "");
+  EXPECT_EQ(read("asked"), "");
+  EXPECT_EQ(read("out/sub/b.html"), "<p>Three f0ur. Five.</p>\n");
+  for (int i = 0; i < 2; i++)  // answers that are out of step are not kept
+    EXPECT_NE(translate("--engine 'cat; echo x'" + pages).errors.find("more lines"),
+              std::string::npos);
+}
+
+TEST_F(Translate, TheFirstPagesParameterFiles) {
+  write("site/KavroParm", "LANGUAGE=RUSSIAN\n");
+  write("site/sub/KavroParm", "LANGUAGE=RUSSIAN\n");
+  write("site/r.txt", "<p>Привет <b>мир</b>.</p>");
+  EXPECT_EQ(run("ktranslate", "--copy site/r.txt out.html --quiet").errors, "");
+  EXPECT_EQ(read("out.html"), "<p>Привет <b>мир</b>.</p>");
+}
+
+TEST_F(Translate, AnInterruptedRunLeavesNothing) {
+  const Outcome outcome =
+      translate("--engine 'sleep 50' site/a.html out.html", "timeout -s TERM 1 ");
+  EXPECT_EQ(outcome.errors, "ktranslate: interrupted: Terminated\n");
+  EXPECT_EQ(outcome.status, 124);
+  EXPECT_TRUE(std::filesystem::is_empty(directory_ + "/tmp"));
+  EXPECT_EQ(read("out.html"), "(none)");
+}
+
+}  // namespace
+}  // namespace klib::test
