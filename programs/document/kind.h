@@ -26,6 +26,7 @@ struct Item {
   std::string_view name;  // of a tag
   size_t partner = none;  // of a tag that is one of a properly nested pair: the other's place
   bool visible = false;   // text that has a character to see
+  bool lettered = false;  // text that has a letter or a digit
   // A tag without partner, of an element that may have been opened before the paragraph or may be
   // closed after it: nothing in the paragraph crosses it.
   bool reaches_out = false;

@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "programs/html/boundaries.h"
 #include "programs/html/elements.h"
 #include "programs/html/text_reader.h"
 #include "programs/html/tokenizer.h"
@@ -83,14 +84,27 @@ void pair_tags(std::string_view page, std::vector<Item> &items) {
 
 }  // namespace
 
+Item part_of(std::string_view page, const Item &item, size_t begin, size_t end) {
+  Item part = item;
+  part.begin = begin;
+  part.end = end;
+  part.visible = part.lettered = false;
+  if (item.kind != Item::text) return part;
+  TextReader reader(page.substr(begin, end - begin));
+  while (!part.lettered && !reader.at_end()) {
+    const char32_t c = reader.next().character;
+    part.lettered = is_letter_or_digit(c);
+    part.visible = part.visible || !is_invisible(c);
+  }
+  return part;
+}
+
 void ParagraphReader::take_text(size_t begin, size_t end, std::vector<Item> &items) {
   for (size_t i = begin; i < end;) {
     const size_t first = i;
     const bool white = is_html_white(page_[i]);
     while (i < end && is_html_white(page_[i]) == white) i++;
-    Item item{white ? Item::white : Item::text, first, i, {}};
-    if (!white) item.visible = is_visible(page_.substr(first, i - first));
-    items.push_back(item);
+    items.push_back(part_of(page_, {white ? Item::white : Item::text, first, i, {}}, first, i));
   }
 }
 

@@ -8,6 +8,9 @@
 
 namespace klib::programs {
 
+// A part of an item of text or white space.
+Item part_of(std::string_view page, const Item &item, size_t begin, size_t end);
+
 class ParagraphReader {
  public:
   ParagraphReader(std::string_view page, size_t begin) : page_(page), position_(begin) {}

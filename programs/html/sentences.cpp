@@ -1,66 +1,87 @@
-// Sentences end behind '.', '!', '?' or ':' when white space and then a capital letter or a digit
-// follow; closing quotes, brackets and tags belong to the end, opening ones to the beginning. The
-// exceptions are a word list of regular expressions ("\<Dr\.$"), searched in what the sentence has
-// up to the mark.
+// Where sentences end, after the letters of two kinds of scripts:
+//
+//   with capital letters   after '.', '!', '?', an ellipsis or ':' when white space and then a
+//   capital
+//                          letter or, but for ':', a digit follow
+//   all others             where Unicode's rules say, with or without white space
+//
+// A mark that is none of the first kind ends sentences by Unicode's rules in any script. Closing
+// quotes, brackets and tags belong to the end, opening ones to the beginning of the next sentence.
+// The exceptions are a word list of regular expressions ("\<Dr\.$"), searched in what the sentence
+// has up to the mark.
 #include "programs/html/sentences.h"
 
-#include <locale.h>
 #include <sys/stat.h>
-#include <wctype.h>
 
+#include <algorithm>
 #include <string>
 
 #include "klib.h"
 #include "programs/common/program.h"
+#include "programs/html/boundaries.h"
 #include "programs/html/text_reader.h"
 
 namespace klib::programs {
 namespace {
 
-constexpr std::u32string_view marks = U".!?:";
-constexpr std::u32string_view closing = U")]}\"'»›”’“‘";
-constexpr std::u32string_view opening = U"([{\"'«‹»›“‘„‚¿¡";
+constexpr std::u32string_view marks = U".!?…:";
+constexpr std::u32string_view closing =
+    U")]}\"'»›”’“‘\u3009\u300B\u300D\u300F\u3011\u3015\uFF09\uFF3D\uFF5D\uFF63";
+constexpr std::u32string_view opening =
+    U"([{\"'«‹»›“‘„‚¿¡\u3008\u300A\u300C\u300E\u3010\u3014\uFF08\uFF3B\uFF5B\uFF62";
 constexpr size_t looked_at = 64;  // bytes of a sentence in which exceptions are searched
 
 bool exceptions_loaded = false;
 
-// The locale of the letters of all languages, whatever the process's own is.
-locale_t letters() {
-  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  return locale;
-}
-
-bool is_capital_or_digit(char32_t c) {
-  if (c < 0x80) return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-  return letters() && iswupper_l(static_cast<wint_t>(c), letters());
-}
-
 // What a sentence has so far, for its end to be recognised.
 struct SoFar {
-  std::u32string word;  // the characters since the last white space
-  std::string text;     // engine text before it, as much as exceptions look at or more
+  std::u32string word;   // the characters since the last white space
+  std::string text;      // engine text before it, as much as exceptions look at or more
+  bool uncased = false;  // whether the last letter is of a script without capitals
+
+  void add_character(char32_t c) {
+    word += c;
+    const SentencePart part = sentence_part(c);
+    if (part == SentencePart::cased_letter) uncased = false;
+    if (part == SentencePart::uncased_letter) uncased = true;
+  }
 
   void add_word(const CodePage &page) {
     if (text.size() > 64 * looked_at) text.erase(0, text.size() - looked_at);
-    for (const char32_t c : word) append_character(page, c, text);
+    for (const char32_t c : word) {
+      if (c == 0xA0 || c == 0x202F)  // the blanks inside an abbreviation
+        text += ' ';
+      else
+        append_character(page, c, text);
+    }
     text += ' ';
     word.clear();
   }
+
+  // The last character but for closing ones, or 0.
+  char32_t mark() const {
+    const size_t last = word.find_last_not_of(closing);
+    return last == std::u32string::npos ? 0 : word[last];
+  }
 };
 
-bool ends_with_mark(const std::u32string &word) {
-  const size_t last = word.find_last_not_of(closing);
-  return last != std::u32string::npos && marks.find(word[last]) != std::u32string_view::npos;
+// Whether Unicode's rules decide behind this mark.
+bool is_left_to_unicode(const SoFar &so_far) {
+  const char32_t mark = so_far.mark();
+  return sentence_part(mark) == SentencePart::mark &&
+         (so_far.uncased || marks.find(mark) == marks.npos);
 }
 
-// Whether what follows the white space at `i` begins like a sentence.
-bool begins_sentence(std::string_view page, const std::vector<Item> &items, size_t i) {
+// Whether what follows the white space at `i` begins like a sentence behind the mark.
+bool begins_sentence(std::string_view page, const std::vector<Item> &items, size_t i,
+                     char32_t mark) {
   for (; i < items.size(); i++) {
     if (items[i].kind != Item::text) continue;
     TextReader reader(page.substr(items[i].begin, items[i].end - items[i].begin));
     while (!reader.at_end()) {
       const char32_t c = reader.next().character;
-      if (opening.find(c) == std::u32string_view::npos) return is_capital_or_digit(c);
+      if (opening.find(c) == std::u32string_view::npos)
+        return is_capital(c) || (mark != ':' && c >= '0' && c <= '9');
     }
   }
   return false;
@@ -84,16 +105,150 @@ bool is_exception(const CodePage &page, SoFar so_far) {
   return Kregex_search(tail.data()) == 1;
 }
 
-// The place of the first visible text of [begin, end), or end.
-size_t first_visible(const std::vector<Item> &items, size_t begin, size_t end) {
-  while (begin < end && !items[begin].visible) begin++;
-  return begin;
+// The end of a sentence, in the page: inside an item, or right behind it, or where white space
+// begins.
+struct End {
+  size_t item, position;
+};
+
+struct EndFinder {
+  const CodePage &code_page;
+  std::string_view page;
+  const std::vector<Item> &items;
+  std::vector<End> &ends;
+  std::u32string text{};             // of the paragraph, white space as a blank
+  std::vector<bool> unicode_ends{};  // for each character of the text, or empty
+  size_t place = 0;                  // how far the text has been read
+  SoFar so_far{};
+
+  TextReader reader(const Item &item) const {
+    return TextReader(page.substr(item.begin, item.end - item.begin));
+  }
+};
+
+// Lets Unicode's rules find their ends, if there is anything for which they are asked.
+void ask_unicode(EndFinder &finder) {
+  bool needed = false;
+  for (const Item &item : finder.items) {
+    if (item.kind == Item::white) finder.text += ' ';
+    if (item.kind != Item::text) continue;
+    for (TextReader reader = finder.reader(item); !reader.at_end();) {
+      const char32_t c = reader.next().character;
+      finder.text += c;
+      if (c < 0x80 || needed) continue;
+      const SentencePart part = sentence_part(c);
+      needed = part == SentencePart::uncased_letter || part == SentencePart::mark;
+    }
+  }
+  if (needed) find_sentence_ends(finder.text, finder.unicode_ends);
+}
+
+void end_sentence(EndFinder &finder, size_t item, size_t position) {
+  finder.ends.push_back({item, position});
+  finder.so_far = SoFar{};
+}
+
+// Reads text, in which sentences end that go on without white space.
+void take_text(EndFinder &finder, size_t i) {
+  for (TextReader reader = finder.reader(finder.items[i]); !reader.at_end();) {
+    finder.so_far.add_character(reader.next().character);
+    const size_t place = finder.place++;
+    if (finder.unicode_ends.empty() || !finder.unicode_ends[place]) continue;
+    const bool goes_on = finder.place < finder.text.size() && finder.text[finder.place] != ' ';
+    if (goes_on && is_left_to_unicode(finder.so_far) &&
+        !is_exception(finder.code_page, finder.so_far))
+      end_sentence(finder, i, finder.items[i].begin + reader.position());
+  }
+}
+
+void take_white(EndFinder &finder, size_t i) {
+  const size_t place = finder.place++;
+  if (finder.so_far.word.empty()) return;
+  const char32_t mark = finder.so_far.mark();
+  const bool ends =
+      !finder.unicode_ends.empty() && is_left_to_unicode(finder.so_far)
+          ? static_cast<bool>(finder.unicode_ends[place - 1])
+          : marks.find(mark) != marks.npos && begins_sentence(finder.page, finder.items, i, mark);
+  if (ends && !is_exception(finder.code_page, finder.so_far))
+    end_sentence(finder, i, finder.items[i].begin);
+  else
+    finder.so_far.add_word(finder.code_page);
+}
+
+// Splits the items inside which sentences end. In `behind` comes the number of the item behind
+// each end.
+void split_items(std::string_view page, const std::vector<End> &ends, std::vector<Item> &items,
+                 std::vector<size_t> &behind) {
+  std::vector<Item> parts;
+  std::vector<size_t> moved_to(items.size());
+  auto end = ends.begin();
+  for (size_t i = 0; i < items.size(); i++) {
+    Item rest = items[i];
+    moved_to[i] = parts.size();
+    for (; end != ends.end() && end->item == i && end->position < rest.end; ++end) {
+      if (end->position > rest.begin) {
+        parts.push_back(part_of(page, rest, rest.begin, end->position));
+        rest = part_of(page, rest, end->position, rest.end);
+      }
+      behind.push_back(parts.size());
+    }
+    parts.push_back(rest);
+    if (end == ends.end() || end->item != i) continue;
+    for (; i + 1 < items.size() && items[i + 1].kind == Item::close; i++) {
+      moved_to[i + 1] = parts.size();  // closing tags belong to the sentence that ends
+      parts.push_back(items[i + 1]);
+    }
+    behind.push_back(parts.size());
+    ++end;
+  }
+  for (Item &item : parts)
+    if (item.partner != Item::none) item.partner = moved_to[item.partner];
+  items = std::move(parts);
+}
+
+// Whether the text at `i`, right after an element, makes that element a part of the sentence, as a
+// comma does.
+bool goes_on(std::string_view page, const std::vector<Item> &items, size_t i) {
+  if (i == items.size() || items[i].kind != Item::text) return false;
+  const char32_t c =
+      TextReader(page.substr(items[i].begin, items[i].end - items[i].begin)).next().character;
+  return !is_letter_or_digit(c) && opening.find(c) == std::u32string_view::npos;
+}
+
+// Leaves out elements at the edges of a sentence that have no letter or digit, such as "#" and
+// permalinks.
+void trim(std::string_view page, const std::vector<Item> &items, size_t &begin, size_t &end) {
+  size_t last = end;  // behind the last letter
+  while (last > begin && !items[last - 1].lettered) last--;
+  for (size_t i = end; i > last;) {
+    const Item &item = items[i - 1];
+    if (item.kind == Item::close && item.partner != Item::none && item.partner >= last)
+      end = i = item.partner;
+    else if (item.visible)
+      break;
+    else
+      i--;
+  }
+  size_t first = begin;  // the first letter
+  while (first < end && !items[first].lettered) first++;
+  for (size_t i = begin; i < first;) {
+    const Item &item = items[i];
+    if (item.kind == Item::open && item.partner != Item::none && item.partner < first &&
+        !goes_on(page, items, item.partner + 1))
+      begin = i = item.partner + 1;
+    else if (item.visible)
+      break;
+    else
+      i++;
+  }
 }
 
 // Adds the frame of the sentence [begin, end), if it has one.
-void add_frame(const std::vector<Item> &items, size_t begin, size_t end,
+void add_frame(std::string_view page, const std::vector<Item> &items, size_t begin, size_t end,
                std::vector<Frame> &frames) {
-  const size_t text = first_visible(items, begin, end);
+  trim(page, items, begin, end);
+  size_t text = begin;
+  while (text < end && !items[text].visible) text++;
   if (text == end) return;
   size_t last = end - 1;
   while (!items[last].visible) last--;
@@ -114,28 +269,26 @@ void add_frame(const std::vector<Item> &items, size_t begin, size_t end,
 
 }  // namespace
 
-void find_frames(const CodePage &code_page, std::string_view page, const std::vector<Item> &items,
+void find_frames(const CodePage &code_page, std::string_view page, std::vector<Item> &items,
                  std::vector<Frame> &frames) {
   frames.clear();
-  SoFar so_far;
-  size_t begin = 0;
+  std::vector<End> ends;
+  EndFinder finder{code_page, page, items, ends};
+  ask_unicode(finder);
   for (size_t i = 0; i < items.size(); i++) {
-    const Item &item = items[i];
-    if (item.kind == Item::text) {
-      TextReader reader(page.substr(item.begin, item.end - item.begin));
-      while (!reader.at_end()) so_far.word += reader.next().character;
-    } else if (item.kind == Item::white && !so_far.word.empty()) {
-      if (ends_with_mark(so_far.word) && begins_sentence(page, items, i) &&
-          !is_exception(code_page, so_far)) {
-        add_frame(items, begin, i, frames);
-        begin = i;
-        so_far = SoFar{};
-      } else {
-        so_far.add_word(code_page);
-      }
-    }
+    if (items[i].kind == Item::text)
+      take_text(finder, i);
+    else if (items[i].kind == Item::white)
+      take_white(finder, i);
   }
-  add_frame(items, begin, items.size(), frames);
+  std::vector<size_t> behind;
+  if (!ends.empty()) split_items(page, ends, items, behind);
+  size_t begin = 0;
+  for (const size_t end : behind) {
+    add_frame(page, items, begin, end, frames);
+    begin = end;
+  }
+  add_frame(page, items, begin, items.size(), frames);
 }
 
 void load_sentence_exceptions() {

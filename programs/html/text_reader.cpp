@@ -16,18 +16,12 @@ bool continues_reference(char32_t c) {
 
 bool continues_tag(char32_t c) { return is_letter(c) || c == '/' || c == '!' || c == '?'; }
 
-// Blanks, marks of no width and controls.
-bool is_invisible(char32_t c) {
-  return c <= 0x20 || (c >= 0x7F && c <= 0xA0) || c == 0xAD || c == 0x1680 ||
-         (c >= 0x2000 && c <= 0x200F) || (c >= 0x2028 && c <= 0x202F) ||
-         (c >= 0x205F && c <= 0x206F) || c == 0x3000 || c == 0xFEFF;
-}
-
 }  // namespace
 
 TextCharacter TextReader::next() {
   const size_t begin = position_;
   const char32_t c = next_utf8(text_, position_);
+  if (c == invalid_utf8) position_++;
   if (c == '&') {
     size_t end = 0;
     const char32_t meant = read_reference(text_, begin, end);
@@ -46,11 +40,10 @@ TextCharacter TextReader::next() {
   return {c, c == '<' || c == '>' || c == '&'};
 }
 
-bool is_visible(std::string_view text) {
-  TextReader reader(text);
-  while (!reader.at_end())
-    if (!is_invisible(reader.next().character)) return true;
-  return false;
+bool is_invisible(char32_t c) {
+  return c <= 0x20 || (c >= 0x7F && c <= 0xA0) || c == 0xAD || c == 0x1680 ||
+         (c >= 0x2000 && c <= 0x200F) || (c >= 0x2028 && c <= 0x202F) ||
+         (c >= 0x205F && c <= 0x206F) || c == 0x3000 || c == 0xFEFF;
 }
 
 }  // namespace klib::programs

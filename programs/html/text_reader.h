@@ -10,12 +10,13 @@ struct TextCharacter {
   bool bare;  // a '<', '>' or '&' that stands in the page as itself
 };
 
-// Reads text between tags, which is valid UTF-8 without white space.
+// Reads text between tags, which is UTF-8 without white space. Other bytes are taken one by one.
 class TextReader {
  public:
   explicit TextReader(std::string_view text) : text_(text) {}
   bool at_end() const { return position_ == text_.size(); }
   TextCharacter next();
+  size_t position() const { return position_; }
 
  private:
   std::string_view text_;
@@ -23,7 +24,7 @@ class TextReader {
   char32_t bare_before_ = 0;  // '<' right before, or '&' and what may be of its reference
 };
 
-// Whether the text has a character that can be seen.
-bool is_visible(std::string_view text);
+// Blanks, marks of no width and controls.
+bool is_invisible(char32_t character);
 
 }  // namespace klib::programs

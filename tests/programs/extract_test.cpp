@@ -76,8 +76,31 @@ TEST_F(Extract, Sentences) {
   static const struct {
     const char *language, *page, *frames;
   } rows[] = {
-      {"ENGLISH", "One. Two! Three? Four: 5 six. seven",
-       "[One.][Two!][Three?][Four:][5 six. seven]"},
+      {"ENGLISH", "One. Two! Three? Four: 5 six. seven: Eight… Nine",
+       "[One.][Two!][Three?][Four: 5 six. seven:][Eight{9D}2026][Nine]"},
+      {"FRENCH", "Prix : 5 \xE2\x82\xAC. Livr\xC3\xA9s. Oui",
+       "[Prix : 5 {9D}20AC.][Livr{E9}s.][Oui]"},
+      // Abbreviations with blanks between their parts, of any kind.
+      {"GERMAN", "Wie z. B. Rom, d.&nbsp;h. Italien, u. a. Orte. Ende. Das",
+       "[Wie z. B. Rom, d.{9D}00A0h. Italien, u. a. Orte.][Ende.][Das]"},
+      {"HUNGARIAN", "A 3. Henrik u. Dr. Kis. Vas", "[A 3. Henrik u. Dr. Kis.][Vas]"},
+      // Other scripts, by Unicode's rules.
+      {"JAPANESE",
+       "\xE6\xAD\xA4\xE3\x80\x82<b>\xE5\xBD\xBC\xE3\x80\x82</b>\xE3\x80\x8C\xE6"
+       "\x88\x91!\xE3\x80\x8D C. D\xE3\x80\x82"
+       "E",
+       "[{9D}6B64{9D}3002][{9D}5F7C{9D}3002][{9D}300C{9D}6211!{9D}300D][C. D{9D}3002][E]"},
+      {"KOREAN", "\xEA\xB0\x80. \xEB\x82\x98 1.5 Dr. \xEB\x8B\xA4",
+       "[{9D}AC00.][{9D}B098 1.5 Dr. {9D}B2E4]"},
+      {"ARABIC", "\xD9\x85\xD9\x86\xD8\x9F \xD9\x85\xD9\x86. \xD8\xAF. \xD9\x85\xD9\x86",
+       "[{9D}0645{9D}0646{9D}061F][{9D}0645{9D}0646.][{9D}062F. {9D}0645{9D}0646]"},
+      // Controls, and elements without a letter or digit.
+      {"ENGLISH", "<button>Send now</button><button>Reset all</button><label>One</label>Two",
+       "[Send now][Reset all][One][Two]"},
+      {"ENGLISH",
+       "<h1><a>#</a> One.<a>\xC2\xB6</a></h1><p><i>/</i>, <i>/home</i>, two<p><b>\xC2\xBB</b>",
+       "[One.][{98}slant{FF}3{99}/{98}slant{FF}0{99}, {98}slant{FF}4{99}/home{98}slant{FF}0{99}, "
+       "two]"},
       {"ENGLISH", "(One.) \"Two.\" [Three]", "[(One.)][\"Two.\"][[Three]]"},
       {"ENGLISH", "<p>One.<b> Two</b> <i>three.</i> Four</p>",
        "[One.][Two{94}3{95} {98}slant{FF}"
