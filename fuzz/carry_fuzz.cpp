@@ -148,7 +148,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const Outcome merged =
       run(kmerge, {"-LANGUAGE", target_language, "out.kti", "job.anc", "result.html"});
   require(merged.good, "what was carried is merged");
-  const Page page = read_page("page.html", "");
+  const Document page = read_page("page.html", "");
   if (is_well_nested(page.text)) {
     require(is_well_nested(to_utf8(read_scratch("result.html"), page.encoding)),
             "markup stays well nested");

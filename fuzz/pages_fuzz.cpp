@@ -32,7 +32,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   require(scratch_files() == "job.anc job.anx job.kti job.txt page.html result.html ",
           "nothing but the results is left");
 
-  const programs::Page page = programs::read_page("page.html", "");
+  const programs::Document page = programs::read_page("page.html", "");
   const std::string result = to_utf8(read_scratch("result.html"), page.encoding);
   test::Place expected{page.text}, place{result};
   require(test::same_pages(expected, place), "the page comes back");
