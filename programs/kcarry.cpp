@@ -17,6 +17,7 @@
 #include "programs/common/sentence.h"
 #include "programs/common/sentence_file.h"
 #include "programs/common/utf8.h"
+#include "programs/kcarry_lines.h"
 
 namespace klib::programs {
 namespace {
@@ -29,8 +30,9 @@ struct Carry {
   const char *source_language = parameter(TextParameter::language);
   const char *language_of_target = parameter(TextParameter::target_language);
   SentenceFile sentences;
-  LineReader translation;
-  std::unique_ptr<LineReader> alignment;  // none: the default
+  std::unique_ptr<LineReader> translation, alignment;  // without the second, in order
+  std::vector<CarryLine> lines;                        // or else all of this, read before
+  std::string_view line;                               // of the translation
   OutputFile out;
   std::string anchor_name;
   std::unique_ptr<AnchorKinds> anchors;  // none: nothing is known about them
@@ -42,19 +44,18 @@ struct Carry {
   std::string encoded;
   Totals totals;
 
-  // Without the name of an alignment, word k is translated by word k.
-  Carry(const char *sentence_name, const char *translation_name, const char *alignment_name,
-        const char *out_name)
-      : sentences(sentence_name),
-        translation(translation_name),
-        alignment(alignment_name ? new LineReader(alignment_name) : nullptr),
-        out(out_name) {}
+  // Whether all lines were read before, and the one of the current sentence.
+  bool is_prepared() const { return !translation; }
+  const CarryLine &prepared() const { return lines[static_cast<size_t>(totals.sentences)]; }
+
+  Carry(const char *sentence_name, const char *out_name)
+      : sentences(sentence_name), out(out_name) {}
 };
 
 // Writes the words of the translation to `encoded`, one blank between them; the result is their
 // number.
 int32_t encode_translation(Carry &job) {
-  const std::string_view line = job.translation.line();
+  const std::string_view line = job.line;
   if (is_plain(line)) {  // printable ASCII is the same in every code page
     job.encoded = line;
     return count_words(line);
@@ -76,13 +77,16 @@ void take_texts(Carry &job) {
   for (char32_t &c : source.text) c &= ~bare_flag;
   split_at_blanks(source);
   target.text.clear();
-  const std::string_view line = job.translation.line();
+  const std::string_view line = job.line;
   size_t position = 0;
   for (std::string_view word; !(word = next_word(line, position)).empty();) {
     if (!target.text.empty()) target.text += ' ';
     for (size_t i = 0; i < word.size();) target.text += next_utf8(word, i);
   }
   split_at_blanks(target);
+  if (!job.is_prepared()) return;
+  source.words = job.prepared().source_words;
+  target.words = job.prepared().target_words;
 }
 
 // Reads the markup of the sentence. That there are no anchor files is told before the first anchor
@@ -134,7 +138,9 @@ void report_sentence(Carry &job, int64_t fonts, int64_t anchors, bool translated
 
 // Reads the alignment of the sentence.
 void find_links(Carry &job, int32_t source_words, int32_t target_words) {
-  if (job.alignment)
+  if (job.is_prepared())
+    job.links = job.prepared().links;
+  else if (job.alignment)
     job.totals.pairs += read_links(*job.alignment, source_words, target_words, job.links);
   else
     link_in_order(source_words, target_words, job.links);
@@ -183,7 +189,7 @@ void write_anchor(Carry &job) {
 void fail_at_lines(Carry &job, int64_t sentences) {
   for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;)
     if (kind == SentenceFile::frame) sentences++;
-  for (LineReader *file : {&job.translation, job.alignment.get()}) {
+  for (LineReader *file : {job.translation.get(), job.alignment.get()}) {
     if (!file) continue;
     while (file->next()) continue;
     if (file->number() != sentences)
@@ -204,10 +210,38 @@ void show_summary(const Carry &job) {
        static_cast<long long>(totals.untranslated));
 }
 
+// Whether the sentence has a line in every file.
+bool next_lines(Carry &job) {
+  if (job.is_prepared()) {
+    job.line = job.prepared().translation;
+    return true;
+  }
+  const bool translated = job.translation->next();
+  const bool aligned = !job.alignment || job.alignment->next();
+  if (translated) job.line = job.translation->line();
+  return translated && aligned;
+}
+
+const char *alignment_kind;  // the value of --align
+const char *source_tokens, *target_tokens;
+align::Material material;
+
+void open_files(Carry &job, const char *translation, const char *alignment) {
+  const bool in_order = !alignment && strcmp(alignment_kind, "identity") == 0;
+  if (!in_order && (!alignment || source_tokens || target_tokens)) {
+    const CarryFiles files = {job.sentences.name(), translation, alignment, source_tokens,
+                              target_tokens};
+    job.lines = prepare_lines(files, material, job.from, job.totals.pairs);
+    return;
+  }
+  job.translation = std::make_unique<LineReader>(translation);
+  if (alignment) job.alignment = std::make_unique<LineReader>(alignment);
+}
+
 void carry(const char *sentences, const char *translation, const char *alignment, const char *out) {
   if (alignment && strcmp(alignment, "-") == 0 && strcmp(translation, "-") == 0)
     fail("standard input", 0, "cannot be both TRANSLATION and ALIGNMENT");
-  const auto owner = std::make_unique<Carry>(sentences, translation, alignment, out);
+  const auto owner = std::make_unique<Carry>(sentences, out);
   Carry &job = *owner;
   job.anchor_name = with_type(sentences, "anc");
   if (access(job.anchor_name.c_str(), F_OK) == 0)
@@ -215,18 +249,17 @@ void carry(const char *sentences, const char *translation, const char *alignment
   make_code_page(job.language_of_target, job.to);
   make_code_page(job.source_language, job.from);
   const ActiveLanguage active(job.source_language);
+  open_files(job, translation, alignment);
   init_kti_format(1);
   for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;) {
     if (kind == SentenceFile::anchor) {
       write_anchor(job);
       continue;
     }
-    const bool translated = job.translation.next();
-    const bool aligned = !job.alignment || job.alignment->next();
-    if (!translated || !aligned) fail_at_lines(job, job.totals.sentences + 1);
+    if (!next_lines(job)) fail_at_lines(job, job.totals.sentences + 1);
     carry_sentence(job);
   }
-  if (job.translation.next() || (job.alignment && job.alignment->next()))
+  if (!job.is_prepared() && (job.translation->next() || (job.alignment && job.alignment->next())))
     fail_at_lines(job, job.totals.sentences);
   job.out.finish();
   job.out.publish();
@@ -234,11 +267,12 @@ void carry(const char *sentences, const char *translation, const char *alignment
   show_summary(job);
 }
 
-const char *align;  // the value of --align
-
 void carry_without_file(const char *sentences, const char *translation, const char *out) {
-  if (strcmp(align, "identity") != 0)
-    fail("kcarry", 0, "--align=%s: the alignment without a file is identity", align);
+  if (alignment_kind[0] != '\0' && strcmp(alignment_kind, "identity") != 0)
+    fail("kcarry", 0, "--align=%s: the alignment without a file is --align or --align=identity",
+         alignment_kind);
+  if (source_tokens || target_tokens)
+    fail("kcarry", 0, "tokens are for an ALIGNMENT that counts them, not for --align");
   carry(sentences, translation, nullptr, out);
 }
 
@@ -253,9 +287,22 @@ constexpr Parameter parameters[] = {
     {"TARGET-LANGUAGE", "NAME", "the language of TRANSLATION and OUT.kti (ENGLISH)"},
 };
 
-constexpr Option options[] = {
-    {"align", "[identity]", &align, "take no ALIGNMENT: word k is translated by word k",
+const Option options[] = {
+    {"align", "[identity]", &alignment_kind,
+     "take no ALIGNMENT: find it, as kalign does; or, with\n=identity, word k is translated by "
+     "word "
+     "k",
      &job<carry_without_file, 3>},
+    {"memory", "SOURCE TARGET", &material.memories,
+     "for --align, more lines and their translations to\nlearn from; may be repeated"},
+    {"lexicon", "FILE", &material.lexicons,
+     "for --align, words and their translations, a tab\nbetween them; may be repeated"},
+    {"model", "FILE", &material.model, "for --align, what a run of kalign has learned"},
+    {"jobs", "N", NumberOption{&material.jobs, 0, 0, align::most_jobs},
+     "for --align, use N processors (0, the default: all)"},
+    {"source-tokens", "FILE", &source_tokens,
+     "ALIGNMENT counts the tokens of these lines, not the\nwords of the sentences"},
+    {"target-tokens", "FILE", &target_tokens, "the same for the translations"},
 };
 
 }  // namespace
@@ -263,7 +310,7 @@ constexpr Option options[] = {
 const Program kcarry = {.name = "kcarry",
                         .files =
                             "JOB.kti TRANSLATION ALIGNMENT OUT.kti ...\n"
-                            "--align=identity JOB.kti TRANSLATION OUT.kti ...",
+                            "--align[=identity] JOB.kti TRANSLATION OUT.kti ...",
                         .purpose = purpose,
                         .parameters = parameters,
                         .options = options,

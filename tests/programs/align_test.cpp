@@ -525,5 +525,121 @@ TEST_F(Kalign, RefusesWhatDoesNotFit) {
   }
 }
 
+// --- kcarry with it ---
+
+class CarryAlong : public Workplace {
+ protected:
+  // A page of one paragraph a line, and its translation.
+  void extract(const std::string &paragraphs, const std::string &translation,
+               const std::string &languages) {
+    write("job.html", "<meta charset=utf-8>\n" + paragraphs);
+    write("t.txt", translation);
+    languages_ = languages;
+    const size_t target = languages.find(" -TARGET");
+    EXPECT_EQ(run("kextract", languages.substr(0, target) + " job.kti job.html").status, 0);
+  }
+  // Carries by these arguments and merges; the paragraphs that come out.
+  std::string carry(const std::string &arguments, const std::string &errors) {
+    const Outcome carried =
+        run("kcarry", languages_ + " " + arguments + " out.kti", "cat t.txt | ");
+    const size_t summary = carried.errors.find("job.kti: ");
+    EXPECT_EQ(carried.errors.substr(0, summary), errors) << arguments;
+    const size_t name = languages_.rfind(' ');
+    run("kmerge", "-LANGUAGE" + languages_.substr(name) + " out.kti job.anc out.html");
+    const std::string page = read("out.html");
+    return page.substr(std::min(page.find("<p>"), page.size()));
+  }
+
+  std::string languages_;
+};
+
+const char *const english_houses =
+    "<p>This is an <b>old house</b>.</p>\n<p>This is <b>an old</b> tree.</p>\n"
+    "<p>The <i>house</i> is old.</p>\n";
+const char *const japanese_houses =
+    "<p>これは<b>古い家</b>です。</p>\n<p>これは<b>古い</b>木です。</p>\n<p><i>家</i>は古いです。</"
+    "p>\n";
+
+// The text of a page, a line for each paragraph.
+std::string plain(std::string page) {
+  for (size_t begin; (begin = page.find('<')) != page.npos;)
+    page.erase(begin, page.find('>', begin) + 1 - begin);
+  return page;
+}
+
+TEST_F(CarryAlong, FollowsTheWordsOfScriptsWithoutBlanks) {
+  std::string english, japanese;
+  for (int i = 0; i < 10; i++) {
+    english += "house\nold\nold house\ntree\nis\nThis is a house.\nThe tree is old.\n";
+    japanese += "家\n古い\n古い家\n木\nです\nこれは家です。\n木は古いです。\n";
+  }
+  write("m.en", english);
+  write("m.ja", japanese);
+  extract(japanese_houses, plain(english_houses), "-LANGUAGE JAPANESE -TARGET-LANGUAGE ENGLISH");
+  EXPECT_EQ(carry("--align --memory m.ja m.en job.kti -", ""),
+            "<p>This is an <b>old house</b>.</p>\n<p>This is an <b>old</b> tree.</p>\n"
+            "<p>The <i>house</i> is old.</p>\n");
+  extract(english_houses, plain(japanese_houses), "-LANGUAGE ENGLISH -TARGET-LANGUAGE JAPANESE");
+  const std::string page = carry("--align --memory m.en m.ja job.kti t.txt", "");
+  EXPECT_EQ(page, japanese_houses);
+  // The same by way of files.
+  EXPECT_EQ(run("kalign", "--memory m.en m.ja --tokens k job.txt t.txt a.txt").status, 0);
+  EXPECT_EQ(carry("--source-tokens k.source --target-tokens k.target job.kti t.txt a.txt", ""),
+            page);
+}
+
+TEST_F(CarryAlong, IsKalignAndKcarryInOneStep) {
+  std::string page, translation;
+  for (const auto &[source, target] : planted(40, 8, nullptr)) {
+    const size_t middle = source.find(' ', source.size() / 2);
+    page += "<p>" + source.substr(0, middle) + " <a href=x>" + source.substr(middle + 1) +
+            "</a>.</p>\n";
+    translation += target + ".\n";
+  }
+  extract(page, translation, "-LANGUAGE ENGLISH -TARGET-LANGUAGE GERMAN");
+  EXPECT_EQ(run("kalign", "job.txt t.txt a.txt").status, 0);
+  const std::string two_steps = carry("job.kti t.txt a.txt", "");
+  EXPECT_NE(two_steps.find("<a href=x>"), two_steps.npos);
+  EXPECT_EQ(carry("--align job.kti - --jobs 2", ""), two_steps);
+}
+
+TEST_F(CarryAlong, MapsTokensToWords) {
+  extract(
+      "<p>It's a <b>“well-known” fact</b>, <i>isn't</i> it?</p>\n<p>Other <b>Debian</b> "
+      "words.</p>\n",
+      "Nicht wahr, das ist eine „bekannte“ Tatsache.\nAndere Debian-Wörter.\n",
+      "-LANGUAGE ENGLISH -TARGET-LANGUAGE GERMAN");
+  write("s.tok", "it &apos;s a “ well @-@ known ” fact , isn &apos;t it ?\nOther more words .\n");
+  write("t.tok", "Nicht wahr , das ist eine „ bekan@@ nte “ Tatsache .\nAndere Debian-Wörter .\n");
+  write("a.txt", "0-3 1-4 2-5 3-6 4-7 6-8 7-9 8-10 9-2 10-0 11-1 13-11\n0-0 99-7\n");
+  EXPECT_EQ(
+      carry(
+          "--source-tokens s.tok --target-tokens t.tok job.kti t.txt a.txt",
+          "job.kti:4: sentence 1: the tokens are not those of the sentence; it is aligned anew\n"),
+      "<p><i>Nicht wahr</i>, das ist eine <b>„bekannte“ Tatsache</b>.</p>\n"
+      "<p>Andere <b>Debian</b>-Wörter.</p>\n");
+}
+
+TEST_F(CarryAlong, RefusesWhatDoesNotFit) {
+  extract("<p>One <b>b</b> c.</p>\n<p>Two.</p>\n", "Eins.\n",
+          "-LANGUAGE ENGLISH -TARGET-LANGUAGE GERMAN");
+  write("one", "One b c.\n");
+  write("pairs", "0-0\n");
+  write("two", "Eins .\nZwei .\n");
+  static const struct {
+    const char *arguments, *errors;
+  } rows[] = {
+      {"--align job.kti t.txt", "t.txt: has 1 line, but job.kti has 2 sentences\n"},
+      {"--source-tokens one job.kti t.txt pairs",
+       "t.txt: has 1 line, but job.kti has 2 sentences\npairs: has 1 line, but job.kti has 2 "
+       "sentences\none: has 1 line, but job.kti has 2 sentences\n"},
+      {"--align=nonsense job.kti t.txt",
+       "kcarry: --align=nonsense: the alignment without a file is --align or --align=identity\n"},
+      {"--align --target-tokens two job.kti two",
+       "kcarry: tokens are for an ALIGNMENT that counts them, not for --align\n"},
+  };
+  for (const auto &row : rows) EXPECT_EQ(carry(row.arguments, row.errors), "") << row.arguments;
+}
+
 }  // namespace
 }  // namespace klib::test
