@@ -7,8 +7,8 @@
 
 namespace klib::transfer {
 
-default_lists make_default_alignment(target_table &targets, size_t source_words) {
-  default_lists lists;
+DefaultLists make_default_alignment(TargetTable &targets, size_t source_words) {
+  DefaultLists lists;
   lists.reserve(targets.words.size());
   for (size_t k = 0; k < targets.words.size(); k++) {
     auto &list = lists.emplace_back(memory::allocate_array<int32_t>(2));
@@ -30,14 +30,14 @@ int32_t check_alignment(int32_t *const *alignment, size_t target_words, size_t s
   return lists == target_words ? 0 : 2;
 }
 
-alignment_index index_alignment(const target_table &targets, size_t source_words) {
+AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words) {
   const auto names_word = [&](int32_t number) {
     return static_cast<size_t>(number) < source_words;  // also when it is 126
   };
-  alignment_index index;
+  AlignmentIndex index;
   auto &starts = index.starts;
   starts.resize(source_words + 1);
-  for (const target_word &target : targets.words)
+  for (const TargetWord &target : targets.words)
     for (const int32_t *number = target.alignment; *number != -1; number++)
       if (names_word(*number)) starts[static_cast<size_t>(*number)]++;
 

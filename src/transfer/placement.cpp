@@ -25,26 +25,26 @@ namespace {
 
 constexpr size_t none = SIZE_MAX;
 
-struct placement {
+struct Placement {
   size_t word;  // of the translation
   size_t position;
 };
 
 // The boundaries of one target word between a byte that shares a class with `before` and one that
 // shares a class with `after`, ascending.
-struct boundary_list {
+struct BoundaryList {
   uint32_t before, after;
   size_t next;  // another list of the same word, or none
   memory::Vector<size_t> positions;
 };
 
 struct Placing {
-  const source_table &source;
-  const target_table &targets;
-  alignment_index index;
+  const SourceTable &source;
+  const TargetTable &targets;
+  AlignmentIndex index;
   memory::Vector<uint64_t> reach;     // of the aligned words at hand: lengths added up
   memory::Vector<size_t> first_list;  // of each target word in `boundaries`; empty until needed
-  memory::Vector<boundary_list> boundaries;
+  memory::Vector<BoundaryList> boundaries;
 };
 
 uint32_t character_class(char byte) {
@@ -57,14 +57,14 @@ bool matches(std::string_view text, size_t position, uint32_t before, uint32_t a
          (character_class(text[position]) & after) != 0;
 }
 
-const boundary_list &list_boundaries(Placing &placing, size_t word, uint32_t before,
-                                     uint32_t after) {
+const BoundaryList &list_boundaries(Placing &placing, size_t word, uint32_t before,
+                                    uint32_t after) {
   auto &lists = placing.boundaries;
   if (placing.first_list.empty()) placing.first_list.resize(placing.targets.words.size(), none);
   for (size_t i = placing.first_list[word]; i != none; i = lists[i].next)
     if (lists[i].before == before && lists[i].after == after) return lists[i];
 
-  boundary_list list{before, after, placing.first_list[word], {}};
+  BoundaryList list{before, after, placing.first_list[word], {}};
   const std::string_view text = placing.targets.word(word);
   for (size_t position = 1; position < text.size(); position++)
     if (matches(text, position, before, after)) list.positions.push_back(position);
@@ -99,7 +99,7 @@ std::span<const uint32_t> aligned_targets(const Placing &placing, size_t w) {
 }
 
 // Needs the list's `reach`.
-placement proportional_position(Placing &placing, const source_word &word, const word_code &code,
+Placement proportional_position(Placing &placing, const SourceWord &word, const WordCode &code,
                                 std::span<const uint32_t> list) {
   const auto &reach = placing.reach;
   const uint64_t place =
@@ -145,19 +145,18 @@ void measure(Placing &placing, std::span<const uint32_t> list) {
     placing.reach.push_back(length += placing.targets.words[target].length);
 }
 
-placement place_code(Placing &placing, const source_word &word, const word_code &code,
+Placement place_code(Placing &placing, const SourceWord &word, const WordCode &code,
                      std::span<const uint32_t> list) {
   if (list.empty()) return {placing.targets.words.size() - 1, 0};
-  const placement place = proportional_position(placing, word, code, list);
+  const Placement place = proportional_position(placing, word, code, list);
   return {place.word, adjust_for_brackets(placing.targets.word(place.word), place.position)};
 }
 
 }  // namespace
 
-memory::Vector<placed_code> distribute_codes(const source_table &source,
-                                             const target_table &targets) {
+memory::Vector<PlacedCode> distribute_codes(const SourceTable &source, const TargetTable &targets) {
   Placing placing{source, targets, index_alignment(targets, source.words.size()), {}, {}, {}};
-  memory::Vector<placed_code> placed;
+  memory::Vector<PlacedCode> placed;
   placed.reserve(source.codes.size());
   for (size_t w = 0; w < source.words.size(); w++) {
     const auto codes = source.codes_of(w);
@@ -168,16 +167,16 @@ memory::Vector<placed_code> distribute_codes(const source_table &source,
     if (lost && w < targets.words.size()) list = std::span(&same_number, 1);
     measure(placing, list);
     uint32_t number = source.words[w].first_code;
-    for (const word_code &code : codes) {
+    for (const WordCode &code : codes) {
       if (!lost || code.kind != P_FONT) {
-        const placement place = place_code(placing, source.words[w], code, list);
+        const Placement place = place_code(placing, source.words[w], code, list);
         const size_t offset = targets.words[place.word].start + place.position;
         placed.push_back({static_cast<uint32_t>(offset), number});
       }
       number++;
     }
   }
-  std::sort(placed.begin(), placed.end(), [](const placed_code &a, const placed_code &b) {
+  std::sort(placed.begin(), placed.end(), [](const PlacedCode &a, const PlacedCode &b) {
     return a.offset != b.offset ? a.offset < b.offset : a.code < b.code;
   });
   return placed;

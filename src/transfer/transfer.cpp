@@ -27,9 +27,9 @@ struct FontSave {
 
 // The translation as it is written.
 struct Assembly {
-  const source_table &source;
-  const target_table &targets;
-  const memory::Vector<placed_code> &placed;
+  const SourceTable &source;
+  const TargetTable &targets;
+  const memory::Vector<PlacedCode> &placed;
   FontLists &lists;
   memory::Buffer text;
   size_t copied = 0;                    // the translation up to here is in `text`
@@ -40,7 +40,7 @@ struct Assembly {
 
 // Selects the fonts of the source's codes and notes the fonts in force at each word: those of the
 // codes of the words before it.
-FontLists note_font_states(source_table &source) {
+FontLists note_font_states(SourceTable &source) {
   const FontSave save;
   reset_named_font_groups();
   FontLists lists = make_font_lists();
@@ -50,7 +50,7 @@ FontLists note_font_states(source_table &source) {
     if (changed) list = add_font_list(lists);
     changed = false;
     source.words[w].font_state = list;
-    for (const word_code &code : source.codes_of(w)) {
+    for (const WordCode &code : source.codes_of(w)) {
       if (code.kind != P_FONT) continue;
       fonts::select(source.body(code));
       changed = true;
@@ -77,7 +77,7 @@ void write_code(Assembly &assembly, int32_t kind, const char *body, size_t lengt
 }
 
 // The fonts in force at the first source word that the target word names.
-void prefix_font_states(Assembly &assembly, const target_word &target) {
+void prefix_font_states(Assembly &assembly, const TargetWord &target) {
   const int32_t *number = target.alignment;
   while (*number == unaligned) number++;
   if (*number == -1) return;
@@ -92,12 +92,12 @@ void prefix_font_states(Assembly &assembly, const target_word &target) {
   assembly.last_list = list;
 }
 
-void assemble_target_word(Assembly &assembly, const target_word &target) {
+void assemble_target_word(Assembly &assembly, const TargetWord &target) {
   prefix_font_states(assembly, target);
   for (; assembly.next_code < assembly.placed.size(); assembly.next_code++) {
-    const placed_code &placed = assembly.placed[assembly.next_code];
+    const PlacedCode &placed = assembly.placed[assembly.next_code];
     if (placed.offset > target.end()) return;
-    const word_code &code = assembly.source.codes[placed.code];
+    const WordCode &code = assembly.source.codes[placed.code];
     write_code(assembly, code.kind, assembly.source.body(code), code.length, placed.offset);
   }
 }
@@ -106,7 +106,7 @@ void assemble_target_word(Assembly &assembly, const target_word &target) {
 memory::Text assemble_translation(Assembly &assembly) {
   size_t gap = assembly.targets.words.front().start;  // where the last word ended
   assembly.copied = gap;
-  for (const target_word &target : assembly.targets.words) {
+  for (const TargetWord &target : assembly.targets.words) {
     if (target.start - gap > 1 || (target.start != gap && assembly.targets.text[gap] != ' ')) {
       copy_up_to(assembly, gap);
       assembly.text.append(' ');
@@ -135,17 +135,17 @@ Alignment alignment_kind(int32_t *const *alignment) {
 }
 
 char *copy_fonts(std::string_view source_text, std::string_view target_text, int32_t **alignment) {
-  source_table source = read_source_words(source_text);
+  SourceTable source = read_source_words(source_text);
   if (source.codes.empty()) return memory::copy(target_text).release();
   FontLists lists = note_font_states(source);
-  target_table targets = read_target_words(target_text);
+  TargetTable targets = read_target_words(target_text);
   const auto without_transfer = [&](std::string_view translation) {
     return memory::copy(source.has_anchors ? source_text : translation).release();
   };
   if (targets.words.empty()) return without_transfer("");
 
   const Alignment kind = alignment_kind(alignment);
-  default_lists made;
+  DefaultLists made;
   if (kind != Alignment::given) {
     made = make_default_alignment(targets, source.words.size());
   } else {

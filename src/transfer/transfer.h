@@ -20,8 +20,8 @@
 namespace klib::transfer {
 
 // A format code of the source sentence.
-struct word_code {
-  uint32_t body;      // where its NUL-terminated body stands in source_table's bodies
+struct WordCode {
+  uint32_t body;      // where its NUL-terminated body stands in SourceTable's bodies
   uint32_t length;    // of the body
   uint32_t position;  // offset in its word's text before which it stands
   uint8_t kind;       // P_ANCHOR or P_FONT
@@ -31,7 +31,7 @@ struct word_code {
 
 // A word of the source sentence. Of its text, which is free of codes and of the delimiters of
 // segments, the length and the bytes beside the codes are all that is ever asked for.
-struct source_word {
+struct SourceWord {
   uint32_t first_code;  // its codes reach to the next word's
   uint32_t text_length = 0;
   uint32_t font_state = 0;  // number of the list of fonts in force when it begins
@@ -39,21 +39,21 @@ struct source_word {
 };
 
 // The words of the source sentence with their codes, which stand in the order of the sentence.
-struct source_table {
-  memory::Vector<source_word> words;
-  memory::Vector<word_code> codes;
+struct SourceTable {
+  memory::Vector<SourceWord> words;
+  memory::Vector<WordCode> codes;
   memory::Text bodies;
   bool has_anchors = false;  // anchor codes, or any code inside a segment
 
-  [[nodiscard]] const char *body(const word_code &code) const { return bodies.get() + code.body; }
-  [[nodiscard]] std::span<const word_code> codes_of(size_t word) const {
+  [[nodiscard]] const char *body(const WordCode &code) const { return bodies.get() + code.body; }
+  [[nodiscard]] std::span<const WordCode> codes_of(size_t word) const {
     const size_t end = word + 1 < words.size() ? words[word + 1].first_code : codes.size();
     return std::span(codes).subspan(words[word].first_code, end - words[word].first_code);
   }
 };
 
 // A word of the translation.
-struct target_word {
+struct TargetWord {
   uint32_t start;  // offset in the caller's text
   uint32_t length;
   const int32_t *alignment = nullptr;  // numbers of source words up to -1
@@ -61,9 +61,9 @@ struct target_word {
   [[nodiscard]] uint32_t end() const { return start + length; }
 };
 
-struct target_table {
+struct TargetTable {
   std::string_view text;  // the caller's
-  memory::Vector<target_word> words;
+  memory::Vector<TargetWord> words;
 
   [[nodiscard]] std::string_view word(size_t k) const {
     return text.substr(words[k].start, words[k].length);
@@ -78,20 +78,20 @@ inline constexpr int32_t unaligned = 126;
 inline constexpr int32_t default_request = 119;
 
 // A code placed into the translation.
-struct placed_code {
+struct PlacedCode {
   uint32_t offset;  // of the byte before which it stands
-  uint32_t code;    // its number in source_table's codes
+  uint32_t code;    // its number in SourceTable's codes
 };
 
 // word_tables.cpp
-[[nodiscard]] source_table read_source_words(std::string_view source);
-[[nodiscard]] target_table read_target_words(std::string_view target);
+[[nodiscard]] SourceTable read_source_words(std::string_view source);
+[[nodiscard]] TargetTable read_target_words(std::string_view target);
 
 // alignment.cpp
 
 // The lists {k, -1}, or {126, -1} for words beyond the source's, owned by the caller.
-using default_lists = memory::Vector<memory::Array<int32_t>>;
-[[nodiscard]] default_lists make_default_alignment(target_table &targets, size_t source_words);
+using DefaultLists = memory::Vector<memory::Array<int32_t>>;
+[[nodiscard]] DefaultLists make_default_alignment(TargetTable &targets, size_t source_words);
 
 // 0 when the lists are valid, 1 for a negative number, 2 when their number is not that of the
 // target words. Numbers that are no source word's become 126 in the caller's lists as it goes.
@@ -99,17 +99,17 @@ using default_lists = memory::Vector<memory::Array<int32_t>>;
                                       size_t source_words);
 
 // For every source word the target words that name it, ascending, one entry for each time.
-struct alignment_index {
+struct AlignmentIndex {
   memory::Vector<uint32_t> starts;  // of each source word's entries; one more at the end
   memory::Vector<uint32_t> targets;
 };
-[[nodiscard]] alignment_index index_alignment(const target_table &targets, size_t source_words);
+[[nodiscard]] AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words);
 
 // placement.cpp
 
 // Every code of the source that finds a place, in the order of the translation's text; codes with
 // one place in the order of the source.
-[[nodiscard]] memory::Vector<placed_code> distribute_codes(const source_table &source,
-                                                           const target_table &targets);
+[[nodiscard]] memory::Vector<PlacedCode> distribute_codes(const SourceTable &source,
+                                                          const TargetTable &targets);
 
 }  // namespace klib::transfer

@@ -75,7 +75,7 @@ std::string_view inside(std::string_view code) {
 }
 
 struct Reading {
-  source_table &table;
+  SourceTable &table;
   memory::Buffer bodies;
   size_t codes_before_text = 0;  // codes from this one on wait for the byte after them
   char last_byte = '\0';         // of the current word's text
@@ -87,7 +87,7 @@ void open_word(Reading &reading) {
 }
 
 void add_text(Reading &reading, std::string_view text) {
-  source_word &word = reading.table.words.back();
+  SourceWord &word = reading.table.words.back();
   word.has_text = true;
   if (text.empty()) return;
   auto &codes = reading.table.codes;
@@ -99,7 +99,7 @@ void add_text(Reading &reading, std::string_view text) {
 
 void add_code(Reading &reading, std::string_view code) {
   const std::string_view body = inside(code);
-  const source_word &word = reading.table.words.back();
+  const SourceWord &word = reading.table.words.back();
   if (reading.table.codes.empty()) {
     reading.table.codes.reserve(reserved_codes);
     reading.bodies.reserve(reserved_bodies);
@@ -142,13 +142,13 @@ void add_outer_code(Reading &reading, std::string_view code) {
 
 // A word that is made of codes alone is no word: its codes end the word before it when there is
 // text before them, and otherwise begin the word after them, if there is one.
-void join_code_only_groups(source_table &table) {
+void join_code_only_groups(SourceTable &table) {
   auto &words = table.words;
   size_t kept = 0;  // words that stay; their codes reach to words[i]
   bool text_before = false;
   for (size_t i = 0; i < words.size(); i++) {
     const bool is_group = !words[i].has_text && !table.codes_of(i).empty();
-    source_word *last = kept == 0 ? nullptr : &words[kept - 1];
+    SourceWord *last = kept == 0 ? nullptr : &words[kept - 1];
     if (is_group && text_before) {
       for (size_t code = 0; code < table.codes_of(i).size(); code++)
         table.codes[words[i].first_code + code].position = last->text_length;
@@ -160,13 +160,13 @@ void join_code_only_groups(source_table &table) {
     }
     text_before |= words[i].has_text;
   }
-  words.resize(kept, source_word{0});
+  words.resize(kept, SourceWord{0});
 }
 
 }  // namespace
 
-source_table read_source_words(std::string_view source) {
-  source_table table;
+SourceTable read_source_words(std::string_view source) {
+  SourceTable table;
   Reading reading{table, {}};
   table.words.reserve(reserved_words);
   open_word(reading);
@@ -188,8 +188,8 @@ source_table read_source_words(std::string_view source) {
   return table;
 }
 
-target_table read_target_words(std::string_view target) {
-  target_table table{target, {}};
+TargetTable read_target_words(std::string_view target) {
+  TargetTable table{target, {}};
   table.words.reserve(reserved_words);
   for (size_t at = find_white<false>(target, 0); at < target.size();) {
     const size_t end = find_white<true>(target, at);
