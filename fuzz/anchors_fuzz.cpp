@@ -15,7 +15,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   const std::string index_content = input.text() + input.text();
   std::vector<int32_t> numbers;
-  for (uint32_t i = input.below(8); i > 0; i--) numbers.push_back(input.number());
+  for (uint32_t i = input.below(8); i > 0; --i) numbers.push_back(input.number());
   scratch_file("hostile.anx",
                index_content + std::string(reinterpret_cast<const char *>(numbers.data()),
                                            numbers.size() * sizeof(int32_t)));
@@ -39,7 +39,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   Kclose(index, 0);
   index = Kopen("own.anx", O_RDONLY);
   read_anchor_indexes(index);
-  for (size_t k = 0; k < anchors.size(); k++) {
+  for (size_t k = 0; k < anchors.size(); ++k) {
     char *back = read_anchor(text, static_cast<int32_t>(k + 1));
     require(back != nullptr && anchors[k] == back, "a stored anchor is read back");
     Kfree(back);

@@ -18,7 +18,7 @@ std::string answers(const std::vector<std::string> &names) {
 
 size_t release(char **list, bool with_texts) {
   size_t count = 0;
-  for (; list != nullptr && list[count] != nullptr; count++)
+  for (; list != nullptr && list[count] != nullptr; ++count)
     if (with_texts) Kfree(list[count]);
   Kfree(list);
   return count;
@@ -63,8 +63,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fresh_library();
   declare_fonts(input);
   std::vector<std::string> names;
-  for (uint32_t n = 1 + input.below(6); n > 0; n--) names.push_back(input.text());
-  for (uint32_t steps = input.below(60); steps > 0; steps--) step(input, names);
+  for (uint32_t n = 1 + input.below(6); n > 0; --n) names.push_back(input.text());
+  for (uint32_t steps = input.below(60); steps > 0; --steps) step(input, names);
 
   const std::string before = answers(names);
   Ksave_font_state();

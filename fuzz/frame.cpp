@@ -41,7 +41,7 @@ void enter_scratch() { static const Scratch scratch; }
 
 int32_t Input::number() {
   uint32_t value = 0;
-  for (int i = 0; i < 4; i++) value = value << 8 | byte();
+  for (int i = 0; i < 4; ++i) value = value << 8 | byte();
   return static_cast<int32_t>(value);
 }
 
@@ -86,7 +86,7 @@ void fresh_library() {
 
 void declare_fonts(Input &input) {
   P_init_fonts();
-  for (uint32_t lines = input.below(8); lines > 0; lines--) {
+  for (uint32_t lines = input.below(8); lines > 0; --lines) {
     static const char *const names[] = {"FONT=", "FONTGROUPS=", "FONT-PACKET="};
     Kmanage_parameter_line((names[input.below(3)] + input.text()).c_str());
   }

@@ -30,7 +30,7 @@ void fail_at_random(uint32_t seed, uint32_t of_256) {
 }
 
 void release(char **list, bool with_texts) {
-  for (char **text = list; with_texts && text != nullptr && *text != nullptr; text++) Kfree(*text);
+  for (char **text = list; with_texts && text != nullptr && *text != nullptr; ++text) Kfree(*text);
   Kfree(list);
 }
 
@@ -52,7 +52,7 @@ size_t count_tokens(const std::string &text) {
   size_t tokens = 0;
   init_parser(P_FONT | P_ANCHOR | P_CODE_LINE | P_COUNT);
   parse_from_string(text.c_str());
-  while (parse(nullptr) != P_END) tokens++;
+  while (parse(nullptr) != P_END) ++tokens;
   exit_parser();
   return tokens;
 }
@@ -68,7 +68,7 @@ void work(const std::string &line, const std::string &source, const std::string 
   if (Klist_in(scratch_file("list", target).c_str()) == 0) Ksort_list();
   Kdestroy_list();
   init_double_stack();
-  for (int32_t i = 0; i < 60; i++) push_on_double_stack(i, source.c_str());
+  for (int32_t i = 0; i < 60; ++i) push_on_double_stack(i, source.c_str());
   reuse_double_stack();
   free_double_stack();
 }
@@ -82,7 +82,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fail_at_random(seed, 1 + input.below(64));
   declare_fonts(input);
   const std::string line = input.text(), source = input.text(), target = input.text();
-  for (int i = 0; i < 4; i++) work(line, source, target);
+  for (int i = 0; i < 4; ++i) work(line, source, target);
 
   platform::reset();
   require(transfer(source, target), "a transfer has a result");

@@ -9,7 +9,7 @@ namespace {
 
 int groups = 0;
 void process(char *) {
-  groups++;
+  ++groups;
   if (groups % 2 == 0) Kcleanup_parameters();
 }
 
@@ -19,7 +19,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   Input input(data, size);
   fresh_library();
   const uint32_t lines = input.below(6);
-  for (uint32_t i = 0; i < lines; i++) {
+  for (uint32_t i = 0; i < lines; ++i) {
     const std::string line = input.text();
     const int32_t result = Kmanage_parameter_line(line.c_str());
     require((result == -2) == (line.find('=') == std::string::npos),
@@ -27,7 +27,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   }
 
   std::vector<std::string> arguments = {"program"};
-  for (uint32_t i = input.below(7); i > 0; i--) {
+  for (uint32_t i = input.below(7); i > 0; --i) {
     static const char *const known[] = {"-LOGGING", "-LOG-PATHNAME", "-TIME-PROG", "-"};
     arguments.push_back(input.below(2) != 0 ? known[input.below(4)] : input.text());
   }

@@ -32,7 +32,7 @@ Tokens read_all(FILE *stream, const std::string &text, int32_t flags) {
 void run_operations(Input input, FILE *stream, const std::string &text) {
   init_parser(input.number() & 0x47FF);
   if (stream == nullptr) parse_from_string(text.c_str());
-  for (int i = 0; i < 40 && !input.empty(); i++) {
+  for (int i = 0; i < 40 && !input.empty(); ++i) {
     switch (input.below(10)) {
       case 0:
         init_parser(input.number());

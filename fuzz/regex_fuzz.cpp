@@ -15,7 +15,7 @@ constexpr size_t longest_for_backtracking = 12;
 bool found_by_backtracking(const regex::Expression &expression, const regex::Subject &subject) {
   regex::Groups groups;
   regex::set_up(groups, expression);
-  for (size_t at = 0; at <= (expression.anchored ? 0 : subject.length); at++)
+  for (size_t at = 0; at <= (expression.anchored ? 0 : subject.length); ++at)
     if (regex::regex_match_at(subject, groups, subject.text + at, expression.items.data()))
       return true;
   return false;
@@ -27,7 +27,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   Input input(data, size);
   fresh_library();
   std::vector<std::string> expressions;
-  for (uint32_t n = input.below(4) + 1; n > 0; n--) expressions.push_back(input.text());
+  for (uint32_t n = input.below(4) + 1; n > 0; --n) expressions.push_back(input.text());
   const std::string text = input.text();
 
   std::vector<char *> list;

@@ -26,7 +26,7 @@ void replay(const std::filesystem::path &path) {
 int main(int argc, char **argv) {
   size_t count = 0;
   std::vector<std::filesystem::path> paths;
-  for (int i = 1; i < argc; i++) {
+  for (int i = 1; i < argc; ++i) {
     const auto path = std::filesystem::absolute(argv[i]);
     if (!std::filesystem::is_directory(path)) {
       paths.push_back(path);
@@ -36,7 +36,7 @@ int main(int argc, char **argv) {
   }
   for (const auto &path : paths) {
     replay(path);
-    count++;
+    ++count;
   }
   std::printf("%zu inputs replayed\n", count);
   return count == 0;

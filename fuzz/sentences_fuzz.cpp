@@ -10,11 +10,11 @@ using namespace klib::fuzz;
 namespace {
 
 void run_counters(Input &input) {
-  for (int i = 0; i < 6; i++) {
+  for (int i = 0; i < 6; ++i) {
     const int32_t counter =
         input.below(4) == 0 ? input.number() : static_cast<int32_t>(input.below(16));
     init_counter(counter, input.number(), input.number());
-    for (uint32_t n = input.below(5); n > 0; n--) count(counter, input.number());
+    for (uint32_t n = input.below(5); n > 0; --n) count(counter, input.number());
   }
 }
 
@@ -74,7 +74,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
       require(next < sentences.size() && text == sentences[next], "a sentence comes back");
       require(numbers[next] < 0 || current_sentence_number == numbers[next], "so does its number");
     }
-    next++;
+    ++next;
   }
   exit_parser();
   Kfclose(stream, 0);

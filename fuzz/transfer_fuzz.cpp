@@ -81,9 +81,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   std::vector<std::vector<int32_t>> lists;
   const bool matching = input.below(2) != 0;
   const int32_t list_count = matching ? count_words(target) : static_cast<int32_t>(input.below(9));
-  for (int32_t k = 0; k < list_count; k++) {
+  for (int32_t k = 0; k < list_count; ++k) {
     std::vector<int32_t> list;
-    for (uint32_t n = input.below(4); n > 0; n--)
+    for (uint32_t n = input.below(4); n > 0; --n)
       list.push_back(matching ? static_cast<int32_t>(input.byte()) : input.number());
     list.push_back(-1);
     lists.push_back(std::move(list));
@@ -98,7 +98,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   require(result != nullptr, "a transfer has a result");
   const std::string text = result;
   Kfree(result);
-  for (size_t k = 0; k < alignment.size(); k++)
+  for (size_t k = 0; k < alignment.size(); ++k)
     if (alignment[k] != nullptr && std::find(own.begin(), own.end(), alignment[k]) == own.end())
       Kfree(alignment[k]);
 

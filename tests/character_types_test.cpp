@@ -27,7 +27,7 @@ TEST_F(CharacterTypes, NamedTypesAsBracketExpressions) {
   const auto expressions = [](int count) {
     char **texts = Kcharacter_types_regex();
     std::string result;
-    for (int i = 0; i < count; i++) result += take(texts[i]) + " ";
+    for (int i = 0; i < count; ++i) result += take(texts[i]) + " ";
     Kfree(texts);
     return result;
   };

@@ -12,8 +12,8 @@ TEST_F(Containers, EveryElementHasRoom) {
       {0, 2, 3}, {1, 4, -150}, {2, 1, 0}, {3, 1, -100}, {5, 0, 5}, {19, 7, -101}};
   for (const auto &[slot, initial, increment] : rows) {
     char **base = a_make(slot, initial, increment);
-    for (int i = 0; i < initial; i++) EXPECT_EQ(a_check(slot, base + i), base) << "not due";
-    for (int i = 0; i < 400; i++) {
+    for (int i = 0; i < initial; ++i) EXPECT_EQ(a_check(slot, base + i), base) << "not due";
+    for (int i = 0; i < 400; ++i) {
       base = a_check(slot, base + i);
       base[i] = const_cast<char *>("x");
     }
@@ -36,7 +36,7 @@ TEST_F(Containers, RangesAsOneTextOrAsCopies) {
        {std::tuple(0, 2, "ab,c,"), {1, 4, "c,de,,"}, {2, 2, ""}, {2, 0, ""}}) {
     char **copied = a_copy(3, from, to);
     std::string all;
-    for (int i = 0, length = a_length(copied); i < length; i++) all += take(copied[i]) + ",";
+    for (int i = 0, length = a_length(copied); i < length; ++i) all += take(copied[i]) + ",";
     EXPECT_EQ(all, copies);
     Kfree(copied);
   }
@@ -54,7 +54,7 @@ TEST_F(Containers, FieldsOfAText) {
   for (const auto &[line, separator, collapse, expected] : rows) {
     std::string text = bytes(line), fields;
     char **array = a_separator(text.data(), separator, collapse);
-    for (int i = 0; i < a_length(array); i++) fields += "[" + show(array[i]) + "]";
+    for (int i = 0; i < a_length(array); ++i) fields += "[" + show(array[i]) + "]";
     EXPECT_EQ(fields, expected) << line;
     Kfree(array);
   }
@@ -90,7 +90,7 @@ TEST_F(Containers, StacksGrowByTheirSteps) {
   }
   s_make(9, 4, 2);
   s_fill(9, "abc");
-  _stack[9].top--;
+  --_stack[9].top;
   s_fill(9, s_stack(9));
   EXPECT_EQ(finish(9), "6:abab") << "filled with its own contents";
 }
@@ -121,7 +121,7 @@ TEST_F(Containers, DoubleStack) {
   for (const char *text : texts) push_on_double_stack(-_sa_index, text);
   EXPECT_EQ(show(_sa[3]) + std::to_string(_sa_index), "(null)4");
   for (const int32_t index : {1, 2, -1, INT32_MAX}) zap_double_object(index);
-  for (int i = 2; i < 200; i++) push_on_double_stack(i, "%s");
+  for (int i = 2; i < 200; ++i) push_on_double_stack(i, "%s");
   while (_sa_index > 3) zap_double_object(2);
   EXPECT_EQ(_ta[0] * 100 + _ta[1] * 10 + _ta[2], 0 - 20 + 199);
   FILE *const stream = fopen("texts", "w");
@@ -134,10 +134,10 @@ TEST_F(Containers, DoubleStack) {
   init_double_stack();
   EXPECT_EQ(_sa_index, 0) << "whatever was left";
   free_double_stack();
-  for (int n = 1; n <= 2 + 50 + 3; n++) {
+  for (int n = 1; n <= 2 + 50 + 3; ++n) {
     const FailingAllocation failing(n);
     init_double_stack();
-    for (int i = 0; i < 51; i++) push_on_double_stack(i, "t");
+    for (int i = 0; i < 51; ++i) push_on_double_stack(i, "t");
     EXPECT_EQ(_sa_index, n <= 2 ? 0 : 50) << n;
     reuse_double_stack();
     free_double_stack();

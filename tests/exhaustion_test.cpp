@@ -12,7 +12,7 @@ namespace {
 class Exhaustion : public Library {};
 
 void release_list(char **list) {
-  for (char **text = list; list != nullptr && *text != nullptr; text++) Kfree(*text);
+  for (char **text = list; list != nullptr && *text != nullptr; ++text) Kfree(*text);
   Kfree(list);
 }
 
@@ -148,7 +148,7 @@ const Row rows[] = {
     {"Kcharacter_types_regex",
      [] {
        char **types = Kcharacter_types_regex();
-       for (int i = 0; types != nullptr && i < 11; i++) Kfree(types[i]);
+       for (int i = 0; types != nullptr && i < 11; ++i) Kfree(types[i]);
        Kfree(types);
      }},
     {"string arrays",
@@ -167,7 +167,7 @@ const Row rows[] = {
     {"byte stacks",
      [] {
        s_make(3, 2, 2);
-       for (int i = 0; i < 10; i++) s_push(3, 'x');
+       for (int i = 0; i < 10; ++i) s_push(3, 'x');
        s_fill(3, "a longer text");
        s_stack(3);
        Kfree(_stack[3].base);
@@ -176,7 +176,7 @@ const Row rows[] = {
     {"double stack",
      [] {
        init_double_stack();
-       for (int i = 0; i < 60; i++) push_on_double_stack(i, "x");
+       for (int i = 0; i < 60; ++i) push_on_double_stack(i, "x");
        reuse_double_stack();
        free_double_stack();
      }},
@@ -217,7 +217,7 @@ TEST_F(Exhaustion, LeavesEveryOperationUsable) {
   write_file("index", std::string("\0\0\0\0\3\0\0\0", 8));
   for (const Row &row : rows) {
     bool failed = true;
-    for (int n = 1; failed; n++) {
+    for (int n = 1; failed; ++n) {
       SCOPED_TRACE(std::string(row.operation) + ", allocation " + std::to_string(n));
       release_modules();
       const int64_t before = blocks_in_use();

@@ -98,7 +98,7 @@ class PathNames : public Library {};
 
 std::string take_list(char **list) {
   std::string shown;
-  for (char **name = list; *name != nullptr; name++) shown.append("[").append(take(*name) + "]");
+  for (char **name = list; *name != nullptr; ++name) shown.append("[").append(take(*name) + "]");
   Kfree(list);
   return shown;
 }

@@ -45,7 +45,7 @@ class Fonts : public Library {
   static std::string join(char **list) {
     if (list == nullptr) return "null ";
     std::string result = "[";
-    for (char **text = list; *text != nullptr; text++)
+    for (char **text = list; *text != nullptr; ++text)
       result.append(text != list ? " " : "").append(show(*text));
     return result + "] ";
   }
@@ -102,7 +102,7 @@ TEST_F(Fonts, AreDefinedLineByLine) {
     EXPECT_EQ(number(found) + " " + number(group) + "," + number(place), row.place) << row.line;
     EXPECT_EQ(number(find_named_font_group(row.group)), row.number) << row.line;
   }
-  for (int i = 0; i < 10'000; i++) define("F f" + number(i) + "{FF}g" + number(i));
+  for (int i = 0; i < 10'000; ++i) define("F f" + number(i) + "{FF}g" + number(i));
   EXPECT_EQ(run("?f0 ?g9999 +g9999 ?g9999 ?f9999 ?f9998"), "10101");
   EXPECT_EQ(log(), "");
 }
@@ -162,7 +162,7 @@ TEST_F(Fonts, AreSavedListedAndPutBack) {
   // Groups declared while a save is in force, or after it was put back
   for (const std::string step : {"s", "r"}) {
     run(step);
-    for (int i = 0; i < 100; i++) {
+    for (int i = 0; i < 100; ++i) {
       define("F x" + number(i) + step + "{FF}y" + number(i) + step);
       define("G N" + number(i) + step);
     }
@@ -193,7 +193,7 @@ TEST_F(Fonts, OfATextAreListed) {
   }
   const std::string first = bytes("{98}H{FF}a{99}"), second = bytes("{98}H{FF}b{99}");
   char **older = Kfont_changes(first.c_str(), 1, 0), **newer = Kfont_changes(second.c_str(), 1, 0);
-  for (int i = 0; i < 3; i++) {
+  for (int i = 0; i < 3; ++i) {
     Kselect_font(older[0]);
     EXPECT_EQ(take(older) + join(newer), i == 1 ? "[H{FF}b] [H{FF}a] " : "[H{FF}a] [H{FF}b] ");
     older = newer;
@@ -205,7 +205,7 @@ TEST_F(Fonts, OfATextAreListed) {
   run("+H{FF}b");
   const std::string all = bytes("{98}Bold{99}{98}H{FF}a{99}{98}Heading{99}");
   char **now = Kfont_changes(all.c_str(), 1, 0), **then = Kfont_changes(all.c_str(), 1, 1);
-  for (int i = 0; i < 3; i++) Kfree(Kfont_changes(first.c_str(), 1, 0));
+  for (int i = 0; i < 3; ++i) Kfree(Kfont_changes(first.c_str(), 1, 0));
   const fonts::State &state = fonts::state;
   EXPECT_EQ(join(then), "[Roman Mono H{FF}b] ");
   EXPECT_EQ(now[0], state.font_groups[0][1]);
@@ -227,7 +227,7 @@ TEST_F(Fonts, OfATextAreListed) {
 TEST_F(Fonts, ComeAndGoWithTheirTables) {
   reset_all();
   const int64_t blocks = blocks_in_use();
-  for (int i = 0; i < 3; i++) {
+  for (int i = 0; i < 3; ++i) {
     EXPECT_STREQ(single_font, i == 0 ? "?" : nullptr);
     EXPECT_EQ(run("?Roman +Roman ?H{FF}a +H{FF}a s n r"), "00");
     Ksourcecode_defaults_for_parms("");
@@ -246,15 +246,15 @@ TEST_F(Fonts, ComeAndGoWithTheirTables) {
 
 TEST_F(Fonts, OfHostilePacketsAreSelectedAndAskedAtOnce) {
   define("P deep50000{FF}Bold");
-  for (int i = 0; i < 50'000; i++) define("P deep" + number(i) + "{FF}deep" + number(i + 1));
+  for (int i = 0; i < 50'000; ++i) define("P deep" + number(i) + "{FF}deep" + number(i + 1));
   define("P double60{FF}Bold{FF}Gone{FF}Italic");
-  for (int i = 0; i < 60; i++) {
+  for (int i = 0; i < 60; ++i) {
     const std::string next = "{FF}double" + number(i + 1);
     define("P double" + number(i) + next + "{FF}Roman" + next);
   }
   std::string all;
-  for (int i = 0; i < 100; i++) all += "{FF}all" + number(i);
-  for (int i = 0; i < 100; i++) define("P all" + number(i) + all + "{FF}Italic{FF}MonoBold");
+  for (int i = 0; i < 100; ++i) all += "{FF}all" + number(i);
+  for (int i = 0; i < 100; ++i) define("P all" + number(i) + all + "{FF}Italic{FF}MonoBold");
   Kstop_logging_file();
   EXPECT_EQ(run("+deep0 ?Bold +Bold ?deep0 +double0 ?Italic +Roman ?double0"), "1110");
   EXPECT_EQ(run("+all0 ?Italic ?MonoBold ?all0 +Italic ?all0"), "1110");
@@ -276,7 +276,7 @@ TEST_F(Fonts, OfATextAreNotListedWithoutMemory) {
 
 TEST_F(Fonts, SurviveExhaustedMemory) {
   bool failed = true;
-  for (int n = 1; failed; n++) {
+  for (int n = 1; failed; ++n) {
     reset_all();
     const int64_t blocks = blocks_in_use();
     {

@@ -56,7 +56,7 @@ TEST_F(Frame, ReportsExhaustedMemoryAndAborts) {
 
 TEST_F(Frame, EndsTheProcessWhenMemoryIsExhaustedUnderDebug) {
   static int ended = 0;
-  platform::calls.end_process = [] { ended++; };
+  platform::calls.end_process = [] { ++ended; };
   set(Number::debug, 1);
   FailingAllocation first(1);
   EXPECT_EQ(Kmalloc(8), nullptr);
@@ -69,7 +69,7 @@ TEST_F(Frame, EndsTheProcessWhenMemoryIsExhaustedUnderDebug) {
 TEST_F(Frame, BufferGrowsAndHandsItsTextOver) {
   memory::Buffer buffer;
   EXPECT_STREQ(buffer.text(), "");
-  for (int i = 0; i < 1000; i++) buffer.append("ab");
+  for (int i = 0; i < 1000; ++i) buffer.append("ab");
   buffer.append('\0');
   buffer.append("c");
   EXPECT_EQ(buffer.size(), 2002u);

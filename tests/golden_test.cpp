@@ -17,10 +17,10 @@ namespace {
 class Golden : public Library {};
 
 void list_parameters(std::ostream &out) {
-  for (int32_t n = 1; n <= parameters::numeric_count; n++)
+  for (int32_t n = 1; n <= parameters::numeric_count; ++n)
     out << n << " \"" << parameters::parameter_name(n) << "\" " << kparm[n - 1] << " type "
         << parameters::parameter_type(n) << '\n';
-  for (int32_t n = 1; n <= parameters::text_count; n++) {
+  for (int32_t n = 1; n <= parameters::text_count; ++n) {
     const int32_t number = parameters::numeric_count + n;
     out << number << " \"" << parameters::parameter_name(number) << "\" \"" << skparm[n - 1]
         << "\" type " << parameters::parameter_type(number) << '\n';
@@ -28,8 +28,8 @@ void list_parameters(std::ostream &out) {
 }
 
 void list_languages(std::ostream &out) {
-  for (char first = 'A'; first <= 'Z'; first++)
-    for (char second = 'A'; second <= 'Z'; second++) {
+  for (char first = 'A'; first <= 'Z'; ++first)
+    for (char second = 'A'; second <= 'Z'; ++second) {
       const char name[] = {first, second, '\0'};
       const std::string long_name = Klang_sh_lo(name);
       if (long_name != "UNKNOWN")
@@ -46,7 +46,7 @@ void list_bytes(std::ostream &out, Value value) {
     return digits.str();
   };
   for (int first = 0, last; first < 256; first = last + 1) {
-    for (last = first; last < 255 && value(last + 1) == value(first);) last++;
+    for (last = first; last < 255 && value(last + 1) == value(first);) ++last;
     out << hexadecimal(static_cast<uint32_t>(first)) << '-'
         << hexadecimal(static_cast<uint32_t>(last)) << ' ' << hexadecimal(value(first)) << '\n';
   }
@@ -73,7 +73,7 @@ void list_upper_case(std::ostream &out, const char *language) {
 
 void list_types(std::ostream &out) {
   char **expressions = Kcharacter_types_regex();
-  for (int i = 0; *ct_names[i] != '\0'; i++)
+  for (int i = 0; *ct_names[i] != '\0'; ++i)
     out << ct_names[i] << ' ' << std::hex << ct_props[i] << std::dec << ' ' << take(expressions[i])
         << '\n';
   Kfree(expressions);

@@ -213,7 +213,7 @@ TEST_F(Parameters, UsageListsEveryName) {
 }
 
 TEST_F(Parameters, StayUsableWhenMemoryIsExhausted) {
-  for (int n = 1;; n++) {
+  for (int n = 1;; ++n) {
     FailingAllocation nth(n);
     std::string direction = "ENGLISH-DUTCH";
     memory::guarded(
@@ -221,7 +221,7 @@ TEST_F(Parameters, StayUsableWhenMemoryIsExhausted) {
     Ksave_parameter_values();
     Ksourcecode_defaults_for_parms("y");
     Krestore_parameter_values();
-    for (int32_t i = 0; i < parameters::text_count; i++) EXPECT_NE(skparm[i], nullptr);
+    for (int32_t i = 0; i < parameters::text_count; ++i) EXPECT_NE(skparm[i], nullptr);
     if (!nth.happened()) break;
   }
 }

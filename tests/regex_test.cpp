@@ -17,10 +17,10 @@ namespace {
 
 std::string members(const uint8_t *bitmap, int size) {
   std::string text;
-  for (int c = 0; c < size * 8; c++) {
+  for (int c = 0; c < size * 8; ++c) {
     if ((bitmap[c / 8] & 1 << c % 8) == 0) continue;
     const int first = c;
-    while (c + 1 < size * 8 && (bitmap[(c + 1) / 8] & 1 << (c + 1) % 8) != 0) c++;
+    while (c + 1 < size * 8 && (bitmap[(c + 1) / 8] & 1 << (c + 1) % 8) != 0) ++c;
     text += static_cast<char>(first);
     if (c != first) text += std::string(c - first > 1 ? "-" : "") + static_cast<char>(c);
   }
@@ -45,7 +45,7 @@ std::string form(const std::vector<const char *> &expressions) {
       text += regex::plain(*item) == regex::literal
                   ? "'" + show({reinterpret_cast<const char *>(item + 1), 1}) + "' "
                   : std::to_string(item[1]) + " ";
-    for (const uint8_t *count = item + 1 + size; count < regex::next_item(item); count++)
+    for (const uint8_t *count = item + 1 + size; count < regex::next_item(item); ++count)
       text += std::to_string(*count) + " ";
   }
   EXPECT_EQ(item + 1 - expression->items.data(), expression->size);
@@ -237,8 +237,8 @@ TEST_F(RegularExpressions, StretchesAreFoundWhereverTheyAre) {
   for (const auto &[expression, fitting] : rows) {
     const std::string piece = fitting;
     const bool at_end = expression[std::strlen(expression) - 1] == '$';
-    for (size_t length = 0; length < 70; length++) {
-      for (size_t at = 0; at + piece.size() <= length; at++) {
+    for (size_t length = 0; length < 70; ++length) {
+      for (size_t at = 0; at + piece.size() <= length; ++at) {
         std::string text(length, ' ');
         text.replace(at, piece.size(), piece);
         const bool expected = !at_end || at + piece.size() == length;
@@ -324,11 +324,11 @@ TEST_F(RegularExpressions, SetsDecideAsBacktrackingDoes) {
   const std::vector<std::string> parts(std::istream_iterator<std::string>(list), {});
   std::mt19937 random(1);
   int matching = 0;
-  for (int i = 0; i < 6000; i++) {
+  for (int i = 0; i < 6000; ++i) {
     std::string expression = random() % 4 == 0 ? "^" : "", text;
-    for (auto n = random() % 6; n <= 6; n++) expression += parts[random() % parts.size()];
+    for (auto n = random() % 6; n <= 6; ++n) expression += parts[random() % parts.size()];
     if (random() % 4 == 0) expression += "$";
-    for (auto n = random() % 8; n < 8; n++)
+    for (auto n = random() % 8; n < 8; ++n)
       text += std::string(random() % (random() % 4 == 0 ? 90 : 4), "ab \351"[random() % 4]);
     regex::Compiled compiled;
     const regex::Expression *made = regex::regex_compile(expression.c_str(), compiled);
@@ -337,7 +337,7 @@ TEST_F(RegularExpressions, SetsDecideAsBacktrackingDoes) {
     regex::Groups groups;
     regex::set_up(groups, *made, 100000);
     bool found = false;
-    for (size_t at = 0; !found && at <= (made->anchored ? 0 : text.size()); at++)
+    for (size_t at = 0; !found && at <= (made->anchored ? 0 : text.size()); ++at)
       found = regex::regex_match_at(subject, groups, subject.text + at, made->items.data());
     if (groups.steps_left == 0) continue;
     matching += found ? 1 : 0;

@@ -34,7 +34,7 @@ TEST_F(Library, CountsDigitsAndShowsValues) {
   };
   for (const auto &[counter, from, distance, delta, calls, result] : rows) {
     init_counter(counter, from, distance);
-    for (int i = 1; i < calls; i++) count(counter, delta);
+    for (int i = 1; i < calls; ++i) count(counter, delta);
     const int32_t value = count(counter, delta), digits = _count_length[std::min(counter, 15)];
     EXPECT_EQ(std::to_string(value) + " " + std::to_string(digits) + ": " + log(), result);
   }
@@ -49,7 +49,7 @@ TEST_F(Library, ShowsProgressAndSummary) {
   };
   for (const auto &[sentences, result] : rows) {
     init_kti_format(1);
-    for (int i = 0; i < sentences; i++) format("x", 1);
+    for (int i = 0; i < sentences; ++i) format("x", 1);
     exit_kti_format();
     EXPECT_EQ(log(), result);
   }
@@ -84,7 +84,7 @@ TEST_F(Library, FramesCollapsesAndWrapsSentences) {
 TEST_F(Library, ReadsSentencesBackUnderTheirNumbers) {
   // Longer than the pieces in which a sentence is written, with breaks at all distances from them.
   std::string sentence = "x", single = "x";
-  for (size_t i = 1; sentence.size() < 300000; i++) {
+  for (size_t i = 1; sentence.size() < 300000; ++i) {
     const std::string word(1 + i % 83, 'w');
     sentence += std::string(1 + i % 41, "\n \t"[i % 3]) + word;
     single += " " + word;

@@ -43,7 +43,7 @@ TEST_F(StringRoutines, PartsOfAText) {
   rightshift(text, 2);
   rightshift(text, -1);
   EXPECT_STREQ(text, "abab");
-  for (int i = 0; i < 3; i++) leftshift(text);
+  for (int i = 0; i < 3; ++i) leftshift(text);
   EXPECT_STREQ(text, "b");
   std::string blanks = bytes(" a b\tc  defgh ij{A0}klmnop ");
   remove_if(blanks.data(), character_types::white);

@@ -32,7 +32,7 @@ bool fails_now() {
 }
 
 void *counted(void *block) {
-  if (block != nullptr) allocations.blocks_in_use++;
+  if (block != nullptr) ++allocations.blocks_in_use;
   return block;
 }
 
@@ -43,7 +43,7 @@ void *allocate_zeroed(size_t elements, size_t size) {
 }
 
 void release(void *block) {
-  if (block != nullptr) allocations.blocks_in_use--;
+  if (block != nullptr) --allocations.blocks_in_use;
   std::free(block);
 }
 
@@ -67,7 +67,7 @@ void *reallocate(void *block, size_t size) {
 
 std::string bytes(std::string_view notation) {
   std::string result;
-  for (size_t i = 0; i < notation.size(); i++) {
+  for (size_t i = 0; i < notation.size(); ++i) {
     if (notation[i] == '{') {
       result += static_cast<char>(std::stoi(std::string(notation.substr(i + 1, 2)), nullptr, 16));
       i += 3;

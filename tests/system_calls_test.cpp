@@ -264,7 +264,7 @@ TEST_F(Library, ReportsEveryFailingCallAndLeavesTheRestIntact) {
     std::string failures;
     for (const Way way : {failing, moving_one_byte, interrupted}) {
       bool failed = true;
-      for (int n = 1; failed; n++) {
+      for (int n = 1; failed; ++n) {
         ASSERT_EQ(run(row, way, 0), good);
         const int64_t files = open_files(), blocks = blocks_in_use();
         const std::string outcome = run(row, way, n), line = plan.call + ": " + outcome + "\n";

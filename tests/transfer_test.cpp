@@ -45,10 +45,10 @@ class Transfer : public Library {
     std::string result =
         take(CopyFontsString(source_bytes.c_str(), target_bytes.c_str(), alignment.data()));
     std::string after;
-    for (size_t k = 0; alignment[k] != nullptr; k++) {
+    for (size_t k = 0; alignment[k] != nullptr; ++k) {
       if (k > 0) after += "|";
       const int32_t *list = alignment[k];
-      for (size_t i = 0; list[i] != -1; i++) after += (i > 0 ? " " : "") + std::to_string(list[i]);
+      for (size_t i = 0; list[i] != -1; ++i) after += (i > 0 ? " " : "") + std::to_string(list[i]);
       if (list[0] == -1) after += "-";
       if (k >= given.size() || list != given[k].data()) Kfree(alignment[k]);
     }
@@ -154,7 +154,7 @@ TEST_F(Transfer, ChecksAndMakesAlignments) {
   // In a long sentence 126 is a word like any other, but still skipped at the start of a list.
   Kselect_font(bytes("Roman").data());
   std::string source = "{98}Bold{99}a";
-  for (int word = 1; word < 128; word++) source += word == 126 ? " b{94}1{95}" : " b";
+  for (int word = 1; word < 128; ++word) source += word == 126 ? " b{94}1{95}" : " b";
   source += "{98}Roman{99}";
   EXPECT_EQ(copy(source, "p q", "126|127 126"), "p {98}Bold{99}q{94}1{95}{98}Roman{99}");
 }
@@ -164,7 +164,7 @@ TEST_F(Transfer, TakesMemoryInProportionToWordsAndCodes) {
   static size_t allocated;
   static void *(*allocate)(size_t);
   std::string source, closing, target, expected;
-  for (int i = 0; i < 2000; i++) {
+  for (int i = 0; i < 2000; ++i) {
     const std::string number = std::to_string(i);
     P_set_fonts(0, bytes("plain" + number + "{FF}font" + number).data());
     source += bytes("{98}font" + number + "{99}a ");
@@ -186,7 +186,7 @@ TEST_F(Transfer, WritesTheFontsInForceAtEachWord) {
   const std::vector<const char *> names = {"Roman",  "Bold",   "Italic", "Mono",   "MonoBold",
                                            "H{FF}a", "H{FF}b", "X{FF}a", "Heading"};
   std::mt19937 random(1);
-  for (int round = 0; round < 300; round++) {
+  for (int round = 0; round < 300; ++round) {
     std::vector<std::string> codes(2 + random() % 9);
     for (std::string &code : codes) code = bytes(names[random() % names.size()]);
     std::vector<int32_t> order(codes.size());
@@ -227,7 +227,7 @@ TEST_F(Transfer, WritesTheFontsInForceAtEachWord) {
 }
 
 TEST_F(Transfer, LeavesParserLevelsAndEndsTheSave) {
-  for (int level = 0; level < 4; level++) init_parser(P_FONT);
+  for (int level = 0; level < 4; ++level) init_parser(P_FONT);
   const std::string text = bytes("{98}Bold{99}a{94}1{95}");
   parse_from_string(text.c_str());
   parse(nullptr);
@@ -235,23 +235,23 @@ TEST_F(Transfer, LeavesParserLevelsAndEndsTheSave) {
   EXPECT_EQ(take(CopyFontsString(text.c_str(), p_root[4].token, nullptr)), "{98}Bold{99}{94}1{95}");
   EXPECT_EQ(show(p_root[4].token), "{98}Bold{99}");
   EXPECT_EQ(Kfont_changes_since_save(1, 0, 0), nullptr);
-  for (int level = 0; level < 4; level++) exit_parser();
+  for (int level = 0; level < 4; ++level) exit_parser();
   EXPECT_EQ(log(), "");
 }
 
 TEST_F(Transfer, SurvivesEveryFailingAllocation) {
   std::string source = bytes("{98}Bold{99}a{94}1{95}b {98}H{FF}A{99}c {1E}d{94}2{95} e{1F},");
   std::string target;
-  for (int i = 0; i < 40; i++) source += bytes("x{94}1{95} "), target += "yz, ";
+  for (int i = 0; i < 40; ++i) source += bytes("x{94}1{95} "), target += "yz, ";
   int32_t request[] = {119, -1};
   const int64_t blocks = blocks_in_use();
-  for (int n = 1;; n++) {
+  for (int n = 1;; ++n) {
     int32_t *alignment[50] = {request};
     FailingAllocation failing(n);
     char *result = CopyFontsString(source.c_str(), target.c_str(), alignment);
     ASSERT_EQ(result == nullptr, failing.happened()) << n;
     EXPECT_EQ(alignment[0] == request, failing.happened()) << n;
-    for (int k = 0; result != nullptr && k < 40; k++) Kfree(alignment[k]);
+    for (int k = 0; result != nullptr && k < 40; ++k) Kfree(alignment[k]);
     Kfree(result);
     reset_named_font_groups();
     EXPECT_EQ(blocks_in_use(), blocks) << n;

@@ -20,7 +20,7 @@ std::string lines_of(Reader *reader, const char *name) {
   char **lines = reader(name, &count);
   if (lines == nullptr) return "(null) " + std::to_string(count);
   std::string shown;
-  for (int32_t i = 0; i < count; i++) shown += show(lines[i]) + "|";
+  for (int32_t i = 0; i < count; ++i) shown += show(lines[i]) + "|";
   Kfree(lines[0]);
   Kfree(lines);
   return shown;
@@ -39,7 +39,7 @@ TEST_F(WordLists, SplitFilesIntoLines) {
       {Kndxfile_to_array, "{0D}{00}{00}{0D}{0A}", "{0D}||{0D}{0A}|"},
   };
   for (const auto &row : rows)
-    for (size_t before = 0; before < 130; before++) {  // wherever a line may start in a block
+    for (size_t before = 0; before < 130; ++before) {  // wherever a line may start in a block
       const std::string padding(before, 'x');
       write_file("file", padding + '\0' + bytes(row.content));
       const std::string lines = padding + "|" + row.lines;
@@ -76,7 +76,7 @@ TEST_F(WordLists, SortLinesWithMuchInCommonWithAndWithoutMemory) {
     for (const size_t count : {2u, 400u, 5000u}) {
       std::vector<std::string> words;
       std::string content;
-      for (size_t i = 0; i < count; i++) {
+      for (size_t i = 0; i < count; ++i) {
         std::string word(common - random() % 2 * (common / 8), 'x');
         do word += "ab\xFF"[random() % 3];
         while (random() % 12 != 0);
@@ -88,7 +88,7 @@ TEST_F(WordLists, SortLinesWithMuchInCommonWithAndWithoutMemory) {
       FailingAllocation none(common == 7 ? 1 : 0);
       Ksort_list();
       std::sort(words.begin(), words.end());
-      for (size_t i = 0; i < count; i++) {
+      for (size_t i = 0; i < count; ++i) {
         ASSERT_EQ(show(l_array[i]), show(words[i])) << common;
         EXPECT_EQ(l_array[Klist_search(l_array[i])], words[i]);
       }

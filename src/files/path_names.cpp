@@ -91,7 +91,7 @@ char *Kbin_pathname(const char *name) {
 char **Ksearch_path(const char *path, const char *base_name) {
   return memory::guarded<char **>(nullptr, [&] {
     memory::Vector<memory::Text> names;
-    for (const char *byte = path; *byte != '\0'; byte++) {
+    for (const char *byte = path; *byte != '\0'; ++byte) {
       if (*byte == '\\' && byte[1] != '\0') ++byte;
       if (!is_separator(*byte)) continue;
       const std::string_view directory(path, static_cast<size_t>(byte + 1 - path));

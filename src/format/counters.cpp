@@ -44,7 +44,7 @@ void advance(Counter &counter, int32_t &length, int32_t delta) {
   counter.counter_value =
       static_cast<int32_t>(std::min<int64_t>(int64_t{counter.counter_value} + delta, INT32_MAX));
   if (counter.counter_value >= counter.next_power) {
-    length += 1;
+    ++length;
     counter.next_power *= 10;
   }
   if (counter.counter_value >= counter.next_display) {

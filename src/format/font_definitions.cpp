@@ -37,7 +37,7 @@ char no_font_yet[] = "?";
 // The fields of a value as owned copies; the value itself is split in place.
 Texts copy_fields(char *value) {
   Texts fields(checked(a_separator(value, u8(separator), 0)));
-  for (char **field = fields.get(); *field != nullptr; field++) {
+  for (char **field = fields.get(); *field != nullptr; ++field) {
     const char *text = std::exchange(*field, nullptr);  // so that what is copied ends here
     *field = memory::copy(text).release();
   }
@@ -47,7 +47,7 @@ Texts copy_fields(char *value) {
 void make_tables() {
   if (state.font_groups != nullptr) return;
   char **made[std::size(table_slots)];
-  for (size_t i = 0; i < std::size(table_slots); i++) {
+  for (size_t i = 0; i < std::size(table_slots); ++i) {
     made[i] = a_make(table_slots[i], table_room, table_room);
     if (made[i] != nullptr) continue;
     while (i-- > 0) a_free(table_slots[i]);
@@ -80,7 +80,7 @@ void add_group(Texts fonts) {
   const int32_t count = a_length(texts);
   reserve(state.names, static_cast<uint32_t>(count));
   // Nothing can fail from here on.
-  for (int32_t number = 0; number < count; number++) {
+  for (int32_t number = 0; number < count; ++number) {
     Name &name = enter(state.names, texts[number]);
     if (name.group != none) continue;
     name.group = group;
@@ -88,7 +88,7 @@ void add_group(Texts fonts) {
   }
   state.font_groups[group] = fonts.release();
   state.selected_font[group] = 0;
-  state.font_group_count++;
+  ++state.font_group_count;
   state.current_packet = none;
   state.packet_selected = true;
 }
@@ -98,7 +98,7 @@ int32_t find_duplicate(char **fonts) {
     ~Seen() { release(*this); }
   } seen;
   reserve(seen, static_cast<uint32_t>(a_length(fonts)));
-  for (char **font = fonts; *font != nullptr; font++) {
+  for (char **font = fonts; *font != nullptr; ++font) {
     const Name *found = find(state.names, *font);
     if (found != nullptr && found->group != none) return duplicate_of_other_group;
     Name &name = enter(seen, *font);
@@ -155,7 +155,7 @@ int32_t P_set_fonts(int32_t, char *value) {
 int32_t P_set_fontgroups(int32_t, char *value) {
   return memory::guarded(exhausted, [&] {
     const memory::Array<char *> fields(checked(a_separator(value, u8(separator), 0)));
-    for (char **field = fields.get(); *field != nullptr; field++) {
+    for (char **field = fields.get(); *field != nullptr; ++field) {
       if (find_named_font_group(*field) != none) return duplicate_named_group;
       if (set_font_group(*field) != 0) return exhausted;
     }
@@ -177,7 +177,7 @@ int32_t P_set_fontpacket(int32_t, const char *value) {
     if (name.packet == none) name.packet = packet;
     state.packet_walks[packet] = {a_length(fields.get()), 1, none, false, 0};
     state.font_packets[packet] = fields.release();
-    state.font_packet_count++;
+    ++state.font_packet_count;
     return 0;
   });
 }
@@ -189,7 +189,7 @@ void P_cleanup_fonts() {
     Kfree(state.font_packets[i][0]);
     Kfree(state.font_packets[i]);
   }
-  for (int32_t i = 0; i < state.named_group_count; i++) {
+  for (int32_t i = 0; i < state.named_group_count; ++i) {
     Kfree(state.named_group_names[i]);
     Kfree(state.named_group_fonts[i]);
   }
@@ -240,7 +240,7 @@ int32_t set_font_group(const char *name) {
     if (entry.group == none) entry.group = group;
     state.named_group_names[group] = text.release();
     state.named_group_fonts[group] = nullptr;
-    state.named_group_count++;
+    ++state.named_group_count;
     return 0;
   });
 }

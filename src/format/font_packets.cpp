@@ -38,7 +38,7 @@ bool was_opened(int32_t packet) { return state.packet_walks[packet].walk == stat
 
 // Selects again what the packet selects, each group's last font first and only that one.
 void settle(int32_t packet) {
-  state.walk++;
+  ++state.walk;
   clear(state.settled);
   int32_t at = open(packet, none, state.packet_walks[packet].elements - 1);
   while (at != none) {
@@ -64,7 +64,7 @@ void settle(int32_t packet) {
 void select_packet(int32_t packet) {
   bool left_out = false;
   int64_t names = 0;
-  state.walk++;
+  ++state.walk;
   int32_t at = open(packet, none, 1);
   while (at != none) {
     PacketWalk &walk = state.packet_walks[at];
@@ -74,7 +74,7 @@ void select_packet(int32_t packet) {
     }
     const char *name = state.font_packets[at][walk.next++];
     const Name *found = find(state.names, name);
-    names++;
+    ++names;
     if (found == nullptr || found->packet == none)
       select_font(found, name);
     else if (state.packet_walks[found->packet].open)
@@ -94,7 +94,7 @@ bool is_packet_selected(int32_t packet) {
   if (state.packet_selected) return state.current_packet == packet;
   bool packet_check_active = true;  // until a packet's fields have all been tested
   int64_t names = 0;
-  state.walk++;
+  ++state.walk;
   int32_t at = open(packet, none, 1);
   while (at != none) {
     PacketWalk &walk = state.packet_walks[at];
@@ -105,7 +105,7 @@ bool is_packet_selected(int32_t packet) {
     }
     const char *name = state.font_packets[at][walk.next++];
     const Name *found = find(state.names, name);
-    names++;
+    ++names;
     bool in_force = true;
     if (found == nullptr || found->packet == none) {
       in_force = is_font_selected(found, name);

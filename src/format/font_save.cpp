@@ -68,7 +68,7 @@ void keep_named_texts(char **list, bool all) {
   if (size == 0) return;
   memory::Text kept(static_cast<char *>(memory::allocate(size)));
   char *next = kept.get();
-  for_each_font_change(all, false, false, [&](const char *) { list++; });
+  for_each_font_change(all, false, false, [&](const char *) { ++list; });
   for_each_named_change(all, false, [&](const char *text) {
     const size_t length = std::strlen(text) + 1;
     *list++ = static_cast<char *>(std::memcpy(next, text, length));
@@ -166,7 +166,7 @@ char **Kfont_changes_since_save(int32_t all, int32_t old, int32_t skip_default) 
     for_each_change(all != 0, old != 0, skip_default != 0, visit);
   };
   size_t count = 0;
-  visit_changes([&](const char *) { count++; });
+  visit_changes([&](const char *) { ++count; });
   if (count == 0) return nullptr;
   return memory::guarded<char **>(nullptr, [&] {
     memory::Array<char *> list = make_list(count);
@@ -182,7 +182,7 @@ char **Kfont_changes(const char *text, int32_t all, int32_t old) {
   Ksave_font_state();
   // The single font is not part of a save, and where there is one nothing else can change.
   if (parameters::number(parameters::Number::single_font_group) == 0)
-    for (char **font = fonts.get(); *font != nullptr; font++) Kselect_font(*font);
+    for (char **font = fonts.get(); *font != nullptr; ++font) Kselect_font(*font);
   char **list = memory::guarded<char **>(nullptr, [&] {
     memory::Array<char *> changes(Kfont_changes_since_save(all, old, 0));
     if (changes && old == 0) keep_named_texts(changes.get(), all != 0);

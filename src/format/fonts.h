@@ -77,7 +77,7 @@ extern State state;
 // A null-terminated list with its texts.
 struct ReleaseTexts {
   void operator()(char **texts) const noexcept {
-    for (char **text = texts; *text != nullptr; text++) Kfree(*text);
+    for (char **text = texts; *text != nullptr; ++text) Kfree(*text);
     Kfree(texts);
   }
 };

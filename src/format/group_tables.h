@@ -47,14 +47,14 @@ inline void insert(GroupSet &set, int32_t group) {
 }
 
 inline void clear(GroupSet &set) {
-  for (int32_t i = set.first; i <= set.last; i++) set.words[i] = 0;
+  for (int32_t i = set.first; i <= set.last; ++i) set.words[i] = 0;
   set.first = INT32_MAX;
   set.last = -1;
 }
 
 template <class Visit>
 void for_each(const GroupSet &set, Visit visit) {
-  for (int32_t i = set.first; i <= set.last; i++)
+  for (int32_t i = set.first; i <= set.last; ++i)
     for (uint64_t word = set.words[i]; word != 0; word &= word - 1)
       visit(i * 64 + std::countr_zero(word));
 }

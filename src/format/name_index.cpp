@@ -26,7 +26,7 @@ uint32_t hash_of(std::string_view name) {
 
 // The place of the name, or the free place where it would stand.
 Name &place_of(const NameIndex &index, std::string_view name, uint32_t hash) {
-  for (uint32_t i = hash;; i++) {
+  for (uint32_t i = hash;; ++i) {
     Name &place = index.places[i & (index.capacity - 1)];
     if (place.text == nullptr) return place;
     if (place.hash == hash && std::string_view(place.text, place.length) == name) return place;
@@ -48,7 +48,7 @@ void reserve(NameIndex &index, uint32_t more) {
   NameIndex larger{memory::allocate_array<Name>(static_cast<size_t>(capacity)).release(),
                    static_cast<uint32_t>(capacity), index.count};
   std::fill_n(larger.places, capacity, Name{});
-  for (uint32_t i = 0; i < index.capacity; i++) {
+  for (uint32_t i = 0; i < index.capacity; ++i) {
     const Name &name = index.places[i];
     if (name.text != nullptr) place_of(larger, {name.text, name.length}, name.hash) = name;
   }
@@ -61,7 +61,7 @@ Name &enter(NameIndex &index, std::string_view name) {
   Name &place = place_of(index, name, hash);
   if (place.text == nullptr) {
     place = {name.data(), static_cast<uint32_t>(name.size()), hash, none, none, 0};
-    index.count++;
+    ++index.count;
   }
   return place;
 }

@@ -76,7 +76,7 @@ bool passes(char *bytes) {
 // bytes among which those are that become blanks.
 bool calm(const char *bytes) {
   Block suspect = {};
-  for (int i = 0; i < 4; i++, bytes += block_size) {
+  for (int i = 0; i < 4; ++i, bytes += block_size) {
     const Block block = load(bytes);
     suspect |= Block(block <= '\r') | Block((block | load(bytes - 1)) == ' ');
   }

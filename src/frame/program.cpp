@@ -90,7 +90,7 @@ bool process_group(int32_t count, char **names, int32_t names_left, K_process_fu
     Kusage(1, count);
     return false;
   }
-  for (int32_t i = 0; i < count; i++) Kprocess(names[i]);
+  for (int32_t i = 0; i < count; ++i) Kprocess(names[i]);
   Kinit_parameters();
   Kread_all_parameter_files(names[0]);
   if (call_process(process, count, names)) return true;

@@ -24,7 +24,7 @@ inline constexpr size_t block_size = 64;
     equal |= static_cast<uint64_t>(static_cast<uint32_t>(mask)) << i;
   }
 #else
-  for (size_t i = 0; i < block_size; i++) equal |= uint64_t{block[i] == byte} << i;
+  for (size_t i = 0; i < block_size; ++i) equal |= uint64_t{block[i] == byte} << i;
 #endif
   return equal;
 }
@@ -41,7 +41,7 @@ inline constexpr size_t block_size = 64;
   return _mm_movemask_epi8(_mm_cmpeq_epi8(limited, lowest)) != 0;
 #else
   bool found = false;
-  for (size_t i = 0; i < block_size; i++) found |= static_cast<uint8_t>(block[i]) <= limit;
+  for (size_t i = 0; i < block_size; ++i) found |= static_cast<uint8_t>(block[i]) <= limit;
   return found;
 #endif
 }

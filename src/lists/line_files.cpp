@@ -102,7 +102,7 @@ void split(char *bytes, size_t size, char **lines) {
 
 // The number of lines without the empty ones at the end.
 int32_t count_lines(char **lines, size_t count) {
-  while (count > 0 && *lines[count - 1] == '\0') count--;
+  while (count > 0 && *lines[count - 1] == '\0') --count;
   return static_cast<int32_t>(count);
 }
 

@@ -46,7 +46,7 @@ inline constexpr size_t key_size = sizeof(uint64_t);
   if (readable.holds_word_at(bytes)) return key_of_word(bytes);
   uint64_t key = 0;
   size_t i = 0;
-  for (; i < key_size && bytes[i] != '\0'; i++) key = key << 8 | u8(bytes[i]);
+  for (; i < key_size && bytes[i] != '\0'; ++i) key = key << 8 | u8(bytes[i]);
   return i == 0 ? 0 : key << 8 * (key_size - i);
 }
 

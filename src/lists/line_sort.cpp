@@ -44,22 +44,22 @@ bool key_below(const Entry &a, const Entry &b) { return a.key < b.key; }
 void sort_keys(Entry *first, Entry *last) {
   if (last - first <= small_range) return std::sort(first, last, key_below);
   uint64_t differing = 0;
-  for (const Entry *entry = first; entry != last; entry++) differing |= entry->key ^ first->key;
+  for (const Entry *entry = first; entry != last; ++entry) differing |= entry->key ^ first->key;
   if (differing == 0) return;
   const int shift = (63 - std::countl_zero(differing)) / 8 * 8;
   const auto bucket_of = [shift](const Entry &entry) {
     return static_cast<size_t>(entry.key >> shift & 0xFF);
   };
   std::array<ptrdiff_t, 256> sizes{};
-  for (const Entry *entry = first; entry != last; entry++) sizes[bucket_of(*entry)]++;
+  for (const Entry *entry = first; entry != last; ++entry) ++sizes[bucket_of(*entry)];
   std::array<Entry *, 256> next, end;
   Entry *start = first;
-  for (size_t bucket = 0; bucket < 256; bucket++) {
+  for (size_t bucket = 0; bucket < 256; ++bucket) {
     next[bucket] = start;
     end[bucket] = start += sizes[bucket];
   }
   // Every entry taken out is carried home, and so is the one found there, until one belongs here.
-  for (size_t bucket = 0; bucket < 256; bucket++)
+  for (size_t bucket = 0; bucket < 256; ++bucket)
     while (next[bucket] != end[bucket]) {
       Entry entry = *next[bucket];
       for (size_t home; (home = bucket_of(entry)) != bucket;) std::swap(entry, *next[home]++);
@@ -67,7 +67,7 @@ void sort_keys(Entry *first, Entry *last) {
     }
   if (shift == 0) return;
   // The keys in bucket 0 have only zeros from here on: they are equal.
-  for (size_t bucket = 1; bucket < 256; bucket++)
+  for (size_t bucket = 1; bucket < 256; ++bucket)
     if (sizes[bucket] > 1) sort_keys(end[bucket] - sizes[bucket], end[bucket]);
 }
 
@@ -76,7 +76,7 @@ void sort_keys(Entry *first, Entry *last) {
 // futile.
 size_t common_bytes(const Entry *first, const Entry *last, size_t offset, Readable readable) {
   size_t common = longest_look;
-  for (const Entry *entry = first + 1; entry != last && common != 0; entry++) {
+  for (const Entry *entry = first + 1; entry != last && common != 0; ++entry) {
     size_t equal = 0;
     while (equal < common) {
       const uint64_t key = key_at(first->line + offset + equal, readable);
@@ -89,7 +89,7 @@ size_t common_bytes(const Entry *first, const Entry *last, size_t offset, Readab
 }
 
 void load_keys(Entry *first, Entry *last, size_t offset, Readable readable) {
-  for (Entry *entry = first; entry != last; entry++)
+  for (Entry *entry = first; entry != last; ++entry)
     entry->key = key_at(entry->line + offset, readable);
 }
 
@@ -108,7 +108,7 @@ void sort_range(Entry *first, Entry *last, size_t offset, Readable readable) {
     Entry *longest = first, *longest_end = first, *ahead = first;
     for (Entry *run = first, *end; run != last; run = end) {
       end = std::find_if(run, last, [run](const Entry &entry) { return entry.key != run->key; });
-      for (; ahead != last && ahead - end < lines_ahead; ahead++)
+      for (; ahead != last && ahead - end < lines_ahead; ++ahead)
         if (!is_complete(ahead->key)) __builtin_prefetch(ahead->line + offset);
       if (is_complete(run->key)) continue;
       Entry *other = run, *other_end = end;
@@ -129,15 +129,15 @@ void sort_range(Entry *first, Entry *last, size_t offset, Readable readable) {
 // Sorts with an entry for every line. The entries go straight into the buckets of first bytes.
 void sort_with_keys(char **lines, size_t count, Entry *entries, Readable readable) {
   std::array<size_t, 257> next{};
-  for (size_t i = 0; i < count; i++) next[u8(*lines[i]) + size_t{1}]++;
+  for (size_t i = 0; i < count; ++i) ++next[u8(*lines[i]) + size_t{1}];
   std::partial_sum(next.begin(), next.end(), next.begin());
-  for (size_t i = 0; i < count; i++)
+  for (size_t i = 0; i < count; ++i)
     entries[next[u8(*lines[i])]++] = {key_at(lines[i], readable), lines[i]};
-  for (size_t bucket = 0; bucket < 256; bucket++) {
+  for (size_t bucket = 0; bucket < 256; ++bucket) {
     const size_t start = bucket == 0 ? 0 : next[bucket - 1];
     sort_range(entries + start, entries + next[bucket], 0, readable);
   }
-  for (size_t i = 0; i < count; i++) lines[i] = entries[i].line;
+  for (size_t i = 0; i < count; ++i) lines[i] = entries[i].line;
 }
 
 }  // namespace

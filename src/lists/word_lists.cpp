@@ -89,7 +89,7 @@ void Kdump_list(const char *name) {
     return platform::calls.write_stream(bytes, size, stream) == size;
   };
   bool complete = true;
-  for (int32_t i = 0; i < l_length && complete; i++)
+  for (int32_t i = 0; i < l_length && complete; ++i)
     complete = write(l_array[i], std::strlen(l_array[i])) && write("\n", 1);
   files::close_stream(stream, complete);
 }

@@ -38,7 +38,7 @@ void Kusage(int32_t reason, int32_t group_size) {
     Kmessage(MESSAGE_INCOMPLETE_GROUP, group_size);
   } else {
     Kmessage(MESSAGE_LEGAL_PARAMETERS);
-    for (int32_t number = 1; number <= numeric_count + text_count; number++)
+    for (int32_t number = 1; number <= numeric_count + text_count; ++number)
       if (parameter_name(number)[0] != '\0') Kdisplay("%s\n", parameter_name(number));
   }
   Kabort_prog();

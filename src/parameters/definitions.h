@@ -142,7 +142,7 @@ inline constexpr TextDefinition text_definitions[] = {
 
 template <class Row, size_t count>
 constexpr bool rows_are_in_number_order(const Row (&rows)[count]) {
-  for (size_t i = 0; i < count; i++)
+  for (size_t i = 0; i < count; ++i)
     if (rows[i].number != static_cast<int32_t>(i) + 1) return false;
   return true;
 }

@@ -40,7 +40,7 @@ struct Names {
   Names(const Names &) = delete;
   Names &operator=(const Names &) = delete;
   ~Names() {
-    for (char **name = list; name != nullptr && *name != nullptr; name++) Kfree(*name);
+    for (char **name = list; name != nullptr && *name != nullptr; ++name) Kfree(*name);
     Kfree(list);
   }
 };
@@ -80,7 +80,7 @@ void Kread_all_parameter_files(const char *file_name) {
   const memory::Text global(Kdirectory_append(text(Text::lib_directory), base_name));
 
   read_if_there(global.get());
-  for (char **name = directories.list; name != nullptr && *name != nullptr; name++)
+  for (char **name = directories.list; name != nullptr && *name != nullptr; ++name)
     read_if_there(*name);
   read_if_there(own.get());
 }

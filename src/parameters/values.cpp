@@ -36,7 +36,7 @@ void replace(char *&value, memory::Text text) {
 
 void release_texts(char **texts) {
   if (texts == nullptr) return;
-  for (int32_t i = 0; i < text_count; i++) Kfree(texts[i]);
+  for (int32_t i = 0; i < text_count; ++i) Kfree(texts[i]);
   Kfree(texts);
 }
 
@@ -46,7 +46,7 @@ template <class TextAt>
 memory::Array<char *> copy_texts(TextAt text_at) {
   memory::Vector<memory::Text> copies;
   copies.reserve(text_count);
-  for (int32_t i = 0; i < text_count; i++) copies.push_back(memory::copy(text_at(i)));
+  for (int32_t i = 0; i < text_count; ++i) copies.push_back(memory::copy(text_at(i)));
   auto table = memory::allocate_array<char *>(text_count);
   std::ranges::transform(copies, table.get(), [](memory::Text &copy) { return copy.release(); });
   return table;
@@ -203,7 +203,7 @@ void Kcleanup_parameters() {
 void Ksave_parameter_values() {
   memory::guarded([] {
     auto numbers = memory::allocate_array<int32_t>(numeric_count);
-    for (int32_t i = 0; i < numeric_count; i++)
+    for (int32_t i = 0; i < numeric_count; ++i)
       numbers.get()[i] = number(static_cast<Number>(i + 1));
     auto texts = copy_texts([](int32_t i) { return text(static_cast<Text>(i + 1)); });
     Kfree(state.saved_kparm);

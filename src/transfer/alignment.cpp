@@ -10,7 +10,7 @@ namespace klib::transfer {
 DefaultLists make_default_alignment(TargetTable &targets, size_t source_words) {
   DefaultLists lists;
   lists.reserve(targets.words.size());
-  for (size_t k = 0; k < targets.words.size(); k++) {
+  for (size_t k = 0; k < targets.words.size(); ++k) {
     auto &list = lists.emplace_back(memory::allocate_array<int32_t>(2));
     list[0] = k < source_words ? static_cast<int32_t>(k) : unaligned;
     list[1] = -1;
@@ -21,8 +21,8 @@ DefaultLists make_default_alignment(TargetTable &targets, size_t source_words) {
 
 int32_t check_alignment(int32_t *const *alignment, size_t target_words, size_t source_words) {
   size_t lists = 0;
-  for (; alignment[lists] != nullptr; lists++) {
-    for (int32_t *number = alignment[lists]; *number != -1; number++) {
+  for (; alignment[lists] != nullptr; ++lists) {
+    for (int32_t *number = alignment[lists]; *number != -1; ++number) {
       if (*number < 0) return 1;
       if (static_cast<size_t>(*number) >= source_words) *number = unaligned;
     }
@@ -38,8 +38,8 @@ AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words) 
   auto &starts = index.starts;
   starts.resize(source_words + 1);
   for (const TargetWord &target : targets.words)
-    for (const int32_t *number = target.alignment; *number != -1; number++)
-      if (names_word(*number)) starts[static_cast<size_t>(*number)]++;
+    for (const int32_t *number = target.alignment; *number != -1; ++number)
+      if (names_word(*number)) ++starts[static_cast<size_t>(*number)];
 
   // Each count becomes the end of its word's entries, and filling from the back the start. More
   // entries than 32 bits can count are more than memory can hold.
@@ -47,7 +47,7 @@ AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words) 
   for (uint32_t &start : starts) start = static_cast<uint32_t>(entries += start);
   index.targets.resize(entries);
   for (size_t k = targets.words.size(); k-- > 0;)
-    for (const int32_t *number = targets.words[k].alignment; *number != -1; number++)
+    for (const int32_t *number = targets.words[k].alignment; *number != -1; ++number)
       if (names_word(*number))
         index.targets[--starts[static_cast<size_t>(*number)]] = static_cast<uint32_t>(k);
   return index;

@@ -59,7 +59,7 @@ char *make_code(char opens, char closes) {
   auto *block = static_cast<char *>(Kmalloc(std::max(size, code_block)));
   if (block == nullptr) return nullptr;
   std::memcpy(block, code, size);
-  if (state.counter < INT32_MAX) state.counter += 1;
+  if (state.counter < INT32_MAX) ++state.counter;
   return block;
 }
 
@@ -74,14 +74,14 @@ void write_entry(int32_t index_file, int64_t position) {
   if (position > INT32_MAX) Kdisplay("The anchor text file ends beyond 2147483647 bytes.\n");
   const auto value = static_cast<uint32_t>(std::min<int64_t>(position, INT32_MAX));
   uint8_t bytes[entry_size];
-  for (int i = 0; i < entry_size; i++) bytes[i] = static_cast<uint8_t>(value >> 8 * i);
+  for (int i = 0; i < entry_size; ++i) bytes[i] = static_cast<uint8_t>(value >> 8 * i);
   Kwrite(index_file, bytes, entry_size);
 }
 
 int32_t entry(int32_t n) {
   const uint8_t *bytes = state.offsets + int64_t{n} * entry_size;
   uint32_t value = 0;
-  for (int i = 0; i < entry_size; i++) value |= uint32_t{bytes[i]} << 8 * i;
+  for (int i = 0; i < entry_size; ++i) value |= uint32_t{bytes[i]} << 8 * i;
   return static_cast<int32_t>(value);
 }
 
@@ -178,7 +178,7 @@ char *read_anchor(int32_t text_file, int32_t n) {
 }
 
 void Kcheck_all_anchors_used() {
-  for (int32_t n = 1; n <= state.count; n++) {
+  for (int32_t n = 1; n <= state.count; ++n) {
     if (state.read_flags[n - 1] == 0) Kmessage(MESSAGE_ANCHOR_LOST, n);
   }
 }

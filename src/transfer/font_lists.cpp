@@ -28,7 +28,7 @@ using Node = FontLists::Node;
 size_t place_of(const FontLists &lists, Node node) {
   const uint64_t both = uint64_t{node.lower} << 32 | node.upper;
   size_t place = static_cast<size_t>(both * 0x9E3779B97F4A7C15U >> 32);
-  for (;; place++) {
+  for (;; ++place) {
     const uint32_t there = lists.places[place &= lists.places.size() - 1];
     if (there == 0 || lists.nodes[there] == node) return place;
   }
@@ -38,7 +38,7 @@ void make_room(FontLists &lists) {
   constexpr size_t least_places = 16;
   if (2 * (lists.nodes.size() + 1) <= lists.places.size()) return;
   lists.places.assign(std::max(2 * lists.places.size(), least_places), 0);
-  for (size_t i = 1; i < lists.nodes.size(); i++)
+  for (size_t i = 1; i < lists.nodes.size(); ++i)
     lists.places[place_of(lists, lists.nodes[i])] = static_cast<uint32_t>(i);
 }
 
@@ -66,7 +66,7 @@ uint32_t with_leaf(FontLists &lists, uint32_t tree, int height, uint32_t group, 
 }
 
 uint32_t leaf_of(const FontLists &lists, uint32_t tree, uint32_t group) {
-  for (int height = lists.height; height > 0; height--) {
+  for (int height = lists.height; height > 0; --height) {
     const Node &node = lists.nodes[tree];
     tree = is_upper(group, height) ? node.upper : node.lower;
   }

@@ -66,7 +66,7 @@ const BoundaryList &list_boundaries(Placing &placing, size_t word, uint32_t befo
 
   BoundaryList list{before, after, placing.first_list[word], {}};
   const std::string_view text = placing.targets.word(word);
-  for (size_t position = 1; position < text.size(); position++)
+  for (size_t position = 1; position < text.size(); ++position)
     if (matches(text, position, before, after)) list.positions.push_back(position);
   lists.push_back(std::move(list));
   placing.first_list[word] = lists.size() - 1;
@@ -79,7 +79,7 @@ size_t nearest_boundary(Placing &placing, size_t word, size_t position, uint32_t
                         uint32_t after) {
   constexpr size_t look_around = 64;
   const std::string_view text = placing.targets.word(word);
-  for (size_t distance = 0; distance <= look_around; distance++) {
+  for (size_t distance = 0; distance <= look_around; ++distance) {
     const bool left = distance < position, right = position + distance < text.size();
     if (!left && !right) return none;
     if (left && matches(text, position - distance, before, after)) return position - distance;
@@ -129,11 +129,11 @@ size_t adjust_for_brackets(std::string_view text, size_t position) {
   };
   if (position >= 2 && at(position) == '[' && at(position - 2) == '<' &&
       is_one_of(at(position - 1), "AMCTNU"))
-    position++;
+    ++position;
   if (position >= 1 && at(position - 1) == '<' && is_one_of(at(position), "AMCTU") &&
       at(position + 1) == '[')
-    position--;
-  if (position >= 1 && at(position - 1) == ']' && at(position) == '>') position++;
+    --position;
+  if (position >= 1 && at(position - 1) == ']' && at(position) == '>') ++position;
   return position;
 }
 
@@ -158,7 +158,7 @@ memory::Vector<PlacedCode> distribute_codes(const SourceTable &source, const Tar
   Placing placing{source, targets, index_alignment(targets, source.words.size()), {}, {}, {}};
   memory::Vector<PlacedCode> placed;
   placed.reserve(source.codes.size());
-  for (size_t w = 0; w < source.words.size(); w++) {
+  for (size_t w = 0; w < source.words.size(); ++w) {
     const auto codes = source.codes_of(w);
     if (codes.empty()) continue;
     auto list = aligned_targets(placing, w);
@@ -173,7 +173,7 @@ memory::Vector<PlacedCode> distribute_codes(const SourceTable &source, const Tar
         const size_t offset = targets.words[place.word].start + place.position;
         placed.push_back({static_cast<uint32_t>(offset), number});
       }
-      number++;
+      ++number;
     }
   }
   std::sort(placed.begin(), placed.end(), [](const PlacedCode &a, const PlacedCode &b) {

@@ -46,7 +46,7 @@ FontLists note_font_states(SourceTable &source) {
   FontLists lists = make_font_lists();
   uint32_t list = 0;
   bool changed = false;
-  for (size_t w = 0; w < source.words.size(); w++) {
+  for (size_t w = 0; w < source.words.size(); ++w) {
     if (changed) list = add_font_list(lists);
     changed = false;
     source.words[w].font_state = list;
@@ -79,7 +79,7 @@ void write_code(Assembly &assembly, int32_t kind, const char *body, size_t lengt
 // The fonts in force at the first source word that the target word names.
 void prefix_font_states(Assembly &assembly, const TargetWord &target) {
   const int32_t *number = target.alignment;
-  while (*number == unaligned) number++;
+  while (*number == unaligned) ++number;
   if (*number == -1) return;
   const uint32_t list = assembly.source.words[static_cast<size_t>(*number)].font_state;
   if (list == 0) return;
@@ -94,7 +94,7 @@ void prefix_font_states(Assembly &assembly, const TargetWord &target) {
 
 void assemble_target_word(Assembly &assembly, const TargetWord &target) {
   prefix_font_states(assembly, target);
-  for (; assembly.next_code < assembly.placed.size(); assembly.next_code++) {
+  for (; assembly.next_code < assembly.placed.size(); ++assembly.next_code) {
     const PlacedCode &placed = assembly.placed[assembly.next_code];
     if (placed.offset > target.end()) return;
     const WordCode &code = assembly.source.codes[placed.code];
@@ -151,7 +151,7 @@ char *copy_fonts(std::string_view source_text, std::string_view target_text, int
   } else {
     if (check_alignment(alignment, targets.words.size(), source.words.size()) != 0)
       return without_transfer(target_text);
-    for (size_t k = 0; k < targets.words.size(); k++) targets.words[k].alignment = alignment[k];
+    for (size_t k = 0; k < targets.words.size(); ++k) targets.words[k].alignment = alignment[k];
   }
   const auto placed = distribute_codes(source, targets);
 
@@ -161,7 +161,7 @@ char *copy_fonts(std::string_view source_text, std::string_view target_text, int
   assembly.text.reserve(source_text.size() + target_text.size());
   memory::Text result = assemble_translation(assembly);
   if (kind == Alignment::default_requested) {
-    for (size_t k = 0; k < made.size(); k++) alignment[k] = made[k].release();
+    for (size_t k = 0; k < made.size(); ++k) alignment[k] = made[k].release();
     alignment[made.size()] = nullptr;
   }
   return result.release();

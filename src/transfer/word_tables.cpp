@@ -41,7 +41,7 @@ constexpr size_t reserved_words = 32, reserved_codes = 8, reserved_bodies = 64;
 template <bool wanted>
 size_t find_white(std::string_view text, size_t at) {
   const uint32_t *types = c_t;
-  while (at < text.size() && ((types[u8(text[at])] & character_types::white) != 0) != wanted) at++;
+  while (at < text.size() && ((types[u8(text[at])] & character_types::white) != 0) != wanted) ++at;
   return at;
 }
 
@@ -50,7 +50,7 @@ size_t find_text_end(std::string_view text, size_t at) {
   const uint32_t *types = c_t;
   while (at < text.size() && (types[u8(text[at])] & character_types::white) == 0 &&
          codes_in_sentence[u8(text[at])] == 0)
-    at++;
+    ++at;
   return at;
 }
 
@@ -58,11 +58,11 @@ size_t find_text_end(std::string_view text, size_t at) {
 // and is reported that many times.
 std::string_view leading_code(std::string_view text, char close, int reports) {
   size_t depth = 0;
-  for (size_t i = 1; i < text.size(); i++) {
-    if (text[i] == text[0]) depth++;
+  for (size_t i = 1; i < text.size(); ++i) {
+    if (text[i] == text[0]) ++depth;
     if (text[i] == close && depth-- == 0) return text.substr(0, i + 1);
   }
-  for (; reports > 0; reports--) {
+  for (; reports > 0; --reports) {
     Kmessage(MESSAGE_PREMATURE_END);
     Kabort_prog();
   }
@@ -91,7 +91,7 @@ void add_text(Reading &reading, std::string_view text) {
   word.has_text = true;
   if (text.empty()) return;
   auto &codes = reading.table.codes;
-  for (; reading.codes_before_text < codes.size(); reading.codes_before_text++)
+  for (; reading.codes_before_text < codes.size(); ++reading.codes_before_text)
     codes[reading.codes_before_text].after = text.front();
   reading.last_byte = text.back();
   word.text_length += static_cast<uint32_t>(text.size());
@@ -119,7 +119,7 @@ void add_segment(Reading &reading, std::string_view segment) {
   reading.table.words.back().has_text = true;
   while (!segment.empty()) {
     size_t text = 0;
-    while (text < segment.size() && codes_in_segment[u8(segment[text])] == 0) text++;
+    while (text < segment.size() && codes_in_segment[u8(segment[text])] == 0) ++text;
     if (text != 0) add_text(reading, segment.substr(0, text));
     segment.remove_prefix(text);
     if (segment.empty()) return;
@@ -146,11 +146,11 @@ void join_code_only_groups(SourceTable &table) {
   auto &words = table.words;
   size_t kept = 0;  // words that stay; their codes reach to words[i]
   bool text_before = false;
-  for (size_t i = 0; i < words.size(); i++) {
+  for (size_t i = 0; i < words.size(); ++i) {
     const bool is_group = !words[i].has_text && !table.codes_of(i).empty();
     SourceWord *last = kept == 0 ? nullptr : &words[kept - 1];
     if (is_group && text_before) {
-      for (size_t code = 0; code < table.codes_of(i).size(); code++)
+      for (size_t code = 0; code < table.codes_of(i).size(); ++code)
         table.codes[words[i].first_code + code].position = last->text_length;
     } else if (last != nullptr && !last->has_text && last->first_code != words[i].first_code) {
       last->text_length = words[i].text_length;
