@@ -18,8 +18,6 @@ static_assert(offsetof(byte_stack, base) == 0 && offsetof(byte_stack, top) == si
               offsetof(byte_stack, size) == 2 * sizeof(char *) &&
               sizeof(byte_stack) == 2 * sizeof(char *) + 8);
 
-constinit byte_stack _stack[10] = {};
-
 namespace klib::byte_stacks {
 
 namespace {
@@ -56,10 +54,12 @@ void reset() { std::ranges::fill(_stack, byte_stack{}); }
 
 }  // namespace klib::byte_stacks
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::byte_stacks;
+
+constinit byte_stack _stack[10] = {};
 
 void s_make(int32_t n, int32_t initial_size, int32_t increment) {
   byte_stack *const stack = find_stack(n);

@@ -11,10 +11,6 @@
 #include "frame/memory.h"
 #include "platform/platform.h"
 
-constinit char **_sa = nullptr;
-constinit int32_t *_ta = nullptr;
-constinit int32_t _sa_index = 0;
-
 namespace klib::double_stack {
 
 namespace {
@@ -46,10 +42,14 @@ void reset() {
 
 }  // namespace klib::double_stack
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::double_stack;
+
+constinit char **_sa = nullptr;
+constinit int32_t *_ta = nullptr;
+constinit int32_t _sa_index = 0;
 
 void init_double_stack(void) {
   _sa = a_make(slots::double_stack_texts, initial_count, increment);

@@ -74,7 +74,7 @@ void reset() {
 
 }  // namespace klib::string_arrays
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::string_arrays;

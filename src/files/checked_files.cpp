@@ -91,7 +91,7 @@ void close_stream(FILE *stream, bool complete) {
 
 }  // namespace klib::files
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::files;

@@ -46,6 +46,8 @@ const char *look_up(const char *name, const char *Language::*key, const char *La
 
 }  // namespace
 
+// Exported names
+
 const char *Klang_sh_lo(const char *short_name) {
   return look_up(short_name, &Language::short_name, &Language::long_name);
 }

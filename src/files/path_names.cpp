@@ -44,7 +44,7 @@ char *joined(std::initializer_list<std::string_view> parts) {
 
 }  // namespace klib::files
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::files;

@@ -62,12 +62,12 @@ void reset() {
 
 }  // namespace klib::counters
 
-// Exported data and operations
+// Exported names
 
 using namespace klib;
 using namespace klib::counters;
 
-int32_t _count_length[counter_count] = {};
+constinit int32_t _count_length[counter_count] = {};
 
 void init_counter(int32_t counter, int32_t start, int32_t step) {
   if (!exists(counter)) return;

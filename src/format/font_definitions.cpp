@@ -128,12 +128,12 @@ void reset() {
 
 }  // namespace klib::fonts
 
-// Exported operations and data
+// Exported names
 
 using namespace klib;
 using namespace klib::fonts;
 
-char *single_font = no_font_yet;
+constinit char *single_font = no_font_yet;
 
 int32_t P_init_fonts() {
   P_cleanup_fonts();

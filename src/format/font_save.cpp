@@ -132,7 +132,7 @@ const char *changed_packet() {
 
 }  // namespace klib::fonts
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::fonts;

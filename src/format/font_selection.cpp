@@ -109,7 +109,7 @@ memory::Array<char *> make_list(size_t count) {
 
 }  // namespace klib::fonts
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::fonts;

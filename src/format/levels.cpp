@@ -95,7 +95,7 @@ void reset() {
 
 }  // namespace klib::parser
 
-// Exported data and operations
+// Exported names
 
 using namespace klib;
 using namespace klib::parser;

@@ -160,7 +160,7 @@ int32_t Level::next() { return is_open() ? read_token(p_root[parser_level], null
 
 }  // namespace klib::parser
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::parser;

@@ -202,12 +202,12 @@ void reset() {
 
 }  // namespace klib::sentence_output
 
-// Exported data and operations
+// Exported names
 
 using namespace klib;
 using namespace klib::sentence_output;
 
-int32_t current_sentence_number = 0;
+constinit int32_t current_sentence_number = 0;
 
 void init_kti_format(int32_t numbered) {
   using parameters::Number;

@@ -77,4 +77,6 @@ asm(".text\n"
 
 void klib::abort_hook::reset() { klib_abort_hook = nullptr; }
 
+// Exported names; abort_function is above
+
 void set_abort_function(K_abort_function function) { klib_abort_hook = function; }

@@ -69,7 +69,7 @@ void reset() {
 
 }  // namespace klib::logging
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::logging;

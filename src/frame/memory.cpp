@@ -83,7 +83,7 @@ char *Buffer::detach() {
 
 }  // namespace klib::memory
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 

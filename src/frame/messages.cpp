@@ -21,6 +21,8 @@ void format_and_log(const char *format, va_list arguments) {
 
 }  // namespace
 
+// Exported names
+
 void Kdisplay(const char *format, ...) {
   va_list arguments;
   va_start(arguments, format);

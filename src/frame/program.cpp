@@ -107,7 +107,7 @@ void reset() { state = State{}; }
 
 }  // namespace klib::program
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::program;

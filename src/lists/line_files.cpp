@@ -132,7 +132,7 @@ char **read_lines(const char *name, int32_t *count) {
 
 }  // namespace klib::containers
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::containers;

@@ -11,9 +11,6 @@
 #include "lists/line_sort.h"
 #include "platform/platform.h"
 
-char **l_array = nullptr;
-int32_t l_length = 0;
-
 namespace klib::word_lists {
 
 namespace {
@@ -47,10 +44,13 @@ void reset() {
 
 }  // namespace klib::word_lists
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::word_lists;
+
+constinit char **l_array = nullptr;
+constinit int32_t l_length = 0;
 
 int32_t Klist_in(const char *name) {
   l_array = Kfile_to_array(name, &l_length);

@@ -10,14 +10,16 @@
 #include "klib.h"
 #include "parameters/parameters.h"
 
-using namespace klib;
-using namespace klib::parameters;
-
 namespace {
 
 enum UsageReason : int32_t { bad_parameter = 0, incomplete_group = 1 };
 
 }  // namespace
+
+// Exported names
+
+using namespace klib;
+using namespace klib::parameters;
 
 int32_t Kparse_command_arguments(int32_t argc, char **argv) {
   int32_t i = 1;

@@ -65,7 +65,7 @@ int32_t assign_parameter(char *assignment) {
 
 }  // namespace klib::parameters
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::parameters;

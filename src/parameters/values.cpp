@@ -13,10 +13,6 @@
 #include "parameters/parameters.h"
 #include "text/numbers.h"
 
-int32_t *kparm = nullptr;
-char **skparm = nullptr;
-int32_t last_parameter_type = 0;
-
 namespace klib::parameters {
 
 namespace {
@@ -165,10 +161,14 @@ void reset() {
 
 }  // namespace klib::parameters
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::parameters;
+
+constinit int32_t *kparm = nullptr;
+constinit char **skparm = nullptr;
+constinit int32_t last_parameter_type = 0;
 
 void Ksourcecode_defaults_for_parms(const char *directory) {
   memory::guarded([&] {

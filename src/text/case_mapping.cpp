@@ -142,7 +142,7 @@ void reset() { state = State{}; }
 
 }  // namespace klib::case_mapping
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::case_mapping;

@@ -191,7 +191,7 @@ void reset() {
 
 }  // namespace klib::character_types
 
-// Exported data and operations
+// Exported names
 
 using namespace klib;
 using namespace klib::character_types;

@@ -9,6 +9,8 @@
 #include "text/bytes.h"
 #include "text/character_types.h"
 
+// Exported names
+
 using namespace klib;
 
 void leftshift(char *s) {

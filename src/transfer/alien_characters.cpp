@@ -68,7 +68,7 @@ memory::Text with_digits(std::string_view source, std::string_view translation, 
 
 }  // namespace klib::alien_characters
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::alien_characters;

@@ -112,7 +112,7 @@ void reset() {
 
 }  // namespace klib::anchors
 
-// Exported operations
+// Exported names
 
 using namespace klib;
 using namespace klib::anchors;

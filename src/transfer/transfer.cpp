@@ -171,6 +171,8 @@ char *copy_fonts(std::string_view source_text, std::string_view target_text, int
 
 }  // namespace klib::transfer
 
+// Exported names
+
 using namespace klib;
 
 char *CopyFontsString(const char *source, const char *target, int32_t **alignment) {
