@@ -13,7 +13,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   Input input(data, size);
   fresh_library();
 
-  const std::string index_content = input.text() + input.text();
+  std::string index_content = input.text();
+  index_content += input.text();
   std::vector<int32_t> numbers;
   for (uint32_t i = input.below(8); i > 0; --i) numbers.push_back(input.number());
   scratch_file("hostile.anx",

@@ -88,7 +88,8 @@ void declare_fonts(Input &input) {
   P_init_fonts();
   for (uint32_t lines = input.below(8); lines > 0; --lines) {
     static const char *const names[] = {"FONT=", "FONTGROUPS=", "FONT-PACKET="};
-    Kmanage_parameter_line((names[input.below(3)] + input.text()).c_str());
+    const std::string name = names[input.below(3)];  // read before the value, on every compiler
+    Kmanage_parameter_line((name + input.text()).c_str());
   }
 }
 

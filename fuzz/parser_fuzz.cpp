@@ -43,9 +43,11 @@ void run_operations(Input input, FILE *stream, const std::string &text) {
       case 2:
         if (parser_level > 0) parse_from_string(text.c_str());
         break;
-      case 3:
-        parse_to(stream, input.byte(), input.byte());
+      case 3: {
+        const uint8_t line = input.byte();
+        parse_to(stream, line, input.byte());
         break;
+      }
       case 4:
         p_getchar(stream);
         break;

@@ -13,7 +13,8 @@ void run_counters(Input &input) {
   for (int i = 0; i < 6; ++i) {
     const int32_t counter =
         input.below(4) == 0 ? input.number() : static_cast<int32_t>(input.below(16));
-    init_counter(counter, input.number(), input.number());
+    const int32_t start = input.number();
+    init_counter(counter, start, input.number());
     for (uint32_t n = input.below(5); n > 0; --n) count(counter, input.number());
   }
 }

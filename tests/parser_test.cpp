@@ -165,9 +165,9 @@ TEST_F(Parser, LevelsKeepTheirPlace) {
   EXPECT_EQ(next_token(), "FONT[{98}x{99}]");
   EXPECT_EQ(p_getchar(nullptr), 'z');  // joins the token
   EXPECT_EQ(show(frame().token), "{98}x{99}z");
-  init_parser(P_FONT);
-  EXPECT_EQ(frame().token, nullptr) << "the one of the level that was closed";
   exit_parser();
+  init_parser(P_FONT);
+  EXPECT_EQ(frame().token, nullptr) << "not the one of the level that was closed";
   exit_parser();
   EXPECT_EQ(_stack[slots::parser_token].base, nullptr);
   exit_parser();

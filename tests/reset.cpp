@@ -2,21 +2,7 @@
 
 #include "tests/reset.h"
 
-#include "containers/byte_stacks.h"
-#include "containers/double_stack.h"
-#include "containers/string_arrays.h"
-#include "format/counters.h"
-#include "format/fonts.h"
-#include "format/parser.h"
-#include "format/sentence_output.h"
-#include "frame/abort_hook.h"
-#include "frame/logging.h"
-#include "frame/program.h"
-#include "lists/word_lists.h"
-#include "parameters/parameters.h"
-#include "text/case_mapping.h"
-#include "text/character_types.h"
-#include "transfer/anchors.h"
+#include "frame/resets.h"
 
 namespace klib::test {
 

@@ -5,14 +5,13 @@
 // A push that would fill the buffer therefore enlarges it first; a growth that fails leaves the
 // stack as it was, and the byte is lost.
 
-#include "containers/byte_stacks.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 
 #include "containers/growth.h"
 #include "frame/memory.h"
+#include "frame/resets.h"
 
 static_assert(offsetof(byte_stack, base) == 0 && offsetof(byte_stack, top) == sizeof(char *) &&
               offsetof(byte_stack, size) == 2 * sizeof(char *) &&

@@ -2,13 +2,12 @@
 // in array slots. The tags are 32-bit integers, 4 bytes apart, in an array made for pointers: both
 // arrays grow at the same number of entries.
 
-#include "containers/double_stack.h"
-
 #include <algorithm>
 #include <cstring>
 
 #include "containers/slots.h"
 #include "frame/memory.h"
+#include "frame/resets.h"
 #include "platform/platform.h"
 
 namespace klib::double_stack {

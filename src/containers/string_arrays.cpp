@@ -5,8 +5,6 @@
 // The room that has been allocated runs ahead of the described room, so that an array of many
 // small steps is moved a few times only; it never moves between two of those steps.
 
-#include "containers/string_arrays.h"
-
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -15,6 +13,7 @@
 #include "containers/growth.h"
 #include "containers/slots.h"
 #include "frame/memory.h"
+#include "frame/resets.h"
 
 namespace klib::string_arrays {
 

@@ -61,18 +61,14 @@ int open_file(const char *name, int flags, int mode) {
 }
 
 int32_t checked_read(int32_t count, int64_t moved) {
-  if (count < 0 || moved != count) {
-    Kmessage(MESSAGE_SHORT_READ, count, static_cast<int32_t>(moved));
-    Kabort_prog();
-  }
+  if (count < 0 || moved != count)
+    report_and_abort(MESSAGE_SHORT_READ, count, static_cast<int32_t>(moved));
   return static_cast<int32_t>(moved);
 }
 
 int32_t checked_write(int32_t count, int64_t moved) {
-  if (count < 0 || moved != count) {
-    Kmessage(MESSAGE_SHORT_WRITE, count, static_cast<int32_t>(moved));
-    Kabort_prog();
-  }
+  if (count < 0 || moved != count)
+    report_and_abort(MESSAGE_SHORT_WRITE, count, static_cast<int32_t>(moved));
   return static_cast<int32_t>(moved);
 }
 

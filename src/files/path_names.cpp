@@ -52,22 +52,19 @@ using namespace klib::files;
 char *Kfile_type(const char *name) {
   const char *dot = std::strrchr(name, '.');
   if (dot != nullptr) return string_copy(dot + 1);
-  Kmessage(MESSAGE_NAME_WITHOUT_DOT, name);
-  Kabort_prog();
+  report_and_abort(MESSAGE_NAME_WITHOUT_DOT, name);
   return nullptr;
 }
 
 char *Knew_type(const char *name, const char *type, int32_t) {
   const std::string_view whole = name;
   if (whole.size() < shortest_typed_name) {
-    Kmessage(MESSAGE_NAME_TOO_SHORT_FOR_TYPE, name, type);
-    Kabort_prog();
+    report_and_abort(MESSAGE_NAME_TOO_SHORT_FOR_TYPE, name, type);
     return nullptr;
   }
   const std::string_view stem = whole.substr(0, whole.size() - type_size);
   if (stem.back() != '.') {
-    Kmessage(MESSAGE_DOT_AT_WRONG_POSITION, name);
-    Kabort_prog();
+    report_and_abort(MESSAGE_DOT_AT_WRONG_POSITION, name);
     return nullptr;
   }
   return joined({stem, type});
@@ -110,8 +107,7 @@ char *Kcwd() {
     memory::Text buffer(static_cast<char *>(memory::allocate(working_directory_size)));
     if (platform::calls.working_directory(buffer.get(), working_directory_size) != nullptr)
       return buffer.release();
-    Kmessage(MESSAGE_NO_WORKING_DIRECTORY);
-    Kabort_prog();
+    report_and_abort(MESSAGE_NO_WORKING_DIRECTORY);
     return nullptr;
   });
 }

@@ -8,12 +8,12 @@
 // A value stops at the largest 32-bit number. The thresholds are wider, so that one beyond 32 bits
 // is never reached.
 
-#include "format/counters.h"
-
 #include <algorithm>
 #include <iterator>
 
 #include "containers/slots.h"
+#include "frame/messages.h"
+#include "frame/resets.h"
 #include "klib.h"
 #include "parameters/parameters.h"
 
@@ -36,7 +36,7 @@ constinit State state;
 
 bool exists(int32_t counter) { return counter >= 0 && counter < counter_count; }
 
-void show(int32_t value) { Kdisplay("%d ", value); }
+void show(int32_t value) { Kdisplay(MESSAGE_COUNTER_VALUE, value); }
 
 bool showing_progress() { return parameters::number(parameters::Number::show_progress) != 0; }
 
@@ -105,7 +105,7 @@ void c_exit(int32_t set0, int32_t number0, const char *format0, int32_t set1, in
   const auto &[value, step, next_power, next_display] = state.counters[slots::sentence_counter];
   if (step != 0 && value > step && value % step != 0) {
     show(value);
-    Kdisplay("\n");
+    Kdisplay(MESSAGE_END_OF_PROGRESS);
   }
   if (value == 0) {
     Kmessage(set0, number0, format0, value);

@@ -14,6 +14,7 @@
 
 #include "containers/slots.h"
 #include "format/fonts.h"
+#include "frame/resets.h"
 #include "text/bytes.h"
 
 namespace klib::fonts {

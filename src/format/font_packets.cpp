@@ -111,8 +111,7 @@ bool is_packet_selected(int32_t packet) {
       in_force = is_font_selected(found, name);
     } else {
       if (packet_check_active) {
-        Kmessage(MESSAGE_RECURSIVE_PACKET);
-        Kabort_prog();
+        report_and_abort(MESSAGE_RECURSIVE_PACKET);
       }
       in_force = !state.packet_walks[found->packet].open;
       packet_check_active = in_force && !(names > repeat_limit && was_opened(found->packet));

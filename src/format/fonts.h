@@ -138,6 +138,4 @@ inline char **checked(char **array) {
   return array;
 }
 
-void reset();
-
 }  // namespace klib::fonts

@@ -11,6 +11,8 @@
 #include "format/input.h"
 #include "format/parser.h"
 #include "frame/memory.h"
+#include "frame/messages.h"
+#include "frame/resets.h"
 
 // Programs read the frames: 17 numbers, then three pointers.
 static_assert(offsetof(parser_frame, hidden_real_column) == 16 * sizeof(int32_t));
@@ -46,7 +48,7 @@ void set_pushback_aside(parser_frame &frame) {
 
 void open_level(int32_t flags) {
   if (state.refused_levels > 0 || parser_level >= deepest_level) {
-    Kdisplay("Internal error. More than %d parser levels.\n", deepest_level);
+    Kdisplay(MESSAGE_TOO_MANY_PARSER_LEVELS, deepest_level);
     ++state.refused_levels;
     return;
   }
@@ -123,5 +125,5 @@ void exit_parser() {
   else if (is_open())
     close_level();
   else
-    Kdisplay("Internal error. No parser level to close.\n");
+    Kdisplay(MESSAGE_NO_PARSER_LEVEL);
 }

@@ -38,18 +38,13 @@ bool is_white(int32_t byte) {
   return (type & character_types::white) != 0;
 }
 
-void report_premature_end() {
-  Kmessage(MESSAGE_PREMATURE_END);
-  Kabort_prog();
-}
-
 // The bytes after the opening one, through the closing one that belongs to it.
 void read_body(parser_frame &frame, FILE *stream, const Code &code) {
   const auto ends = static_cast<uint32_t>(code.close == '\n' ? P_LINE : code.kind);
   const uint32_t marks = code.kind == P_CODE_LINE ? 0 : P_MARK_1D;
   for (size_t depth = 1; depth > 0;) {
     const int32_t byte = next_wanted(frame, stream, ends | marks);
-    if (byte < 0) return report_premature_end();
+    if (byte < 0) return report_and_abort(MESSAGE_PREMATURE_END);
     if (byte == code.close)
       --depth;
     else if (byte == code.open && code.nests)
@@ -92,7 +87,7 @@ int32_t read_code(parser_frame &frame, FILE *stream, const Code &code) {
       break;
     case P_ALIEN:
       for (int i = 0; i < codes::alien_digits; ++i)
-        if (next_byte(frame, stream) < 0) report_premature_end();
+        if (next_byte(frame, stream) < 0) report_and_abort(MESSAGE_PREMATURE_END);
       break;
     case P_SENTENCE:
       read_sentence(frame, stream, code);

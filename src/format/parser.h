@@ -48,6 +48,4 @@ class Level {
   int32_t next();  // as parse(nullptr); the token is in the frame
 };
 
-void reset();
-
 }  // namespace klib::parser

@@ -12,8 +12,6 @@
 // A whole sentence reaches the stream with one flush and without any allocation, in time linear in
 // its length whatever the width.
 
-#include "format/sentence_output.h"
-
 #include <algorithm>
 #include <charconv>
 #include <cstring>
@@ -22,6 +20,7 @@
 
 #include "containers/slots.h"
 #include "frame/messages.h"
+#include "frame/resets.h"
 #include "klib.h"
 #include "parameters/parameters.h"
 #include "platform/platform.h"

@@ -5,8 +5,7 @@
 // registered function, one for each processor architecture: it touches only a register that the
 // calling convention leaves free at a call (on x86-64 not al, which counts vector arguments).
 
-#include "frame/abort_hook.h"
-
+#include "frame/resets.h"
 #include "klib.h"
 
 extern "C" {

@@ -7,14 +7,13 @@
 // A line ends only where a message holds a line feed, so messages without one are continued by the
 // next. The file is opened for appending and flushed after every message.
 
-#include "frame/logging.h"
-
 #include <cstdio>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "frame/memory.h"
+#include "frame/resets.h"
 #include "klib.h"
 #include "parameters/parameters.h"
 #include "platform/platform.h"

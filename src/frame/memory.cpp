@@ -19,7 +19,7 @@ namespace {
 void out_of_memory() {
   Kmessage(MESSAGE_NO_MORE_MEMORY);
   if (parameters::number(parameters::Number::debug) != 0) {
-    Kdisplay("Dumping core for debugging purpose...");
+    Kdisplay(MESSAGE_DUMPING_CORE);
     platform::calls.end_process();
   }
   Kabort_prog();
@@ -89,7 +89,7 @@ using namespace klib;
 
 void *Kmalloc(uint32_t size) {
   if (size == 0) {
-    Kdisplay("Internal error. Allocating 0 bytes of memory.\n");
+    Kdisplay(MESSAGE_ALLOCATING_NOTHING);
     return nullptr;
   }
   void *block = platform::calls.allocate(size);

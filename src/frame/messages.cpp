@@ -2,11 +2,11 @@
 // catalogue, so the set and number that identify a message are accepted and not used, and the
 // operations that would open, close or load external definitions do nothing.
 
+#include "frame/messages.h"
+
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-
-#include "klib.h"
 
 namespace {
 
@@ -20,6 +20,14 @@ void format_and_log(const char *format, va_list arguments) {
 }
 
 }  // namespace
+
+void klib::report_and_abort(int32_t, int32_t, const char *format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  format_and_log(format, arguments);
+  va_end(arguments);
+  Kabort_prog();
+}
 
 // Exported names
 

@@ -1,15 +1,24 @@
-// Every catalogued message of the library: its set, its number and its built-in text, which is a
-// printf format. Each name stands for the first three arguments of Kmessage,
+// Every message of the library. A catalogued one has a set, a number and a built-in text, which is
+// a printf format; its name expands to the first three arguments of Kmessage and report_and_abort,
 //
 //     Kmessage(MESSAGE_FILE_NOT_OPENED, name);
 //
-// so that the compiler checks the arguments of every call against the text.
+// so that the compiler checks the arguments of every call against the text. One that is not
+// catalogued is the format of Kdisplay.
 #pragma once
 
-// clang-format off
+#include <cstdint>
 
-// Without set and number, for Kdisplay
-#define MESSAGE_FILE_NOT_READ              "File '%s' cannot be read.\n"
+#include "klib.h"
+
+namespace klib {
+
+// Kmessage, then Kabort_prog: the caller goes on with its failure result.
+void report_and_abort(int32_t set, int32_t number, const char *format, ...) KLIB_PRINTF(3, 4);
+
+}  // namespace klib
+
+// clang-format off
 
 // Set 1: file operations
 #define MESSAGE_FILE_NOT_OPENED            1, 102, "File '%s' cannot be opened.\n"
@@ -68,5 +77,21 @@
 
 // Set 78: parser
 #define MESSAGE_PREMATURE_END             78,   1, "Premature end of file.\n"
+
+// Not catalogued
+#define MESSAGE_ALLOCATING_NOTHING         "Internal error. Allocating 0 bytes of memory.\n"
+#define MESSAGE_DUMPING_CORE               "Dumping core for debugging purpose..."
+#define MESSAGE_TOO_MANY_FILES_PER_CALL    "Main loop cannot handle more than 4 parameters.\n"
+#define MESSAGE_NO_SUCH_PARAMETER          "Cannot get parameter type of parameter %d.\n"
+#define MESSAGE_PARAMETER_NAME             "%s\n"
+#define MESSAGE_FILE_NOT_READ              "File '%s' cannot be read.\n"
+#define MESSAGE_TOO_MANY_PARSER_LEVELS     "Internal error. More than %d parser levels.\n"
+#define MESSAGE_NO_PARSER_LEVEL            "Internal error. No parser level to close.\n"
+#define MESSAGE_COUNTER_VALUE              "%d "
+#define MESSAGE_END_OF_PROGRESS            "\n"
+#define MESSAGE_ANCHOR_TEXT_TOO_LONG       "An anchor is stored without its text: the anchor text file is full.\n"
+#define MESSAGE_ANCHOR_FILE_TOO_LONG       "The anchor text file ends beyond 2147483647 bytes.\n"
+#define MESSAGE_NO_SUCH_ANCHOR             "Internal error. There is no anchor #%d.\n"
+#define MESSAGE_ANCHOR_ENDS_TOO_EARLY      "Internal error. Anchor #%d ends before it begins.\n"
 
 // clang-format on

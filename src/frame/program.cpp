@@ -11,6 +11,7 @@
 
 #include "frame/memory.h"
 #include "frame/messages.h"
+#include "frame/resets.h"
 #include "klib.h"
 #include "parameters/parameters.h"
 #include "platform/platform.h"
@@ -94,7 +95,7 @@ bool process_group(int32_t count, char **names, int32_t names_left, K_process_fu
   Kinit_parameters();
   Kread_all_parameter_files(names[0]);
   if (call_process(process, count, names)) return true;
-  Kdisplay("Main loop cannot handle more than 4 parameters.\n");
+  Kdisplay(MESSAGE_TOO_MANY_FILES_PER_CALL);
   Kabort_prog();
   return false;
 }

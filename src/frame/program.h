@@ -6,6 +6,4 @@ namespace klib::program {
 // The name that the main loop was given, or null. Not copied: it is the program's own text.
 [[nodiscard]] const char *name();
 
-void reset();
-
 }  // namespace klib::program

@@ -45,8 +45,7 @@ memory::Text read_whole(const char *name, int32_t descriptor, int32_t size) {
   const size_t arrived = static_cast<size_t>(std::max<int64_t>(read, 0));
   std::memset(buffer.get() + arrived, 0, bytes + 1 - arrived);
   if (read < size) {
-    Kmessage(MESSAGE_LIST_FILE_READ_SHORT, name, static_cast<int32_t>(read), size);
-    Kabort_prog();
+    report_and_abort(MESSAGE_LIST_FILE_READ_SHORT, name, static_cast<int32_t>(read), size);
   }
   return buffer;
 }

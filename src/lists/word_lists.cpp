@@ -1,12 +1,11 @@
 // The word list: the lines of one file, loaded, sorted, searched and written back. Programs see it
 // as l_array and l_length; the regular-expression searches use its lines as their expressions.
 
-#include "lists/word_lists.h"
-
 #include <cstring>
 
 #include "files/checked_files.h"
 #include "frame/memory.h"
+#include "frame/resets.h"
 #include "klib.h"
 #include "lists/line_sort.h"
 #include "platform/platform.h"

@@ -41,7 +41,8 @@ void Kusage(int32_t reason, int32_t group_size) {
   } else {
     Kmessage(MESSAGE_LEGAL_PARAMETERS);
     for (int32_t number = 1; number <= numeric_count + text_count; ++number)
-      if (parameter_name(number)[0] != '\0') Kdisplay("%s\n", parameter_name(number));
+      if (parameter_name(number)[0] != '\0')
+        Kdisplay(MESSAGE_PARAMETER_NAME, parameter_name(number));
   }
   Kabort_prog();
 }

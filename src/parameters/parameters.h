@@ -81,6 +81,4 @@ void store_language(std::string_view language);
 // above.
 int32_t set_parameter(int32_t number, char *value);
 
-void reset();
-
 }  // namespace klib::parameters

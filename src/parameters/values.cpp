@@ -9,6 +9,8 @@
 #include <cstring>
 
 #include "frame/memory.h"
+#include "frame/messages.h"
+#include "frame/resets.h"
 #include "klib.h"
 #include "parameters/parameters.h"
 #include "text/numbers.h"
@@ -119,7 +121,7 @@ int32_t parameter_type(int32_t number) {
   if (number >= 1 && number <= numeric_count) return numeric_definitions[number - 1].type;
   if (number > numeric_count && number <= numeric_count + text_count)
     return text_definitions[number - numeric_count - 1].type;
-  Kdisplay("Cannot get parameter type of parameter %d.\n", number);
+  Kdisplay(MESSAGE_NO_SUCH_PARAMETER, number);
   return 0;
 }
 

@@ -5,8 +5,6 @@
 // Which bytes uppercase_string changes is asked of the active character types, what they become of
 // the active upper-case table: the two are chosen independently.
 
-#include "text/case_mapping.h"
-
 #include <array>
 #include <bit>
 #include <cctype>
@@ -15,6 +13,7 @@
 #include <span>
 #include <string_view>
 
+#include "frame/resets.h"
 #include "text/bytes.h"
 #include "text/character_types.h"
 

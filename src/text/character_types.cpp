@@ -11,6 +11,7 @@
 #include <span>
 
 #include "frame/memory.h"
+#include "frame/resets.h"
 #include "text/bytes.h"
 
 namespace klib::character_types {

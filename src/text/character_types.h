@@ -40,6 +40,4 @@ void choose(std::string_view language);
 // One of the library's own tables, whose words never change; programs may install others.
 [[nodiscard]] bool is_built_in(const uint32_t *table);
 
-void reset();
-
 }  // namespace klib::character_types

@@ -14,8 +14,6 @@
 // Nothing in an index is trusted. A text is as long as its entries say only as far as the text file
 // has that many bytes, and no more memory is taken than that.
 
-#include "transfer/anchors.h"
-
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
@@ -24,6 +22,7 @@
 
 #include "files/checked_files.h"
 #include "frame/messages.h"
+#include "frame/resets.h"
 #include "klib.h"
 #include "platform/platform.h"
 
@@ -71,7 +70,7 @@ int64_t move_to_end(int32_t text_file) {
 }
 
 void write_entry(int32_t index_file, int64_t position) {
-  if (position > INT32_MAX) Kdisplay("The anchor text file ends beyond 2147483647 bytes.\n");
+  if (position > INT32_MAX) Kdisplay(MESSAGE_ANCHOR_FILE_TOO_LONG);
   const auto value = static_cast<uint32_t>(std::min<int64_t>(position, INT32_MAX));
   uint8_t bytes[entry_size];
   for (int i = 0; i < entry_size; ++i) bytes[i] = static_cast<uint8_t>(value >> 8 * i);
@@ -98,8 +97,7 @@ int32_t bytes_there(int32_t text_file, int32_t length) {
 int32_t read_short(int32_t text_file, char *buffer, int32_t room, int32_t length) {
   const auto got =
       static_cast<int32_t>(files::read_once(text_file, buffer, static_cast<size_t>(room)));
-  Kmessage(MESSAGE_SHORT_READ, length, got);
-  Kabort_prog();
+  report_and_abort(MESSAGE_SHORT_READ, length, got);
   return got;
 }
 
@@ -128,7 +126,7 @@ void store_anchor(int32_t text_file, int32_t index_file, const char *text) {
   const size_t length = std::strlen(text);
   const int64_t room = INT32_MAX - std::max<int64_t>(position, 0);
   if (room < 0 || length > static_cast<size_t>(room)) {
-    Kdisplay("An anchor is stored without its text: the anchor text file is full.\n");
+    Kdisplay(MESSAGE_ANCHOR_TEXT_TOO_LONG);
   } else {
     Kwrite(text_file, text, static_cast<int32_t>(length));
   }
@@ -154,14 +152,14 @@ void read_anchor_indexes(int32_t index_file) {
 
 char *read_anchor(int32_t text_file, int32_t n) {
   if (n < 1 || n >= state.entries) {
-    Kdisplay("Internal error. There is no anchor #%d.\n", n);
+    Kdisplay(MESSAGE_NO_SUCH_ANCHOR, n);
     return nullptr;
   }
   if (state.read_flags[n - 1] == 1) Kmessage(MESSAGE_ANCHOR_READ_TWICE, n);
   const int64_t start = entry(n - 1);
   const int64_t wanted = std::abs(int64_t{entry(n)}) - start;
   if (wanted < 0) {
-    Kdisplay("Internal error. Anchor #%d ends before it begins.\n", n);
+    Kdisplay(MESSAGE_ANCHOR_ENDS_TOO_EARLY, n);
     return nullptr;
   }
   const auto length = static_cast<int32_t>(std::min<int64_t>(wanted, INT32_MAX));

@@ -62,10 +62,7 @@ std::string_view leading_code(std::string_view text, char close, int reports) {
     if (text[i] == text[0]) ++depth;
     if (text[i] == close && depth-- == 0) return text.substr(0, i + 1);
   }
-  for (; reports > 0; --reports) {
-    Kmessage(MESSAGE_PREMATURE_END);
-    Kabort_prog();
-  }
+  for (; reports > 0; --reports) report_and_abort(MESSAGE_PREMATURE_END);
   return text;
 }
 

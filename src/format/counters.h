@@ -1,8 +1,0 @@
-// The counters inside the library.
-#pragma once
-
-namespace klib::counters {
-
-void reset();
-
-}  // namespace klib::counters

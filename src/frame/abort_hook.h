@@ -1,8 +1,0 @@
-// The program's abort hook inside the library.
-#pragma once
-
-namespace klib::abort_hook {
-
-void reset();
-
-}  // namespace klib::abort_hook

@@ -1,8 +1,0 @@
-// Anchors inside the library.
-#pragma once
-
-namespace klib::anchors {
-
-void reset();
-
-}  // namespace klib::anchors
