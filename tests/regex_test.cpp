@@ -282,15 +282,48 @@ TEST_F(RegularExpressions, CountsAreExactAcrossBlocks) {
 }
 
 TEST_F(RegularExpressions, NoExpressionTakesForever) {
-  const std::string text = repeated("x", 100000) + "zy", short_text = repeated("x", 1000) + "zy";
+  const std::string text = repeated("x", 100000) + "zy";
   for (const std::string &expression :
        {repeated("x*", 40) + "y=", repeated("x\\{0,255\\}", 31) + "=",
         repeated(".\\{1,255\\}", 40) + "=", repeated(".*", 60) + "=", repeated("x", 61) + "=",
         "x" + repeated("[^=]", 6) + "x="})
     EXPECT_EQ(search_one(expression, text), -1) << expression;
-  for (const char *expression : {"\\(xx*\\)x*x*\\1y", "x*\\(x*\\)x*x*z\\1z*\\1*zy",
-                                 "\\(x*x*.*\\).*.*\\1\\{2,\\}x=", "\\(x..*\\).*\\1y"})
-    EXPECT_EQ(search_one(expression, short_text), -1) << expression;
+}
+
+// One back-reference in a long text, of which nothing but it decides.
+TEST_F(RegularExpressions, OneBackReferenceIsDecidedInLongTexts) {
+  const int half = 40000;
+  const std::string even = repeated("x", 2 * half), odd = even + "x",
+                    words = repeated("abcde ", half / 2);
+  const std::tuple<const char *, std::string, bool> rows[] = {
+      {"\\(x*\\)x*\\1y", even + "y", true},
+      {"\\(x*\\)x*\\1zy", even + "zy", true},
+      {"\\(xx*\\)x*\\1y", even + "zy", false},
+      {"\\([xz]*\\)x*\\1y", even + "zy", true},
+      {"^\\(xx*\\)\\1$", even, true},
+      {"^\\(xx*\\)\\1$", odd, false},
+      {"^\\(xx*\\)\\1y", odd + "y", false},
+      {"\\(xx*\\)\\1y", odd + "y", true},
+      {"\\(xx*\\)x*x*\\1y", even + "zy", false},
+      {"x*\\(x*\\)x*x*z\\1z*\\1*zy", even + "zy", false},
+      {"\\(x*x*.*\\).*.*\\1\\{2,\\}x=", even + "zy", false},
+      {"\\(x..*\\).*\\1y", even + "zy", false},
+      {"\\(a.*e\\) \\1b", words, false},
+      {"^\\(a.*e \\)\\1$", words, true},
+      {"^\\(a.*\\)f*\\1a", words, true},
+  };
+  for (const auto &[expression, text, matches] : rows)
+    EXPECT_EQ(search_one(expression, text) == 0, matches) << expression << ", " << text.size();
+}
+
+TEST_F(RegularExpressions, TwoBackReferencesTakeQuadraticTime) {
+  const std::string text = repeated("x", 1501);
+  for (const auto &[expression, behind, matches] : {std::tuple("\\(x*\\)x*\\1x*\\1zy", "zy", true),
+                                                    {"\\(xx*\\)x*\\1x*\\1y", "zy", false},
+                                                    {"\\(xx*\\)\\(xx*\\)\\1\\2y", "y", true},
+                                                    {"^\\(xx*\\)\\(xx*\\)\\1\\2$", "", false},
+                                                    {"^\\(xx*\\)\\1\\1$", "x", false}})
+    EXPECT_EQ(search_one(expression, text + behind) == 0, matches) << expression;
 }
 
 TEST_F(RegularExpressions, SearchesGoThroughTheirLists) {

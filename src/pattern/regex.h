@@ -125,6 +125,9 @@ class Bitmap {
       words_[last / 64] |= to;
     }
   }
+  void add(const Bitmap &other) {
+    for (size_t i = 0; i < words_.size(); ++i) words_[i] |= other.words_[i];
+  }
   void invert() {
     for (uint64_t &word : words_) word = ~word;
   }

@@ -1,10 +1,15 @@
 // The backtracking matcher.
 //
-// Goes through the items one by one. A repeated item first takes as much as it can; when the items
-// after it fail, it gives back one repetition after the other down to its least count, the
-// innermost repetition first. Where only one byte can follow, ends at which another byte stands are
+// Goes through the items one by one. A repeated item first takes as little as it may; when the
+// items after it fail, it takes one repetition after the other up to as many as it can, the
+// innermost repetition first. (Only whether there is a match counts, and short texts of groups are
+// more likely to come again.) Where only one byte can follow, ends at which another byte stands are
 // passed over. No recursion: each repetition is one frame, so that the stack needed depends on the
 // expression alone.
+//
+// Before a back-reference is compared, the items after it are looked at as far as the texts of
+// their groups are known: a literal, or the end of the text, at the wrong distance saves the
+// comparison.
 //
 // A back-reference to a group that is still open, as in \(\(a\)\1\), has no text yet and matches
 // nothing, like one to a group that matched the empty string.
@@ -30,10 +35,10 @@ bool is_word_byte(uint8_t byte) {
 
 namespace {
 
-// A repetition that can still give something back.
+// A repetition that can still take more.
 struct Frame {
   const uint8_t *next;      // the item after it
-  const uint8_t *shortest;  // its end with the least count
+  const uint8_t *longest;   // its end with the greatest count
   const uint8_t *at;        // the end to be tried next,
   bool left;                // if there is one
   size_t step;              // between two ends
@@ -87,12 +92,34 @@ bool find_run(const Subject &subject, const Groups &groups, const uint8_t *item,
 }
 
 // Moves to the next end that is worth a try.
-bool give_back(Frame &frame, const uint8_t *&position) {
+bool take_more(Frame &frame, const uint8_t *&position) {
   while (frame.left) {
     position = frame.at;
-    frame.left = frame.at != frame.shortest;
-    if (frame.left) frame.at -= frame.step;
+    frame.left = frame.at != frame.longest;
+    if (frame.left) frame.at += frame.step;
     if (frame.follower == nullptr || consumes(frame.follower, *position)) return true;
+  }
+  return false;
+}
+
+// Whether the items from a back-reference on can match at the position by the lengths of what they
+// match, as far as these are known, and by the literals among them.
+bool lengths_fit(const Subject &subject, const Groups &groups, const uint8_t *item,
+                 const uint8_t *position) {
+  const auto length = static_cast<size_t>(position - subject.text);
+  for (size_t at = length; at <= subject.length; item = next_item(item)) {
+    switch (*item) {
+      case back_reference:
+        at += group_text(groups, item).size();
+        break;
+      case literal:
+        if (subject.text[at++] != item[1]) return false;
+        break;
+      case end_anchor:
+        return at == subject.length;
+      default:
+        return true;
+    }
   }
   return false;
 }
@@ -114,7 +141,9 @@ bool match_once(const Subject &subject, Groups &groups, const uint8_t *item,
     case word_end:
       return !is_word_byte(*position);
     case back_reference: {
+      if (!lengths_fit(subject, groups, item, position)) return false;
       const std::string_view text = group_text(groups, item);
+      groups.steps_left -= std::min<uint64_t>(groups.steps_left, text.size() / 64);
       if (!stands_at(text, subject, position)) return false;
       position += text.size();
       return true;
@@ -164,9 +193,9 @@ bool regex_match_at(const Subject &subject, Groups &groups, const uint8_t *posit
         position = run.longest;
         continue;
       }
-      frames[depth++] = {item, run.shortest, run.longest, true, run.step, deciding_item(item)};
+      frames[depth++] = {item, run.longest, run.shortest, true, run.step, deciding_item(item)};
     }
-    while (depth != 0 && !give_back(frames[depth - 1], position)) --depth;
+    while (depth != 0 && !take_more(frames[depth - 1], position)) --depth;
     if (depth == 0) return false;
     item = frames[depth - 1].next;
   }

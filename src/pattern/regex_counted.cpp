@@ -103,6 +103,8 @@ void find_references(Walk &walk) {
           ++walk.references;
           ++stretch;
           walk.reference = {item, group.start, group.stop};
+          walk.held[item[1]] = bytes_held(group.start, group.stop);
+          walk.set_of_group[item[1]] = no_set;
         }
         break;
       }

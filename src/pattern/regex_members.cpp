@@ -17,16 +17,15 @@ namespace {
 
 size_t lowest(uint64_t bits) { return static_cast<size_t>(std::countr_zero(bits)); }
 
-Set make_set(Walk &walk, const uint8_t *item) {
-  const size_t at = offset(walk, item);
-  set_made(walk.sets_made, at);
-  walk.set_of[at] = static_cast<uint8_t>(walk.sets);
-  Set &set = walk.set[walk.sets++];
-  Bitmap bitmap(item + 1, operand_size(plain(*item)));
+Bitmap bytes_of_set(const uint8_t *item) { return {item + 1, operand_size(plain(*item))}; }
+
+// Adds a set as its ranges. Result: its number.
+uint8_t add_set(Walk &walk, Bitmap bitmap) {
+  constexpr size_t words = 4;
   bitmap.put_nul(false);  // is not inside the text
   size_t firsts = walk.ranges, lasts = walk.ranges;
+  Set &set = walk.set[walk.sets];
   set.first = static_cast<uint16_t>(walk.ranges);
-  const size_t words = operand_size(plain(*item)) / 8;
   for (size_t i = 0; i < words; ++i) {
     const uint64_t word = bitmap.word(i);
     const uint64_t below = i != 0 ? bitmap.word(i - 1) >> 63 : 0;
@@ -38,12 +37,21 @@ Set make_set(Walk &walk, const uint8_t *item) {
   }
   walk.ranges = firsts;
   set.past = static_cast<uint16_t>(walk.ranges);
-  return set;
+  return static_cast<uint8_t>(walk.sets++);
 }
 
-Set set_at(Walk &walk, const uint8_t *item) {
+uint64_t within_set(const Walk &walk, uint8_t number, const Block &block) {
+  const Set set = walk.set[number];
+  return within(block, &walk.range[set.first], static_cast<size_t>(set.past - set.first));
+}
+
+uint8_t set_at(Walk &walk, const uint8_t *item) {
   const size_t at = offset(walk, item);
-  return is_made(walk.sets_made, at) ? walk.set[walk.set_of[at]] : make_set(walk, item);
+  if (!is_made(walk.sets_made, at)) {
+    set_made(walk.sets_made, at);
+    walk.set_of[at] = add_set(walk, bytes_of_set(item));
+  }
+  return walk.set_of[at];
 }
 
 // Whether these are so few positions, at most four, that it is best to look at each.
@@ -88,9 +96,39 @@ uint64_t members_of(Walk &walk, const uint8_t *item, const Block &block) {
     default:
       break;
   }
-  const Set set = set_at(walk, item);
-  const uint64_t bits = within(block, &walk.range[set.first], set.past - set.first);
+  const uint64_t bits = within_set(walk, set_at(walk, item), block);
   return plain(*item) == negated_set ? ~bits & block.inside : bits;
+}
+
+Bitmap bytes_held(const uint8_t *item, const uint8_t *past) {
+  Bitmap held;
+  for (; item != past; item = next_item(item)) {
+    switch (const Code code = plain(*item)) {
+      case literal:
+        held.add(item[1]);
+        break;
+      case any:
+      case back_reference:
+        held.add(1, 255);
+        break;
+      case negated_set: {
+        Bitmap others = bytes_of_set(item);
+        others.invert();
+        held.add(others);
+        break;
+      }
+      default:
+        if (code == set || code == wide_set) held.add(bytes_of_set(item));
+    }
+  }
+  return held;
+}
+
+uint64_t members_of_group(Walk &walk, const uint8_t *reference, const Block &block) {
+  const uint8_t group = reference[1];
+  uint8_t &number = walk.set_of_group[group];
+  if (number == no_set) number = add_set(walk, walk.held[group]);
+  return within_set(walk, number, block);
 }
 
 uint64_t members_among(Walk &walk, const uint8_t *item, const Block &block, uint64_t positions) {

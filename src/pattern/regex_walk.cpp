@@ -15,8 +15,8 @@
 //
 // $, \<, \> leave the positions at which they hold, groups leave all. A back-reference that always
 // has the same length n and the same distance from its group is counted, n times, with C the bytes
-// that equal those at that distance before them. Any other is taken for a star of any bytes, so
-// that for expressions with such a one only the answer "no" is certain.
+// that equal those at that distance before them. Any other is taken for a star of the bytes that
+// its group can match, so that for expressions with such a one only the answer "no" is certain.
 //
 // Tested by regex_test.cpp.
 
@@ -38,7 +38,7 @@ uint64_t advance_once(uint64_t positions, uint64_t members, uint8_t &carry) {
 uint64_t advance_reference(Walk &walk, const uint8_t *item, const Block &block, uint64_t positions,
                            uint8_t &carry) {
   if (!is_made(walk.windows_made, offset(walk, item)))
-    return advance_star(positions, block.inside, carry);
+    return advance_star(positions, members_of_group(walk, item, block), carry);
   Window &window = window_at(walk, item);
   return advance_counted(positions, equal_at_distance(block, window.distance), window, carry);
 }
@@ -90,6 +90,8 @@ void begin_backward(Walk &walk, Expression &turned, const Walk &forward) {
   turned.references = 0;
   begin(walk, turned);
   walk.backward = true;
+  walk.held = forward.held;
+  walk.set_of_group.fill(no_set);
   for (const uint8_t *item = forward.items; item != forward.end_item; item = next_item(item)) {
     to -= next_item(item) - item;
     std::copy(item, next_item(item), to);

@@ -21,6 +21,8 @@ struct Set {
   uint16_t first, past;
 };
 
+inline constexpr uint8_t no_set = UINT8_MAX;
+
 // An item that is counted, and its state between two blocks.
 struct Window {
   Counts counts;
@@ -56,8 +58,10 @@ struct Walk {
   std::array<uint8_t, block_size> tail;  // the last block, when the text ends in it
   size_t references;                     // back-references whose text can vary in length
   Reference reference;                   // the last of them
-  std::array<Set, form_size / 17> set;
-  std::array<Range, form_size * 4> range;
+  std::array<Bitmap, most_groups> held;  // the bytes that the texts of each such group may have
+  std::array<uint8_t, most_groups> set_of_group;  // the set of these bytes, or no_set
+  std::array<Set, form_size / 17 + most_groups> set;
+  std::array<Range, form_size * 4 + most_groups * 128> range;
   std::array<Window, form_size / 2> window;
 };
 
@@ -71,7 +75,11 @@ inline constexpr uint64_t all_positions = ~uint64_t{0};
 
 // The bytes of a block that an item consumes.
 [[nodiscard]] uint64_t members_of(Walk &walk, const uint8_t *item, const Block &block);
-// As far as they are among the positions.
+// The bytes that the items [item, past) can consume.
+[[nodiscard]] Bitmap bytes_held(const uint8_t *item, const uint8_t *past);
+// The bytes of a block that the group of a back-reference can match.
+[[nodiscard]] uint64_t members_of_group(Walk &walk, const uint8_t *reference, const Block &block);
+// The bytes that an item consumes, as far as they are among the positions.
 [[nodiscard]] uint64_t members_among(Walk &walk, const uint8_t *item, const Block &block,
                                      uint64_t positions);
 // The positions among these where a word starts or ends.
@@ -113,12 +121,12 @@ uint64_t advance(Walk &walk, const uint8_t *first, const uint8_t *past, const Bl
                  uint64_t positions);
 
 // Whether the expression, which begins with the stretch, matches somewhere, each back-reference
-// whose text can vary in length standing for any bytes.
+// whose text can vary in length standing for any bytes that its group can match.
 [[nodiscard]] bool may_match(Walk &walk, bool anchored, const Stretch &start,
                              const Subject &subject);
 
 // Decides an expression with exactly one such back-reference, on a text of at most this length.
-inline constexpr size_t longest_for_sets = 16384;
+inline constexpr size_t longest_for_sets = 131072;
 [[nodiscard]] bool match_one_reference(Walk &walk, bool anchored, const Subject &subject);
 
 }  // namespace klib::regex
