@@ -1,6 +1,8 @@
 // kshow shows a file with format codes to a person, a token a line. Bytes are shown as characters
 // of the language's code page where they are visible ones, else in braces: {94} is the byte 0x94.
 // A sentence is shown with the tokens inside it; so every byte of the file is shown once.
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -11,8 +13,10 @@
 
 #include "programs/common/code_page.h"
 #include "programs/common/input_file.h"
+#include "programs/common/output_file.h"
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
+#include "programs/report/report.h"
 
 namespace klib::programs {
 namespace {
@@ -178,6 +182,40 @@ void show(const char *given_name) {
   if (job->cut > 0) report(name, 0, "%lld codes are cut off", static_cast<long long>(job->cut));
 }
 
+const char *html, *result, *alignment;  // the values of options
+
+// The anchor file beside a sentence file, if there is one.
+std::string anchors_beside(const char *name) {
+  if (!has_type(name)) return {};
+  const std::string anchors = with_type(name, "anc");
+  return access(anchors.c_str(), R_OK) == 0 ? anchors : std::string();
+}
+
+// Writes a report of sentence files, the first one with its result and alignment.
+void show_as_report(std::span<const char *const> names) {
+  if (names.empty()) fail("kshow", 0, "no file names");
+  if (names.size() > 1 && (result || alignment))
+    fail("kshow", 0, "--result and --alignment are for one FILE");
+  OutputFile file(html);
+  std::string body;
+  ReportTotals totals;
+  for (const char *name : names) {
+    ReportPage page;
+    page.name = page.coded = name;
+    page.anchors = anchors_beside(name);
+    page.language = parameter(TextParameter::language);
+    page.target_language = parameter(TextParameter::target_language);
+    if (result) page.result_name = page.carried = result;
+    if (alignment) page.alignment = alignment;
+    append_page(page, body, totals);
+  }
+  file.write(report_begin(names.size() == 1 ? names[0] : "Sentences", totals));
+  file.write(body);
+  file.write(report_end());
+  file.finish();
+  file.publish();
+}
+
 constexpr const char *purpose =
     "Shows a file with format codes on standard output, a token a line: where it\n"
     "begins, as LINE:COLUMN of the bytes (raw) and of what a reader would see (real),\n"
@@ -185,14 +223,23 @@ constexpr const char *purpose =
 
 constexpr Parameter parameters[] = {
     {"LANGUAGE", "NAME", "the language of FILE (GERMAN)"},
+    {"TARGET-LANGUAGE", "NAME", "that of the file of --result (ENGLISH)"},
+};
+
+constexpr Job report_job = job<show_as_report, Job::any_files>;
+constexpr Option options[] = {
+    {"html", "REPORT", &html, "write the sentences as an HTML page for people", &report_job},
+    {"result", "OUT.kti", &result, "with --html: the translated sentences beside them"},
+    {"alignment", "FILE", &alignment, "with --html: the pairs i-j between both"},
 };
 
 }  // namespace
 
 const Program kshow = {.name = "kshow",
-                       .files = "FILE ...",
+                       .files = "FILE ...\n--html REPORT FILE ...",
                        .purpose = purpose,
                        .parameters = parameters,
+                       .options = options,
                        .job = job<show, 1>};
 
 }  // namespace klib::programs

@@ -13,6 +13,7 @@
 #include "programs/common/program.h"
 #include "programs/translate/align_pages.h"
 #include "programs/translate/interruption.h"
+#include "programs/translate/page_report.h"
 #include "programs/translate/result_names.h"
 #include "programs/translate/sentences.h"
 #include "programs/translate/temporary_folder.h"
@@ -21,7 +22,7 @@
 namespace klib::programs {
 namespace {
 
-const char *engine, *translation, *cache_name, *folder, *encoding;
+const char *engine, *translation, *cache_name, *folder, *encoding, *html;
 bool copy, marks_unknown;
 int64_t jobs, timeout;
 
@@ -30,6 +31,8 @@ constexpr std::string_view apertium_prefix = "apertium:";
 // A run over its pages.
 struct Run {
   std::vector<PageFiles> pages;
+  std::string folder;  // of the files between the steps, with '/'
+  RunNotes notes;
   int64_t jobs = 1;
   int64_t sentences = 0, answered = 0;
   size_t pages_done = 0;
@@ -103,17 +106,22 @@ void show_run(const Run &run) {
   show_progress_line(line);
 }
 
-// The name for people of a file of a page's job.
-std::string name_for_people(const Run &run, const std::string &file) {
-  for (const PageFiles &page : run.pages)
-    if (file.starts_with(page.base)) return page.page;
-  return file;
+// What a page's job has told of a file between the steps, as told of the page. Lines of such files
+// mean nothing to a person, but those of translations and alignments count sentences.
+Place place_for_people(const Run &run, const Place &place) {
+  const std::string_view file(place.file);
+  if (!file.starts_with(run.folder)) return place;
+  const auto number = static_cast<size_t>(atoll(place.file + run.folder.size()));
+  const PageFiles &page = run.pages[std::min(number, run.pages.size() - 1)];
+  const bool counts = file == page.translation() || file == page.alignment();
+  const int64_t sentence =
+      counts && place.line > 0 ? sentence_number(place.line - 1) : place.sentence;
+  return {page.page.c_str(), 0, sentence};
 }
 
-void run_on_pages(Run &run, std::vector<Task> &tasks) {
+void run_on_pages(Run &run, std::vector<Task> &tasks, const std::function<void(size_t)> &ended) {
   run_tasks(
-      tasks, run.jobs, [&](const std::string &file) { return name_for_people(run, file); },
-      [&](size_t) { show_run(run); });
+      tasks, run.jobs, [&](const Place &place) { return place_for_people(run, place); }, ended);
 }
 
 void set_encoding() {
@@ -135,7 +143,7 @@ void extract_pages(Run &run) {
                        set_encoding();
                        run_job(kextract, {page.coded(), page.page});
                      }});
-  run_on_pages(run, tasks);
+  run_on_pages(run, tasks, [&](size_t) { show_run(run); });
   for (size_t i = 0; i < tasks.size(); i++) {
     PageFiles &page = run.pages[i];
     page.is_extracted = tasks[i].is_done;
@@ -178,18 +186,22 @@ void finish_page(const PageFiles &page) {
 
 void finish_pages(Run &run) {
   std::vector<Task> tasks;
-  for (const PageFiles &page : run.pages)
-    if (page.is_translated)
-      tasks.push_back({page.page, page.records(), [&page] { finish_page(page); },
-                       [&page] { make_folders(page.result); }});
-  run_tasks(
-      tasks, run.jobs, [&](const std::string &file) { return name_for_people(run, file); },
-      [&](size_t done) {
-        run.pages_done = done;
-        show_run(run);
-      });
-  run.pages_done = static_cast<size_t>(
-      std::count_if(tasks.begin(), tasks.end(), [](const Task &task) { return task.is_done; }));
+  std::vector<PageFiles *> pages;  // of the tasks
+  for (PageFiles &page : run.pages) {
+    if (!page.is_translated) continue;
+    pages.push_back(&page);
+    tasks.push_back({page.page, page.records(), [&page] { finish_page(page); },
+                     [&page] { make_folders(page.result); }});
+  }
+  run_on_pages(run, tasks, [&](size_t done) {
+    run.pages_done = done;
+    show_run(run);
+  });
+  run.pages_done = 0;
+  for (size_t i = 0; i < tasks.size(); i++) {
+    pages[i]->is_finished = tasks[i].is_done;
+    run.pages_done += tasks[i].is_done ? 1 : 0;
+  }
 }
 
 void translate(std::span<const char *const> names) {
@@ -200,12 +212,15 @@ void translate(std::span<const char *const> names) {
   run.jobs = jobs > 0 ? jobs : std::max<int64_t>(std::thread::hardware_concurrency(), 1);
   const Interruptible interruptible;
   const TemporaryFolder temporary;
+  run.folder = temporary.name() + "/";
   for (size_t i = 0; i < run.pages.size(); i++)
-    run.pages[i].base = temporary.name() + "/" + std::to_string(i) + "_page";
+    run.pages[i].base = run.folder + std::to_string(i) + "_page";
+  const Listening listening(html ? &run.notes : nullptr);
   extract_pages(run);
   translate_pages(run);
   align_pages(run.pages, static_cast<int>(run.jobs));
   finish_pages(run);
+  if (html) write_report(html, run.pages, run.notes, encoding ? encoding : "");
   if (run.pages.size() > 1)
     note("ktranslate", 0, "%zu of %zu pages translated, %lld sentences", run.pages_done,
          run.pages.size(), static_cast<long long>(run.sentences));
@@ -231,6 +246,7 @@ constexpr Option options[] = {
     {"copy", nullptr, &copy, "no engine: each page with its own text, to check its markup"},
     {"out-dir", "DIR", &folder, "the folder of the results; then every name is a page"},
     {"cache", "FILE", &cache_name, "keep translations there, and do not ask for them again"},
+    {"html", "FILE", &html, "a report: every sentence with its result and what was told of it"},
     {"jobs", "N", NumberOption{&jobs, 0, 0, 1024}, "pages at a time (0: as many as processors)"},
     {"timeout", "SECONDS", NumberOption{&timeout, 600, 0, 1000000},
      "give up an engine that is silent for so long (600; 0: never)"},

@@ -22,6 +22,7 @@ struct PageFiles {
   int64_t sentences = 0;  // after extraction
   bool is_extracted = false;
   bool is_translated = false;  // `translation` and `alignment` are there
+  bool is_finished = false;    // its result is written
   bool is_aligned = true;      // every line of `alignment` is known
 
   std::string coded() const { return base + ".kti"; }

@@ -71,17 +71,16 @@ const char *kept(const std::string &name) {
   return names.emplace(name, name).first->second.c_str();
 }
 
-void tell_records(const std::string &file,
-                  const std::function<std::string(const std::string &)> &rename) {
+void tell_records(const std::string &name, const std::function<Place(const Place &)> &for_people) {
   std::ostringstream content;
-  content << std::ifstream(file, std::ios::binary).rdbuf();
+  content << std::ifstream(name, std::ios::binary).rdbuf();
   const std::string bytes = content.str();
   Reader reader{bytes};
   while (!reader.rest.empty()) {
     const auto severity = static_cast<Severity>(reader.number());
-    const std::string given = reader.text(), name = rename(given);
-    Place place{name.c_str(), reader.number(), reader.number()};
-    if (name != given) place.line = 0;  // of a file that nobody sees
+    const std::string file = reader.text();
+    const int64_t line = reader.number();
+    const Place place = for_people({file.c_str(), line, reader.number()});
     const char *kind = kept(reader.text());
     const std::string text = reader.text();
     std::vector<Figure> figures(static_cast<size_t>(std::clamp<int64_t>(reader.number(), 0, 100)));
@@ -115,8 +114,8 @@ void tell_records(const std::string &file,
   _exit(status);
 }
 
-void finish(Task &task, int status, const std::function<std::string(const std::string &)> &rename) {
-  tell_records(task.records, rename);
+void finish(Task &task, int status, const std::function<Place(const Place &)> &for_people) {
+  tell_records(task.records, for_people);
   unlink(task.records.c_str());
   task.is_done = WIFEXITED(status) && WEXITSTATUS(status) == 0;
   if (WIFSIGNALED(status) && !is_interrupted())
@@ -158,7 +157,7 @@ void start(Task &task, Workers &workers) {
 }  // namespace
 
 void run_tasks(std::vector<Task> &tasks, int64_t jobs,
-               const std::function<std::string(const std::string &)> &rename,
+               const std::function<Place(const Place &)> &for_people,
                const std::function<void(size_t)> &ended) {
   Workers workers;
   size_t next = 0, done = 0;
@@ -179,7 +178,7 @@ void run_tasks(std::vector<Task> &tasks, int64_t jobs,
     if (worker == workers.running.end()) continue;
     Task &task = *worker->second;
     workers.running.erase(worker);
-    finish(task, status, rename);
+    finish(task, status, for_people);
     ended(++done);
   }
 }

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "programs/common/tell.h"
+
 namespace klib::programs {
 
 struct Task {
@@ -20,10 +22,11 @@ struct Task {
   bool is_done = false;              // it has ended, without a problem that ends a job
 };
 
-// Runs the tasks, `jobs` at a time. What they tell is told when each ends, with `rename` giving the
-// name of a file for people. `ended` is called after each with how many have ended.
+// Runs the tasks, `jobs` at a time. What they tell is told when each ends, of the place that
+// `for_people` makes of it; names that it gives must last. `ended` is called after each with how
+// many have ended.
 void run_tasks(std::vector<Task> &tasks, int64_t jobs,
-               const std::function<std::string(const std::string &)> &rename,
+               const std::function<Place(const Place &)> &for_people,
                const std::function<void(size_t)> &ended);
 
 }  // namespace klib::programs

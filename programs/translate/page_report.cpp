@@ -1,0 +1,84 @@
+#include "programs/translate/page_report.h"
+
+#include <cstdlib>
+
+#include "programs/common/output_file.h"
+#include "programs/common/program.h"
+#include "programs/kinds.h"
+
+namespace klib::programs {
+namespace {
+
+// Some messages name their sentence in the text alone.
+ReportNote note_of(const Record &record) {
+  constexpr std::string_view prefix = "sentence ";
+  ReportNote note{record.place.sentence, "", std::string(record.text)};
+  if (note.sentence == no_sentence && note.text.starts_with(prefix)) {
+    char *end = nullptr;
+    const int64_t number = strtoll(note.text.c_str() + prefix.size(), &end, 10);
+    if (end > note.text.c_str() + prefix.size() && end[0] == ':' && end[1] == ' ') {
+      note.sentence = number;
+      note.text.erase(0, static_cast<size_t>(end + 2 - note.text.c_str()));
+    }
+  }
+  note.badge = badge_of(record.kind, note.text);
+  return note;
+}
+
+// The text of a document for the view side by side; nothing when there is none to be read.
+std::string document_text(const std::string &name, const std::string &encoding) {
+  if (name == "-" || name.empty()) return {};
+  try {
+    return kind_of_file(name).read(name.c_str(), encoding).text;
+  } catch (const Failed &) {
+    return {};
+  }
+}
+
+ReportPage report_page(const PageFiles &page, const RunNotes &notes, const std::string &encoding) {
+  ReportPage report;
+  report.name = page.page;
+  const auto found = notes.find(page.page);
+  if (found != notes.end()) report.notes = found->second;
+  if (!page.is_finished) return report;
+  report.result_name = page.result;
+  report.coded = page.coded();
+  report.anchors = page.anchors();
+  report.language = parameter(TextParameter::language);
+  report.carried = page.carried();
+  report.target_language = parameter(TextParameter::target_language);
+  report.alignment = page.alignment();
+  report.source_html = document_text(page.page, encoding);
+  report.result_html = document_text(page.result, encoding);
+  return report;
+}
+
+}  // namespace
+
+Listening::Listening(RunNotes *notes) {
+  if (!notes) return;
+  tell_also([notes](const Record &record) {
+    if (record.severity == Severity::data) return;
+    ReportNote note = note_of(record);
+    const bool is_summary = note.sentence == no_sentence && record.severity == Severity::note &&
+                            note.text.find(" carried: ") != note.text.npos;
+    if (!is_summary) (*notes)[record.place.file].push_back(std::move(note));
+  });
+}
+
+Listening::~Listening() { tell_also(nullptr); }
+
+void write_report(const char *name, const std::vector<PageFiles> &pages, const RunNotes &notes,
+                  const std::string &encoding) {
+  OutputFile file(name);
+  std::string body;
+  ReportTotals totals;
+  for (const PageFiles &page : pages) append_page(report_page(page, notes, encoding), body, totals);
+  file.write(report_begin(pages.size() == 1 ? pages.front().page : "Translated pages", totals));
+  file.write(body);
+  file.write(report_end());
+  file.finish();
+  file.publish();
+}
+
+}  // namespace klib::programs
