@@ -70,23 +70,34 @@ int32_t encode_translation(Carry &job) {
   return words;
 }
 
-// The two texts of the sentence as placing takes them.
-void take_texts(Carry &job) {
-  Side &source = job.placement.source, &target = job.placement.target;
-  source.text = job.source.text;
-  for (char32_t &c : source.text) c &= ~bare_flag;
+// The source as placing takes it.
+void take_source(Carry &job) {
+  Side &source = job.placement.source;
+  source.text.resize(job.source.text.size());
+  std::ranges::transform(job.source.text, source.text.begin(),
+                         [](char32_t c) { return c & ~bare_flag; });
   split_at_blanks(source);
-  target.text.clear();
+}
+
+// The translation as placing takes it: its words, one blank between them.
+void take_target(Carry &job) {
+  Side &target = job.placement.target;
   const std::string_view line = job.line;
+  target.words.clear();
+  target.text.resize(line.size() + 1);
+  char32_t *const text = target.text.data();
+  uint32_t size = 0;
   size_t position = 0;
   for (std::string_view word; !(word = next_word(line, position)).empty();) {
-    if (!target.text.empty()) target.text += ' ';
-    for (size_t i = 0; i < word.size();) target.text += next_utf8(word, i);
+    if (size > 0) text[size++] = ' ';
+    const uint32_t begin = size;
+    for (size_t i = 0; i < word.size();) {
+      const auto byte = static_cast<unsigned char>(word[i]);
+      text[size++] = byte < 0x80 ? (i++, byte) : next_utf8(word, i);
+    }
+    target.words.push_back({begin, size});
   }
-  split_at_blanks(target);
-  if (!job.is_prepared()) return;
-  source.words = job.prepared().source_words;
-  target.words = job.prepared().target_words;
+  target.text.resize(size);
 }
 
 // Reads the markup of the sentence. That there are no anchor files is told before the first anchor
@@ -147,13 +158,19 @@ void find_links(Carry &job, int32_t source_words, int32_t target_words) {
 }
 
 // Writes the translation with the codes of the sentence to `encoded`.
-void carry_codes(Carry &job, int32_t target_words) {
+void carry_codes(Carry &job) {
   read_sentence(job.sentences, job.from, job.source);
-  take_texts(job);
-  take_markup(job);
+  take_source(job);
+  take_target(job);
   Placement &placement = job.placement;
-  find_links(job, static_cast<int32_t>(placement.source.words.size()), target_words);
-  if (target_words == 0) {
+  if (job.is_prepared()) {
+    placement.source.words = job.prepared().source_words;
+    placement.target.words = job.prepared().target_words;
+  }
+  take_markup(job);
+  find_links(job, static_cast<int32_t>(placement.source.words.size()),
+             static_cast<int32_t>(placement.target.words.size()));
+  if (placement.target.words.empty()) {
     report_sentence(job, keep_anchors(job), 0, false);
     return;
   }
@@ -166,11 +183,11 @@ void carry_codes(Carry &job, int32_t target_words) {
 }
 
 void carry_sentence(Carry &job) {
-  const int32_t target_words = encode_translation(job);
   const std::string &text = job.sentences.text();
   if (has_codes(text)) {
-    carry_codes(job, target_words);
+    carry_codes(job);
   } else {
+    const int32_t target_words = encode_translation(job);
     find_links(job, count_words(text), target_words);
     report_sentence(job, 0, 0, target_words > 0);
   }

@@ -10,8 +10,6 @@
 namespace klib::programs {
 namespace {
 
-constexpr char32_t table_end = 0x500;  // Latin, Greek, Cyrillic
-
 bool is_unspaced(char32_t c) {
   UErrorCode error = U_ZERO_ERROR;
   switch (uscript_getScript(static_cast<UChar32>(c), &error)) {
@@ -82,22 +80,26 @@ char32_t find_fold(char32_t c) {
 }
 
 template <typename Value>
-std::array<Value, table_end> table_of(Value (*find)(char32_t)) {
-  std::array<Value, table_end> table{};
-  for (char32_t c = 0; c < table_end; c++) table[c] = find(c);
+std::array<Value, common_characters> table_of(Value (*find)(char32_t)) {
+  std::array<Value, common_characters> table{};
+  for (char32_t c = 0; c < common_characters; c++) table[c] = find(c);
   return table;
 }
 
 }  // namespace
 
-CharKind kind_of(char32_t c) {
+const CharKind *kinds_of_common_characters() {
   static const auto table = table_of(find_kind);
-  return c < table_end ? table[c] : find_kind(c);
+  return table.data();
+}
+
+CharKind kind_of(char32_t c) {
+  return c < common_characters ? kinds_of_common_characters()[c] : find_kind(c);
 }
 
 char32_t fold(char32_t c) {
   static const auto table = table_of(find_fold);
-  return c < table_end ? table[c] : find_fold(c);
+  return c < common_characters ? table[c] : find_fold(c);
 }
 
 }  // namespace klib::programs

@@ -15,6 +15,10 @@ enum class CharKind : uint8_t {
              // ...
 };
 
+// The kinds of the first characters, which are nearly all that most texts have.
+constexpr char32_t common_characters = 0x500;  // Latin, Greek, Cyrillic
+const CharKind *kinds_of_common_characters();
+
 CharKind kind_of(char32_t character);
 
 // Letters and digits: what a word is about. The rest stands around them.

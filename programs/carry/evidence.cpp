@@ -45,9 +45,22 @@ void add_stretches(const Side &side, Range key, uint32_t word, std::vector<TextP
   }
 }
 
+// Whether the word has nothing but letters and digits of scripts that have blanks.
+bool is_in_one_piece(const Side &side, Range word) {
+  const CharKind *const kinds = side.kinds.data();
+  bool plain = true;
+  for (uint32_t i = word.begin; i < word.end; i++)
+    plain &= kinds[i] != CharKind::mark && kinds[i] != CharKind::unspaced;
+  return plain;
+}
+
 void find_all_pieces(const Side &side, std::vector<TextPiece> &pieces) {
   pieces.clear();
   for (uint32_t w = 0; w < side.word_count(); w++) {
+    if (is_in_one_piece(side, side.words[w])) {
+      add_piece(side, side.words[w], w, true, pieces);
+      continue;
+    }
     const Range key = key_of(side, side.words[w]);
     add_piece(side, key, w, true, pieces);
     add_parts(side, key, w, pieces);
@@ -65,22 +78,30 @@ bool is_telling(const Side &side, Range key) {
   return length > 1 || !side.is_core(key.begin) || side.kinds[key.begin] == CharKind::digit;
 }
 
-// Finds the words that both sides share.
+// Finds the words that both sides share, going through the pieces of both in step.
 void match_same_words(const Side &source, const Side &target, Evidence &evidence) {
   evidence.same.assign(source.word_count(), -1);
   evidence.taken.assign(target.word_count(), false);
-  const std::vector<TextPiece> &pieces = evidence.source_pieces;
-  for (size_t i = 0; i < pieces.size();) {
-    size_t end = i + 1;
-    while (end < pieces.size() && pieces[end].hash == pieces[i].hash) end++;
-    const auto alike = find_pieces(evidence.target_pieces, source.view(pieces[i].range));
-    if (alike.size() == end - i && is_telling(source, pieces[i].range))
-      for (size_t k = i; k < end; k++) {
-        if (!pieces[k].whole) continue;
-        evidence.same[pieces[k].word] = static_cast<int32_t>(alike[k - i].word);
-        evidence.taken[alike[k - i].word] = true;
+  const std::vector<TextPiece> &ours = evidence.source_pieces, &theirs = evidence.target_pieces;
+  const auto end_of_alike = [](const std::vector<TextPiece> &pieces, size_t i) {
+    const uint64_t hash = pieces[i].hash;
+    while (i < pieces.size() && pieces[i].hash == hash) i++;
+    return i;
+  };
+  for (size_t i = 0, k = 0; i < ours.size() && k < theirs.size();) {
+    if (ours[i].hash != theirs[k].hash) {
+      ours[i].hash < theirs[k].hash ? i++ : k++;
+      continue;
+    }
+    const size_t end = end_of_alike(ours, i), their_end = end_of_alike(theirs, k);
+    if (end - i == their_end - k && end - i <= most_alike && is_telling(source, ours[i].range))
+      for (; i < end; i++, k++) {
+        if (!ours[i].whole) continue;
+        evidence.same[ours[i].word] = static_cast<int32_t>(theirs[k].word);
+        evidence.taken[theirs[k].word] = true;
       }
     i = end;
+    k = their_end;
   }
 }
 

@@ -23,7 +23,7 @@ struct TextPiece {
   }
 };
 
-constexpr int64_t full_weight = 1 << 20;
+constexpr uint32_t full_weight = 1 << 20;
 
 struct Evidence {
   std::vector<Link> links;  // by target
@@ -42,8 +42,8 @@ struct Evidence {
   bool is_aligned(uint32_t source) const { return !targets_of(source).empty(); }
   // A link counts less the more others its two words have.
   int64_t weight(uint32_t source, uint32_t target) const {
-    return full_weight / static_cast<int64_t>(targets_of(source).size()) /
-           static_cast<int64_t>(sources_of(target).size());
+    return full_weight / static_cast<uint32_t>(targets_of(source).size()) /
+           static_cast<uint32_t>(sources_of(target).size());
   }
 
   std::vector<int32_t> same;  // room for weigh_evidence()

@@ -36,9 +36,10 @@ bool closes(char32_t open, char32_t c) {
   }
 }
 
-void find_partners(Side &side) {
+void find_partners(Side &side, bool has_marks) {
   side.partners.assign(side.size() + 1, no_position);
   for (const int kind : {quotes, brackets}) side.openers[kind].clear(), side.closers[kind].clear();
+  if (!has_marks) return;
   uint32_t open_quote = no_position;
   std::vector<uint32_t> open_brackets;
   const auto join = [&](uint32_t open, uint32_t close, int kind) {
@@ -89,23 +90,27 @@ void survey(Side &side) {
   side.word_at.resize(size + 1);
   side.next_core.resize(size + 1);
   side.core_end.resize(size + 1);
-  bool pairs = false;
-  uint32_t word = 0, core_end = 0;
+  const CharKind *const common = kinds_of_common_characters();
+  const char32_t *const text = side.text.data();
+  CharKind *const kinds = side.kinds.data();
+  uint32_t *const core_ends = side.core_end.data(), *const next_cores = side.next_core.data();
+  bool has_marks = false;
+  uint32_t core_end = 0, next_core = size;
   for (uint32_t i = 0; i < size; i++) {
-    const CharKind kind = kind_of(side.text[i]);
-    side.kinds[i] = kind;
-    pairs |= kind == CharKind::mark;
-    while (word < side.word_count() && i >= side.words[word].end) word++;
-    side.word_at[i] = word;
-    side.core_end[i] = core_end;
-    if (is_core(kind)) core_end = i + 1;
+    const CharKind kind = text[i] < common_characters ? common[text[i]] : kind_of(text[i]);
+    kinds[i] = kind;
+    has_marks |= kind == CharKind::mark;
+    core_ends[i] = core_end;
+    core_end = is_core(kind) ? i + 1 : core_end;
   }
-  side.word_at[size] = side.word_count();
-  side.core_end[size] = core_end;
-  side.next_core[size] = size;
-  for (uint32_t i = size; i-- > 0;)
-    side.next_core[i] = is_core(side.kinds[i]) ? i : side.next_core[i + 1];
-  find_partners(side);
+  core_ends[size] = core_end;
+  next_cores[size] = next_core;
+  for (uint32_t i = size; i-- > 0;) next_cores[i] = next_core = is_core(kinds[i]) ? i : next_core;
+  uint32_t *place = side.word_at.data();
+  for (uint32_t w = 0; w < side.word_count(); w++)
+    place = std::fill_n(place, side.word_at.data() + side.words[w].end - place, w);
+  std::fill(place, side.word_at.data() + size + 1, side.word_count());
+  find_partners(side, has_marks);
 }
 
 Range key_of(const Side &side, Range range) {

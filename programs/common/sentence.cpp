@@ -70,12 +70,17 @@ void take_character(Reader &reader) {
 // Takes the bytes that are characters of the page, up to a code or an alien.
 void take_run(Reader &reader) {
   std::u32string &text = reader.sentence.text;
-  for (; reader.position < reader.text.size(); reader.position++) {
-    const auto byte = static_cast<unsigned char>(reader.text[reader.position]);
-    const char32_t c = reader.page.character[byte];
-    if (c == 0) return;
-    text += c;
+  const size_t before = text.size(), left = reader.text.size() - reader.position;
+  text.resize(before + left);
+  const char *const bytes = reader.text.data() + reader.position;
+  size_t taken = 0;
+  for (char32_t c; taken < left; taken++) {
+    c = reader.page.character[static_cast<unsigned char>(bytes[taken])];
+    if (c == 0) break;
+    text[before + taken] = c;
   }
+  text.resize(before + taken);
+  reader.position += taken;
 }
 
 void append_decimal(int32_t number, std::string &text) {
@@ -149,9 +154,11 @@ void append_sentence(const Sentence &sentence, const CodePage &page, std::string
         append_anchor(code->number, text);
   };
   for (size_t i = 0; i < sentence.text.size(); i++) {
-    append_codes(i);
+    if (code != sentence.codes.end()) append_codes(i);
     const char32_t c = sentence.text[i];
-    if ((c & bare_flag) != 0)
+    if (const unsigned char byte = c < 0x10000 ? page.byte[c] : 0; byte != 0)
+      text += static_cast<char>(byte);
+    else if ((c & bare_flag) != 0)
       append_alien(c & ~bare_flag, text);
     else
       append_character(page, c, text);

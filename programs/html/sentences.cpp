@@ -220,6 +220,7 @@ bool goes_on(std::string_view page, const std::vector<Item> &items, size_t i) {
 void trim(std::string_view page, const std::vector<Item> &items, size_t &begin, size_t &end) {
   size_t last = end;  // behind the last letter
   while (last > begin && !items[last - 1].lettered) last--;
+  if (last == begin) return;  // all of it is marks, such as "(*)" in a table
   for (size_t i = end; i > last;) {
     const Item &item = items[i - 1];
     if (item.kind == Item::close && item.partner != Item::none && item.partner >= last)
