@@ -100,7 +100,7 @@ TEST_F(Extract, Sentences) {
       {"ENGLISH",
        "<h1><a>#</a> One.<a>\xC2\xB6</a></h1><p><i>/</i>, <i>/home</i>, two<p><b>\xC2\xBB</b>",
        "[One.][{98}slant{FF}3{99}/{98}slant{FF}0{99}, {98}slant{FF}4{99}/home{98}slant{FF}0{99}, "
-       "two]"},
+       "two][{BB}]"},
       {"ENGLISH", "(One.) \"Two.\" [Three]", "[(One.)][\"Two.\"][[Three]]"},
       {"ENGLISH", "<p>One.<b> Two</b> <i>three.</i> Four</p>",
        "[One.][Two{94}3{95} {98}slant{FF}"
