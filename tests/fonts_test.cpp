@@ -185,7 +185,7 @@ TEST_F(Fonts, OfATextAreListed) {
     const std::string text = bytes(row.text);
     char **fonts = Kfonts_in_string(text.c_str());
     EXPECT_EQ(join(fonts), row.fonts) << row.text;
-    fonts::Texts(fonts).reset();
+    memory::TextList(fonts).reset();
     EXPECT_EQ(take(Kfont_changes(text.c_str(), 0, 0)), row.new_fonts) << row.text;
     EXPECT_EQ(take(Kfont_changes(text.c_str(), 0, 1)), row.old_fonts) << row.text;
     EXPECT_EQ(take(Kfont_changes(text.c_str(), 1, 0)), row.all_fonts) << row.text;
@@ -269,7 +269,7 @@ TEST_F(Fonts, OfATextAreNotListedWithoutMemory) {
         "Bold\x99");
     failed = failing.happened();
     EXPECT_EQ(fonts == nullptr, failed) << n;
-    if (fonts != nullptr) fonts::Texts(fonts).reset();
+    if (fonts != nullptr) memory::TextList(fonts).reset();
     EXPECT_TRUE(!failed || n < 12);
   }
 }

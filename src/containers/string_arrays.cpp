@@ -128,15 +128,10 @@ char **a_copy(int32_t slot, int32_t from, int32_t to) {
   const Slot *const source = find_slot(slot);
   if (from < to && !has_elements(source, from, to)) return nullptr;
   const size_t count = from < to ? static_cast<size_t>(int64_t{to} - from) : 0;
-  return memory::guarded<char **>(nullptr, [&]() -> char ** {
-    auto copies = memory::allocate_array<char *>(count + 1);
-    for (size_t i = 0; i < count; ++i) {
-      copies[i] = string_copy(element(*source, from + static_cast<int64_t>(i)).data());
-      if (copies[i] != nullptr) continue;
-      while (i > 0) Kfree(copies[--i]);
-      return nullptr;
-    }
-    copies[count] = nullptr;
+  return memory::guarded<char **>(nullptr, [&] {
+    memory::TextList copies = memory::make_text_list(count);
+    for (size_t i = 0; i < count; ++i)
+      copies[i] = memory::copy(element(*source, from + static_cast<int64_t>(i))).release();
     return copies.release();
   });
 }

@@ -94,11 +94,7 @@ char **Ksearch_path(const char *path, const char *base_name) {
       const std::string_view directory(path, static_cast<size_t>(byte + 1 - path));
       names.push_back(join({directory, base_name}));
     }
-    memory::Array<char *> list = memory::allocate_array<char *>(names.size() + 1);
-    char **next = list.get();
-    for (memory::Text &name : names) *next++ = name.release();
-    *next = nullptr;
-    return list.release();
+    return memory::make_text_list(names).release();
   });
 }
 

@@ -36,8 +36,8 @@ constexpr int32_t table_slots[] = {slots::font_groups, slots::selected_font,
 char no_font_yet[] = "?";
 
 // The fields of a value as owned copies; the value itself is split in place.
-Texts copy_fields(char *value) {
-  Texts fields(checked(a_separator(value, u8(separator), 0)));
+memory::TextList copy_fields(char *value) {
+  memory::TextList fields(checked(a_separator(value, u8(separator), 0)));
   for (char **field = fields.get(); *field != nullptr; ++field) {
     const char *text = std::exchange(*field, nullptr);  // so that what is copied ends here
     *field = memory::copy(text).release();
@@ -68,7 +68,7 @@ void grow_table(T *&table, int32_t slot, int32_t count) {
   table = reinterpret_cast<T *>(checked(a_check(slot, base + count)));
 }
 
-void add_group(Texts fonts) {
+void add_group(memory::TextList fonts) {
   const int32_t group = state.font_group_count;
   make_tables();
   grow_table(state.font_groups, slots::font_groups, group);
@@ -146,7 +146,7 @@ int32_t P_init_fonts() {
 
 int32_t P_set_fonts(int32_t, char *value) {
   return memory::guarded(exhausted, [&] {
-    Texts fonts = copy_fields(value);
+    memory::TextList fonts = copy_fields(value);
     const int32_t result = find_duplicate(fonts.get());
     add_group(std::move(fonts));
     return result;
@@ -185,7 +185,7 @@ int32_t P_set_fontpacket(int32_t, const char *value) {
 
 void P_cleanup_fonts() {
   drop_save();
-  for (int32_t i = state.font_group_count; i-- > 0;) Texts(state.font_groups[i]).reset();
+  for (int32_t i = state.font_group_count; i-- > 0;) memory::TextList(state.font_groups[i]).reset();
   for (int32_t i = state.font_packet_count; i-- > 0;) {
     Kfree(state.font_packets[i][0]);
     Kfree(state.font_packets[i]);
@@ -251,5 +251,5 @@ int32_t check_fonts_for_duplicates(char **fonts) {
 }
 
 void add_font_group(char **fonts) {
-  memory::guarded([&] { add_group(Texts(fonts)); });
+  memory::guarded([&] { add_group(memory::TextList(fonts)); });
 }

@@ -177,7 +177,7 @@ char **Kfont_changes_since_save(int32_t all, int32_t old, int32_t skip_default) 
 }
 
 char **Kfont_changes(const char *text, int32_t all, int32_t old) {
-  const Texts fonts(Kfonts_in_string(text));
+  const memory::TextList fonts(Kfonts_in_string(text));
   if (!fonts) return nullptr;
   Ksave_font_state();
   // The single font is not part of a save, and where there is one nothing else can change.

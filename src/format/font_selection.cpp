@@ -129,7 +129,7 @@ char **Kfonts_in_string(const char *text) {
     for (int32_t kind; (kind = level.next()) != P_END;)
       if (kind == P_FONT) fonts.push_back(memory::copy(body(p_root[parser_level].token)));
     memory::Array<char *> list = make_list(fonts.size());
-    for (size_t i = 0; i < fonts.size(); ++i) list[i] = fonts[i].release();
+    memory::move_texts(fonts, list.get());
     return list.release();
   });
 }

@@ -74,15 +74,6 @@ struct State {
 };
 extern State state;
 
-// A null-terminated list with its texts.
-struct ReleaseTexts {
-  void operator()(char **texts) const noexcept {
-    for (char **text = texts; *text != nullptr; ++text) Kfree(*text);
-    Kfree(texts);
-  }
-};
-using Texts = std::unique_ptr<char *[], ReleaseTexts>;
-
 // font_definitions.cpp. The text is owned, or null; the old one is released unless it is static.
 void replace_single_font(char *text);
 

@@ -54,6 +54,23 @@ Text copy(std::string_view text) {
   return block;
 }
 
+TextList make_text_list(size_t count) {
+  Array<char *> list = allocate_array<char *>(count + 1);
+  std::fill_n(list.get(), count + 1, nullptr);
+  return TextList(list.release());
+}
+
+TextList make_text_list(Vector<Text> &texts) {
+  TextList list = make_text_list(texts.size());
+  move_texts(texts, list.get());
+  return list;
+}
+
+void move_texts(Vector<Text> &texts, char **list) {
+  for (Text &text : texts) *list++ = text.release();
+  *list = nullptr;
+}
+
 void Buffer::grow(size_t size) {
   const size_t wanted = std::max({size + 1, capacity_ + capacity_ / 2, size_t{16}});
   // reallocate keeps the old block when it fails, and the owner keeps that.

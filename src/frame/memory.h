@@ -56,6 +56,22 @@ struct Allocator {
 template <class T>
 using Vector = std::vector<T, Allocator<T>>;
 
+// A null-terminated list with its texts, all of them owned.
+struct FreeTexts {
+  void operator()(char **texts) const noexcept {
+    for (char **text = texts; *text != nullptr; ++text) Kfree(*text);
+    Kfree(texts);
+  }
+};
+using TextList = std::unique_ptr<char *[], FreeTexts>;
+
+// A list with room for that many texts, which are to be filled in from the front, and the null.
+[[nodiscard]] TextList make_text_list(size_t count);
+
+// Moves texts into a list, or into an array with room for them and the null.
+[[nodiscard]] TextList make_text_list(Vector<Text> &texts);
+void move_texts(Vector<Text> &texts, char **list);
+
 // A growing text, always NUL-terminated and never null.
 class Buffer {
  public:

@@ -33,18 +33,6 @@ constexpr char before_name[] = {' ', line_mark, '\0'};
 constexpr char after_value[] = " \n";
 constexpr int32_t no_assignment = -2;
 
-// The null-terminated list of names that Ksearch_path hands out, or none.
-struct Names {
-  char **list;
-  explicit Names(char **names) : list(names) {}
-  Names(const Names &) = delete;
-  Names &operator=(const Names &) = delete;
-  ~Names() {
-    for (char **name = list; name != nullptr && *name != nullptr; ++name) Kfree(*name);
-    Kfree(list);
-  }
-};
-
 void read_if_there(const char *name) {
   if (name == nullptr || Kprobe_file(name) == 0 || platform::calls.is_directory(name)) return;
   Manage_parameter_file(name);
@@ -76,12 +64,11 @@ void Kread_all_parameter_files(const char *file_name) {
   const char *base_name = text(Text::parameter_file_basename);
   const memory::Text path(Kpathname(file_name));
   const memory::Text own(path ? Knew_type(path.get(), "par", 0) : nullptr);
-  const Names directories(path ? Ksearch_path(path.get(), base_name) : nullptr);
+  const memory::TextList directories(path ? Ksearch_path(path.get(), base_name) : nullptr);
   const memory::Text global(Kdirectory_append(text(Text::lib_directory), base_name));
 
   read_if_there(global.get());
-  for (char **name = directories.list; name != nullptr && *name != nullptr; ++name)
-    read_if_there(*name);
+  for (size_t i = 0; directories && directories[i] != nullptr; ++i) read_if_there(directories[i]);
   read_if_there(own.get());
 }
 

@@ -32,22 +32,20 @@ void replace(char *&value, memory::Text text) {
   value = text.release();
 }
 
+// Programs may have put a null between the texts.
 void release_texts(char **texts) {
   if (texts == nullptr) return;
   for (int32_t i = 0; i < text_count; ++i) Kfree(texts[i]);
   Kfree(texts);
 }
 
-// A table with a copy of each text that `text_at` gives, released as a whole when one cannot be
-// made.
+// A table with a copy of each text that `text_at` returns.
 template <class TextAt>
-memory::Array<char *> copy_texts(TextAt text_at) {
-  memory::Vector<memory::Text> copies;
-  copies.reserve(text_count);
-  for (int32_t i = 0; i < text_count; ++i) copies.push_back(memory::copy(text_at(i)));
-  auto table = memory::allocate_array<char *>(text_count);
-  std::ranges::transform(copies, table.get(), [](memory::Text &copy) { return copy.release(); });
-  return table;
+memory::TextList copy_texts(TextAt text_at) {
+  memory::TextList copies = memory::make_text_list(text_count);
+  for (int32_t i = 0; i < text_count; ++i)
+    copies[static_cast<size_t>(i)] = memory::copy(text_at(i)).release();
+  return copies;
 }
 
 void check_language() {

@@ -216,15 +216,12 @@ uint32_t fiprops(int32_t key) {
 }
 
 char **Kcharacter_types_regex(void) {
-  return memory::guarded<char **>(nullptr, []() -> char ** {
+  return memory::guarded<char **>(nullptr, [] {
     const size_t count = count_named_types();
-    auto expressions = memory::allocate_array<char *>(count);
-    for (size_t i = 0; i < count; ++i) {
-      expressions[i] = string_copy(bracket_expression(ct_props[i], *ct_names[i] == '^').text);
-      if (expressions[i] != nullptr) continue;
-      while (i > 0) Kfree(expressions[--i]);
-      return nullptr;
-    }
+    memory::TextList expressions = memory::make_text_list(count);
+    for (size_t i = 0; i < count; ++i)
+      expressions[i] =
+          memory::copy(bracket_expression(ct_props[i], *ct_names[i] == '^').text).release();
     return expressions.release();
   });
 }
