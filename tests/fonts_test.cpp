@@ -208,10 +208,10 @@ TEST_F(Fonts, OfATextAreListed) {
   for (int i = 0; i < 3; ++i) Kfree(Kfont_changes(first.c_str(), 1, 0));
   const fonts::State &state = fonts::state;
   EXPECT_EQ(join(then), "[Roman Mono H{FF}b] ");
-  EXPECT_EQ(now[0], state.font_groups[0][1]);
-  EXPECT_EQ(now[3], state.font_packets[0][0]);
-  EXPECT_EQ(then[0], state.font_groups[0][0]);
-  EXPECT_EQ(then[2], state.named_group_fonts[0]);
+  EXPECT_EQ(now[0], state.tables.font_groups[0][1]);
+  EXPECT_EQ(now[3], state.tables.font_packets[0][0]);
+  EXPECT_EQ(then[0], state.tables.font_groups[0][0]);
+  EXPECT_EQ(then[2], state.selection.named_group_fonts[0]);
   Kfree(now);
   Kfree(then);
   // Names that selecting releases

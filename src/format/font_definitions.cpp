@@ -46,7 +46,7 @@ memory::TextList copy_fields(char *value) {
 }
 
 void make_tables() {
-  if (state.font_groups != nullptr) return;
+  if (state.tables.font_groups != nullptr) return;
   char **made[std::size(table_slots)];
   for (size_t i = 0; i < std::size(table_slots); ++i) {
     made[i] = a_make(table_slots[i], table_room, table_room);
@@ -54,11 +54,11 @@ void make_tables() {
     while (i-- > 0) a_free(table_slots[i]);
     throw memory::Exhausted{};
   }
-  state.font_groups = reinterpret_cast<char ***>(made[0]);
-  state.selected_font = reinterpret_cast<int32_t *>(made[1]);
-  state.named_group_names = made[2];
-  state.named_group_fonts = made[3];
-  state.font_packets = reinterpret_cast<char ***>(made[4]);
+  state.tables.font_groups = reinterpret_cast<char ***>(made[0]);
+  state.selection.selected_font = reinterpret_cast<int32_t *>(made[1]);
+  state.tables.named_group_names = made[2];
+  state.selection.named_group_fonts = made[3];
+  state.tables.font_packets = reinterpret_cast<char ***>(made[4]);
 }
 
 // Room for element `count` of a table that lives in a slot.
@@ -68,30 +68,70 @@ void grow_table(T *&table, int32_t slot, int32_t count) {
   table = reinterpret_cast<T *>(checked(a_check(slot, base + count)));
 }
 
+void make_room_for_font_group(Tables &tables, int32_t group, size_t fonts) {
+  grow_table(tables.font_groups, slots::font_groups, group);
+  reserve(tables.names, static_cast<uint32_t>(fonts));
+}
+
+void make_room_for_font_group(Selection &selection, int32_t group) {
+  grow_table(selection.selected_font, slots::selected_font, group);
+}
+
+void make_room_for_named_group(Tables &tables, int32_t group) {
+  grow_table(tables.named_group_names, slots::named_group_names, group);
+  reserve(tables.named_groups, 1);
+}
+
+void make_room_for_named_group(Selection &selection, int32_t group) {
+  grow_table(selection.named_group_fonts, slots::named_group_fonts, group);
+  make_room(selection.named_in_use, group);
+}
+
+void make_room_for_packet(Tables &tables, int32_t packet) {
+  grow_table(tables.font_packets, slots::font_packets, packet);
+  reserve(tables.names, 1);
+}
+
+// The arrays in slots are left to a_free.
+void release(Tables &tables) {
+  for (int32_t i = 0; i < tables.font_group_count; ++i) {
+    memory::TextList(tables.font_groups[i]).reset();
+  }
+  for (int32_t i = 0; i < tables.font_packet_count; ++i) {
+    Kfree(tables.font_packets[i][0]);
+    Kfree(tables.font_packets[i]);
+  }
+  for (int32_t i = 0; i < tables.named_group_count; ++i) Kfree(tables.named_group_names[i]);
+  release(tables.names);
+  release(tables.named_groups);
+}
+
+void release(Selection &selection, int32_t named_groups) {
+  for (int32_t i = 0; i < named_groups; ++i) Kfree(selection.named_group_fonts[i]);
+  release(selection.named_in_use);
+}
+
 void add_group(memory::TextList fonts) {
-  const int32_t group = state.font_group_count;
+  const int32_t group = state.tables.font_group_count;
   make_tables();
-  grow_table(state.font_groups, slots::font_groups, group);
-  grow_table(state.selected_font, slots::selected_font, group);
-  make_room(state.saved_selected_font, group);
-  make_room(state.group_touched, group);
-  make_room(state.recent_groups, group);
-  make_room(state.settled, group);
   char **const texts = fonts.get();
   const int32_t count = a_length(texts);
-  reserve(state.names, static_cast<uint32_t>(count));
+  make_room_for_font_group(state.tables, group, static_cast<size_t>(count));
+  make_room_for_font_group(state.selection, group);
+  make_room_for_font_group(state.save, group);
+  make_room_for_font_group(state.walks, group);
   // Nothing can fail from here on.
   for (int32_t number = 0; number < count; ++number) {
-    Name &name = enter(state.names, texts[number]);
+    Name &name = enter(state.tables.names, texts[number]);
     if (name.group != none) continue;
     name.group = group;
     name.number = number;
   }
-  state.font_groups[group] = fonts.release();
-  state.selected_font[group] = 0;
-  ++state.font_group_count;
-  state.current_packet = none;
-  state.packet_selected = true;
+  state.tables.font_groups[group] = fonts.release();
+  state.selection.selected_font[group] = 0;
+  ++state.tables.font_group_count;
+  state.selection.current_packet = none;
+  state.selection.packet_selected = true;
 }
 
 int32_t find_duplicate(char **fonts) {
@@ -100,7 +140,7 @@ int32_t find_duplicate(char **fonts) {
   } seen;
   reserve(seen, static_cast<uint32_t>(a_length(fonts)));
   for (char **font = fonts; *font != nullptr; ++font) {
-    const Name *found = find(state.names, *font);
+    const Name *found = find(state.tables.names, *font);
     if (found != nullptr && found->group != none) return duplicate_of_other_group;
     Name &name = enter(seen, *font);
     if (name.group != none) return duplicate_in_group;
@@ -111,11 +151,13 @@ int32_t find_duplicate(char **fonts) {
 
 }  // namespace
 
-uint32_t count_font_groups() { return static_cast<uint32_t>(state.font_group_count); }
+uint32_t count_font_groups() { return static_cast<uint32_t>(state.tables.font_group_count); }
 
-uint32_t count_named_groups() { return static_cast<uint32_t>(state.named_group_count); }
+uint32_t count_named_groups() { return static_cast<uint32_t>(state.tables.named_group_count); }
 
-const char *font_name(uint32_t group, uint32_t font) { return state.font_groups[group][font]; }
+const char *font_name(uint32_t group, uint32_t font) {
+  return state.tables.font_groups[group][font];
+}
 
 void replace_single_font(char *text) {
   if (single_font != no_font_yet) Kfree(single_font);
@@ -166,52 +208,38 @@ int32_t P_set_fontgroups(int32_t, char *value) {
 
 int32_t P_set_fontpacket(int32_t, const char *value) {
   return memory::guarded(exhausted, [&] {
-    const int32_t packet = state.font_packet_count;
+    const int32_t packet = state.tables.font_packet_count;
     make_tables();
     memory::Text text = memory::copy(value);
     memory::Array<char *> fields(checked(a_separator(text.get(), u8(separator), 0)));
-    grow_table(state.font_packets, slots::font_packets, packet);
-    make_room(state.packet_walks, packet);
-    reserve(state.names, 1);
+    make_room_for_packet(state.tables, packet);
+    make_room_for_packet(state.walks, packet);
     // Nothing can fail from here on.
-    Name &name = enter(state.names, text.release());
+    Name &name = enter(state.tables.names, text.release());
     if (name.packet == none) name.packet = packet;
-    state.packet_walks[packet] = {a_length(fields.get()), 1, none, false, 0};
-    state.font_packets[packet] = fields.release();
-    ++state.font_packet_count;
+    state.walks.packets[packet] = {
+        .fields = a_length(fields.get()) - 1, .left = 0, .parent = none, .open = false, .walk = 0};
+    state.tables.font_packets[packet] = fields.release();
+    ++state.tables.font_packet_count;
     return 0;
   });
 }
 
 void P_cleanup_fonts() {
-  drop_save();
-  for (int32_t i = state.font_group_count; i-- > 0;) memory::TextList(state.font_groups[i]).reset();
-  for (int32_t i = state.font_packet_count; i-- > 0;) {
-    Kfree(state.font_packets[i][0]);
-    Kfree(state.font_packets[i]);
-  }
-  for (int32_t i = 0; i < state.named_group_count; ++i) {
-    Kfree(state.named_group_names[i]);
-    Kfree(state.named_group_fonts[i]);
-  }
-  if (state.font_groups != nullptr)
+  const bool made = state.tables.font_groups != nullptr;
+  release(state.save);
+  release(state.walks);
+  release(state.selection, state.tables.named_group_count);
+  release(state.tables);
+  if (made)
     for (const int32_t slot : table_slots) a_free(slot);
-  release(state.names);
-  release(state.named_groups);
-  Kfree(state.packet_walks);
-  Kfree(state.saved_selected_font);
-  Kfree(state.saved_named_fonts);
-  for (GroupSet *set :
-       {&state.named_in_use, &state.settled, &state.group_touched, &state.named_touched,
-        &state.named_saved, &state.recent_groups, &state.recent_named})
-    release(*set);
   for (char *texts : state.listed_texts) Kfree(texts);
   state = State{};
   replace_single_font(nullptr);
 }
 
 int32_t Kget_font_group_and_number(const char *font, int32_t *group, int32_t *number) {
-  const Name *found = find(state.names, font);
+  const Name *found = find(state.tables.names, font);
   const bool is_font = found != nullptr && found->group != none;
   *group = is_font ? found->group : 0;
   *number = is_font ? found->number : 0;
@@ -219,29 +247,24 @@ int32_t Kget_font_group_and_number(const char *font, int32_t *group, int32_t *nu
 }
 
 int32_t find_named_font_group(const char *name) {
-  const Name *found = find(state.named_groups, name);
+  const Name *found = find(state.tables.named_groups, name);
   return found != nullptr ? found->group : none;
 }
 
 int32_t set_font_group(const char *name) {
   return memory::guarded(exhausted, [&] {
-    const int32_t group = state.named_group_count;
+    const int32_t group = state.tables.named_group_count;
     make_tables();
     memory::Text text = memory::copy(name);
-    grow_table(state.named_group_names, slots::named_group_names, group);
-    grow_table(state.named_group_fonts, slots::named_group_fonts, group);
-    make_room(state.saved_named_fonts, group);
-    make_room(state.named_in_use, group);
-    make_room(state.named_touched, group);
-    make_room(state.recent_named, group);
-    make_room(state.named_saved, group);
-    reserve(state.named_groups, 1);
+    make_room_for_named_group(state.tables, group);
+    make_room_for_named_group(state.selection, group);
+    make_room_for_named_group(state.save, group);
     // Nothing can fail from here on.
-    Name &entry = enter(state.named_groups, text.get());
+    Name &entry = enter(state.tables.named_groups, text.get());
     if (entry.group == none) entry.group = group;
-    state.named_group_names[group] = text.release();
-    state.named_group_fonts[group] = nullptr;
-    ++state.named_group_count;
+    state.tables.named_group_names[group] = text.release();
+    state.selection.named_group_fonts[group] = nullptr;
+    ++state.tables.named_group_count;
     return 0;
   });
 }

@@ -17,32 +17,34 @@ namespace {
 
 // Whether a named group that was selected since the save has another selection now.
 bool named_font_differs(int32_t group) {
-  const char *const current = state.named_group_fonts[group];
-  const char *const saved = state.saved_named_fonts[group];
+  const char *const current = state.selection.named_group_fonts[group];
+  const char *const saved = state.save.named_fonts[group];
   return current == nullptr || saved == nullptr || std::strcmp(current, saved) != 0;
 }
 
-bool packet_differs() { return state.packet_changed && state.current_packet != state.saved_packet; }
+bool packet_differs() {
+  return state.save.packet_changed && state.selection.current_packet != state.save.packet;
+}
 
 // The texts of a list of changes, visited in the order of the list: font groups, named groups, and
 // the packet.
 template <class Visit>
 void for_each_font_change(bool all, bool old, bool skip_default, Visit visit) {
-  for_each(state.group_touched, [&](int32_t group) {
-    const int32_t current = state.selected_font[group];
-    const int32_t saved = state.saved_selected_font[group];
+  for_each(state.save.touched_groups, [&](int32_t group) {
+    const int32_t current = state.selection.selected_font[group];
+    const int32_t saved = state.save.selected_font[group];
     const int32_t listed = old ? saved : current;
     if (!all && current == saved) return;
     if (skip_default && listed == 0) return;
-    visit(state.font_groups[group][listed]);
+    visit(state.tables.font_groups[group][listed]);
   });
 }
 
 template <class Visit>
 void for_each_named_change(bool all, bool old, Visit visit) {
-  for_each(state.named_touched, [&](int32_t group) {
-    char *const current = state.named_group_fonts[group];
-    char *const saved = state.saved_named_fonts[group];
+  for_each(state.save.touched_named, [&](int32_t group) {
+    char *const current = state.selection.named_group_fonts[group];
+    char *const saved = state.save.named_fonts[group];
     char *const listed = old ? saved : current;
     if (listed == nullptr) return;
     if (!all && !named_font_differs(group)) return;
@@ -52,12 +54,12 @@ void for_each_named_change(bool all, bool old, Visit visit) {
 
 template <class Visit>
 void for_each_change(bool all, bool old, bool skip_default, Visit visit) {
-  if (!state.save_active) return;
+  if (!state.save.active) return;
   for_each_font_change(all, old, skip_default, visit);
   for_each_named_change(all, old, visit);
-  if (!state.packet_changed || (!all && !packet_differs())) return;
-  const int32_t packet = old ? state.saved_packet : state.current_packet;
-  if (packet != none) visit(state.font_packets[packet][0]);
+  if (!state.save.packet_changed || (!all && !packet_differs())) return;
+  const int32_t packet = old ? state.save.packet : state.selection.current_packet;
+  if (packet != none) visit(state.tables.font_packets[packet][0]);
 }
 
 // Replaces the selections of named groups in a list of changes, which putting the save back is
@@ -80,54 +82,76 @@ void keep_named_texts(char **list, bool all) {
 
 }  // namespace
 
+void make_room_for_font_group(Save &save, int32_t group) {
+  make_room(save.selected_font, group);
+  make_room(save.touched_groups, group);
+  make_room(save.recent_groups, group);
+}
+
+void make_room_for_named_group(Save &save, int32_t group) {
+  make_room(save.named_fonts, group);
+  make_room(save.touched_named, group);
+  make_room(save.replaced_named, group);
+  make_room(save.recent_named, group);
+}
+
+void release(Save &save) {
+  drop_save();
+  Kfree(save.selected_font);
+  Kfree(save.named_fonts);
+  for (GroupSet *set : {&save.touched_groups, &save.touched_named, &save.replaced_named,
+                        &save.recent_groups, &save.recent_named})
+    release(*set);
+}
+
 void change_selected_font(int32_t group, int32_t number) {
-  if (state.save_active) {
-    if (!contains(state.group_touched, group))
-      state.saved_selected_font[group] = state.selected_font[group];
-    insert(state.group_touched, group);
-    insert(state.recent_groups, group);
+  if (state.save.active) {
+    if (!contains(state.save.touched_groups, group))
+      state.save.selected_font[group] = state.selection.selected_font[group];
+    insert(state.save.touched_groups, group);
+    insert(state.save.recent_groups, group);
   }
-  state.selected_font[group] = number;
+  state.selection.selected_font[group] = number;
 }
 
 void change_named_font(int32_t group, char *text) {
-  char *const old = std::exchange(state.named_group_fonts[group], text);
-  if (text != nullptr) insert(state.named_in_use, group);
-  if (state.save_active && !contains(state.named_saved, group)) {
-    state.saved_named_fonts[group] = old;
-    insert(state.named_saved, group);
+  char *const old = std::exchange(state.selection.named_group_fonts[group], text);
+  if (text != nullptr) insert(state.selection.named_in_use, group);
+  if (state.save.active && !contains(state.save.replaced_named, group)) {
+    state.save.named_fonts[group] = old;
+    insert(state.save.replaced_named, group);
   } else {
     Kfree(old);
   }
 }
 
 void drop_save() {
-  for_each(state.named_saved, [](int32_t group) { Kfree(state.saved_named_fonts[group]); });
-  clear(state.group_touched);
-  clear(state.named_touched);
-  clear(state.named_saved);
-  clear(state.recent_groups);
-  clear(state.recent_named);
-  state.save_active = false;
+  for_each(state.save.replaced_named, [](int32_t group) { Kfree(state.save.named_fonts[group]); });
+  clear(state.save.touched_groups);
+  clear(state.save.touched_named);
+  clear(state.save.replaced_named);
+  clear(state.save.recent_groups);
+  clear(state.save.recent_named);
+  state.save.active = false;
 }
 
 void take_changes(memory::Vector<GroupChange> &changes) {
-  for_each(state.recent_groups, [&](int32_t group) {
-    const int32_t font = state.selected_font[group];
-    changes.push_back({group, font != state.saved_selected_font[group] ? font : 0, nullptr});
+  for_each(state.save.recent_groups, [&](int32_t group) {
+    const int32_t font = state.selection.selected_font[group];
+    changes.push_back({group, font != state.save.selected_font[group] ? font : 0, nullptr});
   });
-  for_each(state.recent_named, [&](int32_t group) {
+  for_each(state.save.recent_named, [&](int32_t group) {
     const bool changed = named_font_differs(group);
-    changes.push_back(
-        {state.font_group_count + group, 0, changed ? state.named_group_fonts[group] : nullptr});
+    changes.push_back({state.tables.font_group_count + group, 0,
+                       changed ? state.selection.named_group_fonts[group] : nullptr});
   });
-  clear(state.recent_groups);
-  clear(state.recent_named);
+  clear(state.save.recent_groups);
+  clear(state.save.recent_named);
 }
 
 const char *changed_packet() {
-  if (!packet_differs() || state.current_packet == none) return nullptr;
-  return state.font_packets[state.current_packet][0];
+  if (!packet_differs() || state.selection.current_packet == none) return nullptr;
+  return state.tables.font_packets[state.selection.current_packet][0];
 }
 
 }  // namespace klib::fonts
@@ -139,22 +163,24 @@ using namespace klib::fonts;
 
 void Ksave_font_state() {
   drop_save();
-  state.saved_packet = state.current_packet;
-  state.saved_packet_selected = state.packet_selected;
-  state.packet_changed = false;
-  state.save_active = true;
+  state.save.packet = state.selection.current_packet;
+  state.save.packet_selected = state.selection.packet_selected;
+  state.save.packet_changed = false;
+  state.save.active = true;
 }
 
 void Krestore_font_state() {
-  if (!state.save_active) return;
-  state.packet_selected = state.saved_packet_selected;
-  state.current_packet = state.saved_packet;
-  for_each(state.group_touched,
-           [](int32_t group) { state.selected_font[group] = state.saved_selected_font[group]; });
-  for_each(state.named_saved, [](int32_t group) {
+  if (!state.save.active) return;
+  state.selection.packet_selected = state.save.packet_selected;
+  state.selection.current_packet = state.save.packet;
+  for_each(state.save.touched_groups, [](int32_t group) {
+    state.selection.selected_font[group] = state.save.selected_font[group];
+  });
+  for_each(state.save.replaced_named, [](int32_t group) {
     // The text changes places with the one saved, which drop_save then releases.
-    std::swap(state.named_group_fonts[group], state.saved_named_fonts[group]);
-    if (state.named_group_fonts[group] != nullptr) insert(state.named_in_use, group);
+    std::swap(state.selection.named_group_fonts[group], state.save.named_fonts[group]);
+    if (state.selection.named_group_fonts[group] != nullptr)
+      insert(state.selection.named_in_use, group);
   });
   drop_save();
 }
@@ -193,6 +219,6 @@ char **Kfont_changes(const char *text, int32_t all, int32_t old) {
 }
 
 void reset_named_font_groups() {
-  for_each(state.named_in_use, [](int32_t group) { change_named_font(group, nullptr); });
-  clear(state.named_in_use);
+  for_each(state.selection.named_in_use, [](int32_t group) { change_named_font(group, nullptr); });
+  clear(state.selection.named_in_use);
 }

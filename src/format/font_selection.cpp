@@ -28,18 +28,18 @@ bool single_font_group() { return parameters::number(parameters::Number::single_
 // no named group at all. The text itself stays as it is, so that messages can show all of it.
 int32_t named_group_of(const char *name, const char *group_end, bool selecting) {
   const std::string_view group(name, static_cast<size_t>(group_end - name));
-  const Name *found = find(state.named_groups, group);
+  const Name *found = find(state.tables.named_groups, group);
   if (found != nullptr) return found->group;
   const memory::Text group_name = memory::copy(group);
   if (selecting)
     Kmessage(MESSAGE_UNDEFINED_GROUP_FOR_FONT, group_name.get(), name);
   else
     Kmessage(MESSAGE_UNDEFINED_GROUP, group_name.get());
-  if (state.named_group_count == 0) {
+  if (state.tables.named_group_count == 0) {
     Kabort_prog();
     return none;
   }
-  Kmessage(MESSAGE_USING_GROUP_INSTEAD, state.named_group_names[0]);
+  Kmessage(MESSAGE_USING_GROUP_INSTEAD, state.tables.named_group_names[0]);
   return 0;
 }
 
@@ -47,15 +47,15 @@ void select_named_font(const char *name, const char *group_end) {
   const int32_t group = named_group_of(name, group_end, true);
   if (group == none) return;
   change_named_font(group, memory::copy(name).release());
-  if (!state.save_active) return;
-  insert(state.named_touched, group);
-  insert(state.recent_named, group);
+  if (!state.save.active) return;
+  insert(state.save.touched_named, group);
+  insert(state.save.recent_named, group);
 }
 
 bool is_named_font_selected(const char *name, const char *group_end) {
   const int32_t group = named_group_of(name, group_end, false);
   if (group == none) return false;
-  const char *selection = state.named_group_fonts[group];
+  const char *selection = state.selection.named_group_fonts[group];
   return selection != nullptr && std::strcmp(selection, name) == 0;
 }
 
@@ -70,17 +70,17 @@ void select_font(const Name *found, const char *name) {
 
 bool is_font_selected(const Name *found, const char *name) {
   if (found != nullptr && found->group != none)
-    return state.selected_font[found->group] == found->number;
+    return state.selection.selected_font[found->group] == found->number;
   Kmessage(MESSAGE_UNDEFINED_FONT, name);
-  return state.font_group_count != 0 && state.selected_font[0] == 0;
+  return state.tables.font_group_count != 0 && state.selection.selected_font[0] == 0;
 }
 
 void select(const char *name) {
-  state.packet_selected = false;
+  state.selection.packet_selected = false;
   // The name may be the very text that the selection lets go.
   if (single_font_group()) return replace_single_font(memory::copy(name).release());
   if (const char *end = std::strchr(name, separator)) return select_named_font(name, end);
-  const Name *found = find(state.names, name);
+  const Name *found = find(state.tables.names, name);
   if (found == nullptr || found->packet == none) return select_font(found, name);
   select_packet(found->packet);
 }
@@ -88,14 +88,14 @@ void select(const char *name) {
 bool is_selected(const char *name) {
   if (single_font_group()) return single_font != nullptr && std::strcmp(single_font, name) == 0;
   if (const char *end = std::strchr(name, separator)) return is_named_font_selected(name, end);
-  const Name *found = find(state.names, name);
+  const Name *found = find(state.tables.names, name);
   if (found == nullptr || found->packet == none) return is_font_selected(found, name);
   return is_packet_selected(found->packet);
 }
 
 bool names_known_group(const char *name) {
   const std::string_view whole(name);
-  return find(state.named_groups, whole.substr(0, whole.find(separator))) != nullptr;
+  return find(state.tables.named_groups, whole.substr(0, whole.find(separator))) != nullptr;
 }
 
 memory::Array<char *> make_list(size_t count) {

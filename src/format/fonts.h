@@ -23,51 +23,63 @@ namespace klib::fonts {
 // Between the fields of a value, and between the name of a named group and that of its font.
 inline constexpr char separator = '\xFF';
 
-// A packet's place in a walk through packets. Every packet is gone through at most once at a time,
-// so that the walk needs no stack besides these.
-struct PacketWalk {
-  int32_t elements;  // of the packet, its name included; set when it is defined
-  int32_t next;      // the element to look at next
-  int32_t parent;    // the packet that named this one, or none
-  bool open;         // being gone through
-  uint64_t walk;     // number of the walk that last opened it
-};
-
-struct State {
-  // The tables, in the array slots that containers/slots.h names; null before the first
-  // P_init_fonts and after P_cleanup_fonts.
+// What is declared. The tables are in the array slots that containers/slots.h names; null before
+// the first P_init_fonts and after P_cleanup_fonts.
+struct Tables {
   char ***font_groups = nullptr;       // per font group its owned names, null-terminated
-  int32_t *selected_font = nullptr;    // per font group the number of its selected font
   char **named_group_names = nullptr;  // owned
-  char **named_group_fonts = nullptr;  // per named group its selection, owned, or null
   char ***font_packets = nullptr;      // per packet the fields of one owned text
   int32_t font_group_count = 0;
   int32_t named_group_count = 0;
   int32_t font_packet_count = 0;
   NameIndex names;         // of fonts and packets, the first definition of each
   NameIndex named_groups;  // likewise
+};
 
-  // The selection, as far as it is not in the tables.
-  int32_t current_packet = none;  // selected last
+// What is selected; the arrays are in array slots, too.
+struct Selection {
+  int32_t *selected_font = nullptr;    // per font group the number of its selected font
+  char **named_group_fonts = nullptr;  // per named group its selection, owned, or null
+  int32_t current_packet = none;       // selected last
   bool packet_selected = false;  // the last selection was a packet, or a font group was added since
   GroupSet named_in_use;         // the named groups that have a selection, perhaps more
-  PacketWalk *packet_walks = nullptr;  // per packet
-  uint64_t walk = 0;                   // number of the latest walk through packets
-  GroupSet settled;                    // font groups that a walk backwards has dealt with
+};
 
-  // The save. What it saves of a group is put aside when the group first changes after it.
-  bool save_active = false;
-  int32_t saved_packet = none;
-  bool saved_packet_selected = false;
-  bool packet_changed = false;             // a packet was selected since
-  int32_t *saved_selected_font = nullptr;  // per font group, valid in `group_touched`
-  char **saved_named_fonts = nullptr;      // per named group, owned or null, valid in `named_saved`
-  GroupSet group_touched;                  // font groups selected from since
-  GroupSet named_touched;                  // named groups selected since
-  GroupSet named_saved;                    // named groups selected or reset since
-  GroupSet recent_groups;                  // of `group_touched`, since take_changes last asked
-  GroupSet recent_named;                   // of `named_touched`, likewise
+// What was selected at the save. It is put aside when the group first changes after the save.
+struct Save {
+  bool active = false;
+  int32_t packet = none;
+  bool packet_selected = false;
+  bool packet_changed = false;       // a packet was selected since
+  int32_t *selected_font = nullptr;  // per font group, valid in `touched_groups`
+  char **named_fonts = nullptr;      // per named group, owned or null, valid in `replaced_named`
+  GroupSet touched_groups;           // font groups selected from since
+  GroupSet touched_named;            // named groups selected since
+  GroupSet replaced_named;           // named groups selected or reset since
+  GroupSet recent_groups;            // of `touched_groups`, since take_changes was last called
+  GroupSet recent_named;             // of `touched_named`, likewise
+};
 
+// A packet's place in a walk through packets. Every packet is open at most once at a time, so that
+// the walk needs no stack besides these.
+struct PacketWalk {
+  int32_t fields;  // of the packet, without its name; set when it is declared
+  int32_t left;    // of them, still to be visited
+  int32_t parent;  // the packet that named this one, or none
+  bool open;       // being walked through
+  uint64_t walk;   // number of the walk that last opened it
+};
+struct Walks {
+  PacketWalk *packets = nullptr;  // per packet
+  uint64_t latest = 0;            // number of the latest walk
+  GroupSet settled;               // font groups that a walk backwards has dealt with
+};
+
+struct State {
+  Tables tables;
+  Selection selection;
+  Save save;
+  Walks walks;
   // Copies of the named groups' texts in the latest two lists of Kfont_changes that have such
   // texts, the older one first; owned.
   char *listed_texts[2] = {nullptr, nullptr};
@@ -76,6 +88,15 @@ extern State state;
 
 // font_definitions.cpp. The text is owned, or null; the old one is released unless it is static.
 void replace_single_font(char *text);
+
+// Each part makes room for one more font group, named group or packet, and releases what it has.
+// Making room throws memory::Exhausted; what there was stays.
+void make_room_for_font_group(Save &save, int32_t group);
+void make_room_for_named_group(Save &save, int32_t group);
+void release(Save &save);
+void make_room_for_font_group(Walks &walks, int32_t group);
+void make_room_for_packet(Walks &walks, int32_t packet);
+void release(Walks &walks);
 
 // font_packets.cpp
 void select_packet(int32_t packet);
