@@ -11,7 +11,6 @@
 #include "format/input.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <string_view>
 
@@ -20,6 +19,7 @@
 #include "format/parser.h"
 #include "frame/memory.h"
 #include "platform/stream_buffer.h"
+#include "text/byte_blocks.h"
 #include "text/character_types.h"
 
 namespace klib::parser {
@@ -28,13 +28,9 @@ namespace {
 
 constexpr size_t checked_ahead = 4096;
 
-// The first of a stack's sizes that is above `length` bytes, as its growth step gives them; a step
-// that does not enlarge counts as one byte.
+// The first of a stack's sizes that is above `length` bytes.
 int64_t size_above(const byte_stack &stack, size_t length) {
-  int64_t size = stack.size;
-  while (size <= static_cast<int64_t>(length))
-    size = std::max(growth::step(size, stack.increment), size + 1);
-  return size;
+  return growth::size_above(static_cast<int64_t>(length), stack.size, stack.increment);
 }
 
 void reallocate(byte_stack &stack, int64_t size) {
@@ -87,20 +83,17 @@ size_t copy_bytes(char *to, const char *from, size_t limit, uint32_t wanted) {
 // 00-1F or 80-9F, where all roles lie, is looked at more closely. Writes up to seven bytes more
 // than it copies, within the limit.
 size_t copy_words(char *to, const char *from, size_t limit, uint32_t wanted) {
-  constexpr uint64_t bit_6 = 0x4040404040404040;
-  constexpr bool first_is_low = std::endian::native == std::endian::little;
   size_t n = 0;
-  while (n + sizeof(uint64_t) <= limit) {
-    uint64_t word;
-    std::memcpy(&word, from + n, sizeof word);
-    std::memcpy(to + n, &word, sizeof word);
-    const uint64_t special = ~(word | word << 1) & bit_6;  // neither bit 5 nor bit 6 of the byte
+  while (n + word_size <= limit) {
+    const uint64_t word = load_word(from + n);
+    store_word(to + n, word);
+    // Those with neither bit 5 nor bit 6.
+    const uint64_t special = ~(word | word << 1) & in_each_byte(0x40);
     if (special == 0) {
-      n += sizeof word;
+      n += word_size;
       continue;
     }
-    n += static_cast<size_t>(first_is_low ? std::countr_zero(special) : std::countl_zero(special)) /
-         8;
+    n += first_marked_byte(special);
     if (has_role(from[n], wanted)) return n;
     ++n;
   }
@@ -110,7 +103,7 @@ size_t copy_words(char *to, const char *from, size_t limit, uint32_t wanted) {
 size_t copy_unwanted(char *to, const char *from, size_t limit, uint32_t wanted) {
   if ((wanted & P_WHITE) != 0) return copy_bytes<true>(to, from, limit, wanted);
   const uintptr_t distance = reinterpret_cast<uintptr_t>(from) - reinterpret_cast<uintptr_t>(to);
-  if (distance < sizeof(uint64_t)) return copy_bytes<false>(to, from, limit, wanted);
+  if (distance < word_size) return copy_bytes<false>(to, from, limit, wanted);
   return copy_words(to, from, limit, wanted);
 }
 

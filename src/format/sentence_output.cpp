@@ -6,11 +6,9 @@
 //     {90}12 Hello, world.{91}{0A}
 //
 // Unnumbered output is the text and the newline alone. Before it is written the text becomes one
-// paragraph with single blanks, wrapped by turning blanks into newlines: no byte is added, so that
-// the text is changed in the caller's own memory. A stretch without a blank is never broken.
-//
-// A whole sentence reaches the stream with one flush and without any allocation, in time linear in
-// its length whatever the width.
+// paragraph (paragraph.cpp) in the caller's own memory, piece by piece, so that a piece is still in
+// the cache when the stream takes it. A whole sentence reaches the stream with one flush and
+// without any allocation.
 
 #include <algorithm>
 #include <charconv>
@@ -19,6 +17,7 @@
 #include <string_view>
 
 #include "containers/slots.h"
+#include "format/paragraph.h"
 #include "frame/messages.h"
 #include "frame/resets.h"
 #include "klib.h"
@@ -41,119 +40,6 @@ struct State {
 };
 constinit State state;
 
-constexpr bool becomes_blank(char c) { return c == '\n' || c == '\r' || c == '\t'; }
-
-// Bytes that are looked at together; a comparison gives 255 for each byte of which it is true.
-using Block = uint8_t __attribute__((vector_size(16)));
-constexpr ptrdiff_t block_size = sizeof(Block);
-
-Block load(const char *bytes) {
-  Block block;
-  std::memcpy(&block, bytes, sizeof block);
-  return block;
-}
-
-bool any(Block condition) {
-  uint64_t halves[2];
-  std::memcpy(halves, &condition, sizeof halves);
-  return (halves[0] | halves[1]) != 0;
-}
-
-// Makes the blanks of a block. False when one of them, or another blank, follows a blank. No byte
-// is NUL, and there is a byte before the block.
-bool passes(char *bytes) {
-  const Block block = load(bytes);
-  const Block blanks = Block((block == '\n') | (block == '\r') | (block == '\t'));
-  const Block extra = Block((block | load(bytes - 1)) == ' ');
-  if (!any(blanks | extra)) return true;
-  const Block changed = (block & ~blanks) | (blanks & ' ');
-  std::memcpy(bytes, &changed, sizeof changed);
-  return !any(Block((changed | load(bytes - 1)) == ' '));
-}
-
-// Whether four blocks need no closer look: neither a blank after a blank nor any of the control
-// bytes among which those are that become blanks.
-bool calm(const char *bytes) {
-  Block suspect = {};
-  for (int i = 0; i < 4; ++i, bytes += block_size) {
-    const Block block = load(bytes);
-    suspect |= Block(block <= '\r') | Block((block | load(bytes - 1)) == ' ');
-  }
-  return !any(suspect);
-}
-
-// The first blank after a blank in [at, end), else `end`. What becomes a blank has become one
-// before it, and possibly a little beyond. There is a byte before `at`.
-char *next_extra_blank(char *at, char *end) {
-  const char *const begin = at;
-  while (end - at >= block_size) {
-    if (end - at >= 4 * block_size && calm(at)) {
-      at += 4 * block_size;
-      continue;
-    }
-    char *const stop = at + std::min<ptrdiff_t>((end - at) / block_size, 4) * block_size;
-    while (at < stop && passes(at)) at += block_size;
-    if (at < stop) break;
-  }
-  if (end - at < block_size && end - begin >= block_size && passes(end - block_size)) return end;
-  for (; at < end; ++at) {
-    if (becomes_blank(*at)) *at = ' ';
-    if (*at == ' ' && at[-1] == ' ') break;
-  }
-  return at;
-}
-
-// The text of one sentence while it is made ready in the caller's memory, piece by piece, so that a
-// piece is still in the cache when the stream takes it.
-struct Paragraph {
-  char *text;
-  char *read;     // where the rest of the caller's text begins
-  char *end;      // of the text with single blanks; at `read` or before it
-  int64_t limit;  // index up to which no break will be put in any more
-};
-
-Paragraph start(char *text, int64_t frame_length) {
-  if (becomes_blank(*text)) *text = ' ';
-  char *const second = *text == '\0' ? text : text + 1;
-  return {text, second, second, state.kti_width > 0 ? -frame_length - 1 : INT64_MAX};
-}
-
-// Turns every newline, carriage return and tab of the next piece into a blank and every run of
-// blanks into one. False at the end of the text.
-bool collapse_piece(Paragraph &paragraph) {
-  constexpr size_t piece = 32768;
-  auto &[text, read, end, limit] = paragraph;
-  if (*read == '\0') return false;
-  char *const piece_end = read + strnlen(read, piece);
-  const auto is_blank = [](char c) { return c == ' ' || becomes_blank(c); };
-  while (read < piece_end) {
-    if (end[-1] == ' ') read = std::find_if_not(read, piece_end, is_blank);
-    char *const extra = next_extra_blank(read, piece_end);
-    end = end == read ? extra : std::copy(read, extra, end);
-    read = extra;
-  }
-  return true;
-}
-
-// Breaks text[0, length) into lines of kti_width. The first candidate for a break leaves room for
-// what the frame takes of the first line; it lies before the text when there is none. The nearest
-// blank in the width before a candidate becomes the break, and the next candidate lies a width
-// after the byte that follows the break; without such a blank it lies a width further.
-void wrap(Paragraph &paragraph, int64_t length) {
-  auto &[text, read, end, limit] = paragraph;
-  const int64_t width = state.kti_width;
-  while (limit + width < length) {
-    int64_t blank = limit + width;
-    while (blank > limit && blank >= 0 && text[blank] != ' ') --blank;
-    if (blank > limit && blank >= 0) {
-      text[blank] = '\n';
-      limit = blank + 1;
-    } else {
-      limit += width;
-    }
-  }
-}
-
 // Hands the parts of a short sentence to the stream in one call.
 void write(FILE *stream, std::string_view frame, std::string_view text, std::string_view closing) {
   char whole[1024];
@@ -171,7 +57,8 @@ void write(FILE *stream, std::string_view frame, std::string_view text, std::str
 // Makes a text ready and writes it between its frame and its closing.
 void write_paragraph(FILE *stream, std::string_view frame, char *text, std::string_view closing) {
   constexpr ptrdiff_t large = 65536;
-  Paragraph paragraph = start(text, frame.empty() ? 0 : static_cast<int64_t>(frame.size()) + 1);
+  const int64_t frame_length = frame.empty() ? 0 : static_cast<int64_t>(frame.size()) + 1;
+  Paragraph paragraph = start_paragraph(text, frame_length, state.kti_width);
   const char *written = text;
   const auto rest = [&](const char *end) {
     return std::string_view(written, static_cast<size_t>(end - written));

@@ -16,8 +16,8 @@
 #include "frame/memory.h"
 #include "frame/messages.h"
 #include "klib.h"
-#include "lists/byte_blocks.h"
 #include "platform/platform.h"
+#include "text/byte_blocks.h"
 
 namespace klib::containers {
 

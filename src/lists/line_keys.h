@@ -4,8 +4,8 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
+#include "text/byte_blocks.h"
 #include "text/bytes.h"
 
 namespace klib::containers {
@@ -20,25 +20,23 @@ struct Readable {
     // Unsigned: a text before `begin` is as far off as one behind `end`.
     const uintptr_t size = address(end) - address(begin);
     const uintptr_t offset = address(bytes) - address(begin);
-    return offset < size && size - offset >= sizeof(uint64_t);
+    return offset < size && size - offset >= word_size;
   }
   static uintptr_t address(const char *bytes) { return reinterpret_cast<uintptr_t>(bytes); }
 };
 
 // A key: eight bytes, the first one highest, with zeros from the text's NUL on.
-inline constexpr size_t key_size = sizeof(uint64_t);
+inline constexpr size_t key_size = word_size;
 
 // Whether the text ends within the key.
 [[nodiscard]] inline bool is_complete(uint64_t key) { return (key & 0xFF) == 0; }
 
 // The key of a text that has eight bytes to be read.
 [[nodiscard]] inline uint64_t key_of_word(const char *bytes) {
-  constexpr uint64_t every_byte = 0x0101010101010101;
-  uint64_t word;
-  std::memcpy(&word, bytes, sizeof word);
+  uint64_t word = load_word(bytes);
   if (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
   // In every zero byte the top bit; a byte above the first zero may have it wrongly.
-  const uint64_t zeros = (word - every_byte) & ~word & (every_byte * 0x80);
+  const uint64_t zeros = (word - in_each_byte(1)) & ~word & in_each_byte(0x80);
   return __builtin_bswap64(word & (((zeros & (0 - zeros)) >> 7) - 1));
 }
 

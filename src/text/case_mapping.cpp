@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "frame/resets.h"
+#include "text/byte_blocks.h"
 #include "text/bytes.h"
 #include "text/character_types.h"
 
@@ -110,26 +111,24 @@ static_assert([] {
 
 // The upper-case form of eight bytes below 0x80.
 uint64_t uppercase_ascii(uint64_t bytes) {
-  constexpr uint64_t each = 0x0101010101010101;
-  const uint64_t from_a = bytes + (0x80 - 'a') * each, behind_z = bytes + (0x7F - 'z') * each;
-  return bytes ^ ((from_a ^ behind_z) & 0x80 * each) >> 2;  // a letter's case is its bit 0x20
+  const uint64_t from_a = bytes + in_each_byte(0x80 - 'a');
+  const uint64_t after_z = bytes + in_each_byte(0x7F - 'z');
+  return bytes ^ ((from_a ^ after_z) & in_each_byte(0x80)) >> 2;  // a letter's case is its bit 0x20
 }
 
 // Through the combined table.
 void uppercase_combined(char *s) {
-  constexpr uint64_t high_bits = 0x8080808080808080;
   const auto map = [&](char *end) {
     for (; s != end; ++s) *s = static_cast<char>(state.combined[u8(*s)]);
   };
   char *const end = s + std::strlen(s);
-  for (uint64_t bytes; end - s >= ptrdiff_t{sizeof bytes};) {
-    std::memcpy(&bytes, s, sizeof bytes);
-    if ((bytes & high_bits) != 0) {
-      map(s + sizeof bytes);
+  while (end - s >= ptrdiff_t{word_size}) {
+    const uint64_t bytes = load_word(s);
+    if ((bytes & in_each_byte(0x80)) != 0) {
+      map(s + word_size);
     } else {
-      bytes = uppercase_ascii(bytes);
-      std::memcpy(s, &bytes, sizeof bytes);
-      s += sizeof bytes;
+      store_word(s, uppercase_ascii(bytes));
+      s += word_size;
     }
   }
   map(end);
