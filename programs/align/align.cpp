@@ -92,6 +92,12 @@ struct PartJumps {
   JumpCounts forward, backward;
 };
 
+// How a round looks for partners.
+struct Steps {
+  bool in_chain;
+  Jumps forward, backward;
+};
+
 struct Training {
   const Model &model;
   std::span<const Stretch> stretches;
@@ -101,18 +107,23 @@ struct Training {
   std::vector<Worker> workers;
 };
 
-void find_partners(Training &training, const Stretch &stretch, bool in_chain, const Jumps &forward,
-                   const Jumps &backward, Worker &worker, PartJumps &jumps) {
+// Finds the partners of the units of a stretch in both directions.
+void find_partners(const Training &training, const Stretch &stretch, const Steps &steps,
+                   Worker &worker, PartJumps &jumps) {
   find_likelihoods(training.model, training.lexicon, stretch, training.found, worker.likelihood,
                    worker.forward, worker.backward);
-  if (in_chain) {
-    find_partners_in_chain(worker.forward, forward, worker.chain, worker.ahead, jumps.forward);
-    find_partners_in_chain(worker.backward, backward, worker.chain, worker.back, jumps.backward);
+  if (steps.in_chain) {
+    find_partners_in_chain(worker.forward, steps.forward, worker.chain, worker.ahead,
+                           jumps.forward);
+    find_partners_in_chain(worker.backward, steps.backward, worker.chain, worker.back,
+                           jumps.backward);
   } else {
     find_partners_on_diagonal(worker.forward, worker.ahead);
     find_partners_on_diagonal(worker.backward, worker.back);
   }
-  Found &found = training.found;
+}
+
+void keep_partners(const Stretch &stretch, const Worker &worker, Found &found) {
   agree(worker.forward, worker.ahead, worker.back, found.linked.data() + stretch.pairs);
   std::copy(worker.ahead.unlinked.begin(), worker.ahead.unlinked.end(),
             found.unlinked_target.data() + stretch.targets);
@@ -120,23 +131,36 @@ void find_partners(Training &training, const Stretch &stretch, bool in_chain, co
             found.unlinked_source.data() + stretch.sources);
 }
 
+// Calls work(stretch number, worker, jumps) for all stretches; returns the jumps of each part.
+template <typename Work>
+std::vector<PartJumps> for_stretches(Training &training, const Work &work) {
+  const size_t count = training.stretches.size();
+  std::vector<PartJumps> parts((count + stretches_of_part - 1) / stretches_of_part);
+  in_parallel(static_cast<int>(training.workers.size()), parts.size(),
+              [&](size_t part, int worker) {
+                const size_t end = std::min((part + 1) * stretches_of_part, count);
+                for (size_t k = part * stretches_of_part; k < end; k++)
+                  work(k, training.workers[static_cast<size_t>(worker)], parts[part]);
+              });
+  return parts;
+}
+
 void add_jumps(const JumpCounts &more, JumpCounts &sum) {
   for (size_t i = 0; i < sum.size(); i++) sum[i] += more[i];
 }
 
+Steps steps_of(const Training &training, bool in_chain) {
+  return {in_chain, jumps_of(training.forward_jumps), jumps_of(training.backward_jumps)};
+}
+
 void run_round(Training &training, bool in_chain) {
-  const Jumps forward = jumps_of(training.forward_jumps);
-  const Jumps backward = jumps_of(training.backward_jumps);
-  const std::span<const Stretch> stretches = training.stretches;
-  std::vector<PartJumps> parts((stretches.size() + stretches_of_part - 1) / stretches_of_part);
-  in_parallel(static_cast<int>(training.workers.size()), parts.size(),
-              [&](size_t part, int worker) {
-                const size_t end = std::min((part + 1) * stretches_of_part, stretches.size());
-                for (size_t k = part * stretches_of_part; k < end; k++)
-                  find_partners(training, stretches[k], in_chain, forward, backward,
-                                training.workers[static_cast<size_t>(worker)], parts[part]);
-              });
-  count_links(training.model, stretches, training.found, training.lexicon);
+  const Steps steps = steps_of(training, in_chain);
+  const std::vector<PartJumps> parts =
+      for_stretches(training, [&](size_t k, Worker &worker, PartJumps &jumps) {
+        find_partners(training, training.stretches[k], steps, worker, jumps);
+        keep_partners(training.stretches[k], worker, training.found);
+      });
+  count_links(training.model, training.stretches, training.found, training.lexicon);
   if (!in_chain) return;
   training.forward_jumps = training.model.forward_jumps;
   training.backward_jumps = training.model.backward_jumps;
@@ -144,6 +168,19 @@ void run_round(Training &training, bool in_chain) {
     add_jumps(part.forward, training.forward_jumps);
     add_jumps(part.backward, training.backward_jumps);
   }
+}
+
+// The links of the stretches whose lines are wanted.
+std::vector<std::vector<WordLink>> find_links(Training &training, int64_t first_wanted) {
+  const Steps steps = steps_of(training, true);
+  std::vector<std::vector<WordLink>> links(training.stretches.size());
+  for_stretches(training, [&](size_t k, Worker &worker, PartJumps &jumps) {
+    const Stretch &stretch = training.stretches[k];
+    if (stretch.line < first_wanted) return;
+    find_partners(training, stretch, steps, worker, jumps);
+    join_links(training.model, stretch, worker.ahead, worker.back, links[k]);
+  });
+  return links;
 }
 
 // Links units by their places alone, as a beginning.
@@ -221,10 +258,11 @@ void align_words(
                       model.backward_jumps,
                       std::vector<Worker>(static_cast<size_t>(std::max(job.jobs, 1)))};
     train(training);
-    for (const Stretch &stretch : part) {
-      if (stretch.line < job.first_wanted) continue;
-      finish_lines(stretch.line);
-      join_links(model, stretch, training.found.linked.data() + stretch.pairs, links);
+    const std::vector<std::vector<WordLink>> found = find_links(training, job.first_wanted);
+    for (size_t k = 0; k < part.size(); k++) {
+      if (part[k].line < job.first_wanted) continue;
+      finish_lines(part[k].line);
+      links.insert(links.end(), found[k].begin(), found[k].end());
     }
     keep_counts(training.lexicon, model);
     model.forward_jumps = training.forward_jumps;

@@ -6,11 +6,11 @@ namespace klib::programs::align {
 
 // How often a round is repeated. The first model looks for partners near the diagonal, the second
 // follows the order of partners; more rounds change little.
-constexpr int diagonal_rounds = 2, jump_rounds = 6;
+constexpr int diagonal_rounds = 2, jump_rounds = 4;
 
 // What is known of the translation of a word before any was seen, in occurrences: what the words
 // with its stem say, what looks like it, and that it may be any word of the other language.
-constexpr float stem_weight = 2, spelling_weight = 1, any_weight = 0.3F;
+constexpr float stem_weight = 2, spelling_weight = 2, any_weight = 0.6F;
 constexpr float any_stem_weight = 1;  // of a stem: that it may be any stem
 
 // The share of units without a partner, and how many occurrences it takes to learn which they are.

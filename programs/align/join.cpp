@@ -29,12 +29,13 @@ void agree(const Line &forward, const Partners &ahead, const Partners &back, flo
       linked[i * targets + j] = ahead.linked[j * sources + i] * back.linked[i * targets + j];
 }
 
-void join_links(const Model &model, const Stretch &stretch, const float *linked,
-                std::vector<WordLink> &links) {
-  const size_t targets = stretch.target.size();
-  for (size_t i = 0; i < stretch.source.size(); i++)
+void join_links(const Model &model, const Stretch &stretch, const Partners &ahead,
+                const Partners &back, std::vector<WordLink> &links) {
+  const size_t sources = stretch.source.size(), targets = stretch.target.size();
+  for (size_t i = 0; i < sources; i++)
     for (size_t j = 0; j < targets; j++) {
-      if (linked[i * targets + j] <= link_threshold * link_threshold) continue;
+      const float both = ahead.linked[j * sources + i] * back.linked[i * targets + j];
+      if (both <= link_threshold * link_threshold) continue;
       // Marks at the edges of words say nothing about the words.
       const bool marks = is_mark(model.source, stretch.source[i].type) &&
                          is_mark(model.target, stretch.target[j].type);

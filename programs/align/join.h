@@ -13,7 +13,7 @@ namespace klib::programs::align {
 void agree(const Line &forward, const Partners &ahead, const Partners &back, float *linked);
 
 // Adds the links of the words of a stretch, unsorted, some of them more than once.
-void join_links(const Model &model, const Stretch &stretch, const float *linked,
-                std::vector<WordLink> &links);
+void join_links(const Model &model, const Stretch &stretch, const Partners &ahead,
+                const Partners &back, std::vector<WordLink> &links);
 
 }  // namespace klib::programs::align

@@ -168,8 +168,18 @@ void take_counts(const Model &model, Lexicon &lexicon) {
     }
     const size_t begin = type == 0 ? 0 : lexicon.ends[type - 1];
     for (size_t i = begin; i < lexicon.ends[type]; i++)
-      lexicon.base_counts[i] = known[at(lexicon.candidates[i].target)];
+      lexicon.candidates[i].count = lexicon.base_counts[i] =
+          known[at(lexicon.candidates[i].target)];
     for (const PairCount &pair : known_pairs(model, type)) known[at(pair.target)] = 0;
+  }
+}
+
+void find_evidence(Lexicon &lexicon) {
+  lexicon.evidence.resize(lexicon.candidates.size());
+  for (size_t i = 0; i < lexicon.candidates.size(); i++) {
+    const Candidate &candidate = lexicon.candidates[i];
+    lexicon.evidence[i] = {candidate.count + spelling_weight * candidate.likeness,
+                           lexicon.now.stems[at(candidate.stems)]};
   }
 }
 
@@ -239,6 +249,7 @@ void collect_candidates(const Model &model, std::span<const Stretch> stretches, 
   number_stems(model, lexicon);
   take_counts(model, lexicon);
   lexicon.now = lexicon.base;
+  find_evidence(lexicon);
 }
 
 void count_links(const Model &model, std::span<const Stretch> stretches, const Found &found,
@@ -259,6 +270,7 @@ void count_links(const Model &model, std::span<const Stretch> stretches, const F
       add_pair(model, type, candidate.target, count, now);
     }
   }
+  find_evidence(lexicon);
   for (const Stretch &stretch : stretches) {
     count_unlinked(stretch.source, found.unlinked_source.data() + stretch.sources, now.source);
     count_unlinked(stretch.target, found.unlinked_target.data() + stretch.targets, now.target);
@@ -314,11 +326,11 @@ void find_likelihoods(const Model &model, const Lexicon &lexicon, const Stretch 
   for (size_t i = 0; i < sources; i++)
     for (size_t j = 0; j < targets; j++) {
       const size_t cell = i * targets + j;
-      const Candidate &candidate = lexicon.candidates[at(numbers[cell])];
+      const CandidateEvidence &evidence = lexicon.evidence[at(numbers[cell])];
       const Scales &source = scratch.source[i], &target = scratch.target[j];
       const float own = linked[cell];
-      const float stems = without(lexicon.now.stems[at(candidate.stems)], own);
-      const float both = without(candidate.count, own) + spelling_weight * candidate.likeness;
+      const float stems = without(evidence.stems, own);
+      const float both = without(evidence.direct, own);
       forward.likelihood[j * sources + i] =
           source.all * (both + any_weight * any_target +
                         source.stem * target.part * (stems + any_stem_weight * any_target));

@@ -40,6 +40,12 @@ struct Candidate {
   int32_t stems;  // the pair of its stems
 };
 
+// What likelihoods ask about a candidate, side by side for the cache.
+struct CandidateEvidence {
+  float direct;  // its count, and what its spelling is worth
+  float stems;   // the count of the pair of its stems
+};
+
 struct Counts {
   std::vector<float> stems;  // of the pairs of stems
   LanguageCounts source, target;
@@ -47,9 +53,10 @@ struct Counts {
 
 struct Lexicon {
   std::vector<Candidate> candidates;
-  std::vector<size_t> ends;        // of each source type
-  std::vector<float> base_counts;  // of the candidates, from earlier text; none: all 0
-  Counts base, now;                // now: base and what was found
+  std::vector<CandidateEvidence> evidence;  // of the candidates
+  std::vector<size_t> ends;                 // of each source type
+  std::vector<float> base_counts;           // of the candidates, from earlier text; none: all 0
+  Counts base, now;                         // now: base and what was found
 };
 
 // Collects the candidates of the stretches. Found gets room, nothing being linked.

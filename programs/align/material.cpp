@@ -15,7 +15,7 @@ namespace klib::programs::align {
 namespace {
 
 // A line of a lexicon counts as often as this: it is known, not found in passing.
-constexpr int lexicon_weight = 3;
+constexpr int lexicon_weight = 5;
 
 void load_model(const char *name, Model &model) {
   const InputFile file = open_input(name);
