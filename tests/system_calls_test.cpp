@@ -167,7 +167,7 @@ const struct {
      "open: 4100 0 ; <no list>\nsize: 4100 0 ; <no size>Could not open file 'list'/\n"
      "read: 0 0 ; <list 3: -1>!\nclose: 0 1 ab{0A}; <not closed>\n"
      "open_stream: 0 1 old; <no new>!\nwrite_stream: 0 1 a; <not closed>\n"
-     "write_stream: 0 1 ab; <not closed>\nclose_stream: 0 1 ab{0A}; <not closed>\n"
+     "close_stream: 0 1 ab{0A}; <not closed>\n"
      "1 byte of read: 0 1 a{0A}; <list 3: 1>!\n"},
     // Kread_all_parameter_files Manage_parameter_file Kpathname Kcwd
     {[] {

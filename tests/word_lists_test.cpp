@@ -70,6 +70,17 @@ TEST_F(WordLists, SortSearchAndDump) {
   EXPECT_EQ(l_length, 5);
 }
 
+TEST_F(WordLists, DumpsLinesOfAllLengths) {
+  std::string lines;
+  for (const size_t length : {0u, 1u, 32766u, 0u, 32767u, 32768u, 5u, 100000u, 32760u, 7u, 0u, 3u})
+    lines += std::string(length, 'a') + '\n';
+  write_file("list", lines);
+  ASSERT_EQ(Klist_in("list"), 0);
+  Kdump_list("dump");
+  EXPECT_EQ(read_file("dump"), lines);
+  Kdestroy_list();
+}
+
 TEST_F(WordLists, SortLinesWithMuchInCommonWithAndWithoutMemory) {
   std::mt19937 random(1);
   for (const size_t common : {0u, 7u, 8u, 300u})

@@ -1,7 +1,9 @@
 // The word list: the lines of one file, loaded, sorted, searched and written back. Programs see it
 // as l_array and l_length; the regular-expression searches use its lines as their expressions.
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "files/checked_files.h"
 #include "frame/memory.h"
@@ -31,6 +33,30 @@ int compare(const char *word, uint64_t word_key, const char *line) {
   if (word_key != line_key) return word_key < line_key ? -1 : 1;
   if (containers::is_complete(word_key)) return 0;
   return std::strcmp(word + containers::key_size, line + containers::key_size);
+}
+
+// Lines that a stream is to take together: a call for each would cost as much as its bytes.
+struct Gathered {
+  FILE *stream;
+  size_t size = 0;
+  char bytes[32768];
+};
+
+bool write_gathered(Gathered &gathered) {
+  const size_t size = std::exchange(gathered.size, 0);
+  return size == 0 || platform::calls.write_stream(gathered.bytes, size, gathered.stream) == size;
+}
+
+bool write_line(Gathered &gathered, const char *line) {
+  const size_t length = std::strlen(line);
+  if (length >= sizeof gathered.bytes - gathered.size && !write_gathered(gathered)) return false;
+  if (length >= sizeof gathered.bytes)
+    return platform::calls.write_stream(line, length, gathered.stream) == length &&
+           platform::calls.write_stream("\n", 1, gathered.stream) == 1;
+  char *end = std::copy_n(line, length, gathered.bytes + gathered.size);
+  *end = '\n';
+  gathered.size += length + 1;
+  return true;
 }
 
 }  // namespace
@@ -84,13 +110,11 @@ int32_t Klist_search(const char *word) {
 void Kdump_list(const char *name) {
   FILE *stream = Kfopen(name, platform::write_text);
   if (stream == nullptr) return;
-  const auto write = [stream](const char *bytes, size_t size) {
-    return platform::calls.write_stream(bytes, size, stream) == size;
-  };
+  Gathered gathered;
+  gathered.stream = stream;
   bool complete = true;
-  for (int32_t i = 0; i < l_length && complete; ++i)
-    complete = write(l_array[i], std::strlen(l_array[i])) && write("\n", 1);
-  files::close_stream(stream, complete);
+  for (int32_t i = 0; i < l_length && complete; ++i) complete = write_line(gathered, l_array[i]);
+  files::close_stream(stream, complete && write_gathered(gathered));
 }
 
 void Kdestroy_list() {

@@ -9,9 +9,42 @@
 #include "text/bytes.h"
 #include "text/character_types.h"
 
+namespace klib::string_routines {
+
+namespace {
+
+const char *first_without_stepping_back(const char *pattern, const char *text) {
+  for (const char *at = text; (at = std::strchr(at, *pattern)) != nullptr;) {
+    const char *const start = at;
+    const char *matched = pattern;
+    do {
+      ++at;
+      ++matched;
+    } while (*matched != '\0' && *matched == *at);
+    if (*matched == '\0') return start;
+  }
+  return nullptr;
+}
+
+// Whether a partial match may reach from before the first occurrence into it: only where the first
+// byte of the pattern comes again in it.
+bool may_be_passed(const char *pattern, const char *text, const char *found) {
+  const char first = *pattern;
+  if (first == '\0') return false;
+  for (const char *again = pattern; (again = std::strchr(again + 1, first)) != nullptr;) {
+    if (again - pattern <= found - text && found[pattern - again] == first) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+}  // namespace klib::string_routines
+
 // Exported names
 
 using namespace klib;
+using namespace klib::string_routines;
 
 void leftshift(char *s) {
   if (*s != '\0') std::memmove(s, s + 1, std::strlen(s));
@@ -21,21 +54,14 @@ void rightshift(char *s, int32_t n) {
   if (n > 0) std::memmove(s + n, s, std::strlen(s) + 1);
 }
 
-// One forward pass that never steps back in the text: after a partial match has failed, the next
-// one begins at the byte where it failed or later.
+// As if by one forward pass that never steps back in the text: after a partial match has failed,
+// the next one begins at the byte where it failed or later. So an occurrence is missed where a
+// partial match has begun less than a pattern's length before it.
 int32_t search(const char *pattern, const char *text) {
-  if (*pattern == '\0') return 0;
-  for (const char *at = text; (at = std::strchr(at, *pattern)) != nullptr;) {
-    const char *const start = at;
-    const char *matched = pattern;
-    do {
-      ++at;
-      ++matched;
-    } while (*matched != '\0' && *matched == *at);
-    if (*matched == '\0')
-      return start - text <= INT32_MAX ? static_cast<int32_t>(start - text) : -1;
-  }
-  return -1;
+  const char *found = std::strstr(text, pattern);
+  if (found == nullptr) return -1;
+  if (may_be_passed(pattern, text, found)) found = first_without_stepping_back(pattern, text);
+  return found != nullptr && found - text <= INT32_MAX ? static_cast<int32_t>(found - text) : -1;
 }
 
 char *replace(char *s, const char *old_text, const char *new_text) {
@@ -70,29 +96,17 @@ char *substring(const char *s, uint32_t from, uint32_t to) {
   });
 }
 
-// Every byte is written, and the place for the next one moves on behind those that stay: no branch
-// depends on the text. Eight bytes are read and judged before the first of them is written, so that
-// reading never waits for the place of a write.
+// Every byte is written, and the place for the next one moves on after those that stay: no branch
+// depends on the text.
 void remove_if(char *s, uint32_t mask) {
   const uint32_t *const types = c_t;
-  const auto stays = [=](char byte) -> size_t { return (types[u8(byte)] & mask) == 0; };
-  constexpr size_t block_size = 8;
-  size_t left = std::strlen(s);
+  const char *const end = s + std::strlen(s);
   char *kept = s;
-  for (; left >= block_size; left -= block_size, s += block_size) {
-    char block[block_size];
-    size_t place[block_size + 1] = {};
-    for (size_t i = 0; i < block_size; ++i) {
-      block[i] = s[i];
-      place[i + 1] = place[i] + stays(s[i]);
-    }
-    for (size_t i = 0; i < block_size; ++i) kept[place[i]] = block[i];
-    kept += place[block_size];
-  }
-  for (; left > 0; --left, ++s) {
+#pragma GCC unroll 8
+  for (; s != end; ++s) {
     const char byte = *s;
     *kept = byte;
-    kept += stays(byte);
+    kept += (types[u8(byte)] & mask) == 0;
   }
   *kept = '\0';
 }
