@@ -16,7 +16,8 @@ struct Reader {
   const CodePage &page;
   std::string_view text;
   Sentence &sentence;
-  size_t position = 0;
+  char32_t *characters;  // room for as many as the text has bytes
+  size_t position = 0, count = 0;
 };
 
 // The number that the text is, or -1.
@@ -39,7 +40,7 @@ std::string_view take_code(Reader &reader, char close, const char *what) {
 void take_anchor(Reader &reader) {
   const int32_t number = whole_number(take_code(reader, anchor_end, "an anchor"));
   if (number < 0) fail(reader.file.name(), reader.file.line(), "an anchor without a number");
-  reader.sentence.add_anchor(number);
+  reader.sentence.codes.push_back({reader.count, number});
 }
 
 void take_font(Reader &reader) {
@@ -49,7 +50,7 @@ void take_font(Reader &reader) {
   const int32_t number = whole_number(body.substr(std::min(separator + 1, body.size())));
   if (group < 0 || number < 0)
     fail(reader.file.name(), reader.file.line(), "unknown font '%s'", readable(body).c_str());
-  reader.sentence.add_font(group, number);
+  reader.sentence.codes.push_back({reader.count, number, group});
 }
 
 void take_character(Reader &reader) {
@@ -64,23 +65,19 @@ void take_character(Reader &reader) {
          parameter(TextParameter::language));
   }
   if (alien && (c == '<' || c == '>' || c == '&')) c |= bare_flag;
-  reader.sentence.text += c;
+  reader.characters[reader.count++] = c;
 }
 
 // Takes the bytes that are characters of the page, up to a code or an alien.
 void take_run(Reader &reader) {
-  std::u32string &text = reader.sentence.text;
-  const size_t before = text.size(), left = reader.text.size() - reader.position;
-  text.resize(before + left);
-  const char *const bytes = reader.text.data() + reader.position;
-  size_t taken = 0;
-  for (char32_t c; taken < left; taken++) {
-    c = reader.page.character[static_cast<unsigned char>(bytes[taken])];
+  size_t position = reader.position, count = reader.count;
+  for (char32_t c; position < reader.text.size(); position++) {
+    c = reader.page.character[static_cast<unsigned char>(reader.text[position])];
     if (c == 0) break;
-    text[before + taken] = c;
+    reader.characters[count++] = c;
   }
-  text.resize(before + taken);
-  reader.position += taken;
+  reader.position = position;
+  reader.count = count;
 }
 
 void append_decimal(int32_t number, std::string &text) {
@@ -130,7 +127,8 @@ bool has_codes(std::string_view frame_text) {
 void read_sentence(const SentenceFile &file, const CodePage &page, Sentence &sentence) {
   sentence.clear();
   sentence.number = file.number();
-  Reader reader{file, page, file.text(), sentence};
+  sentence.text.resize(file.text().size());
+  Reader reader{file, page, file.text(), sentence, sentence.text.data()};
   while (reader.position < reader.text.size()) {
     const char c = reader.text[reader.position];
     if (c == anchor_begin)
@@ -142,6 +140,7 @@ void read_sentence(const SentenceFile &file, const CodePage &page, Sentence &sen
     else
       take_character(reader);
   }
+  sentence.text.resize(reader.count);
 }
 
 void append_sentence(const Sentence &sentence, const CodePage &page, std::string &text) {
