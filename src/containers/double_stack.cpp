@@ -50,7 +50,7 @@ constinit char **_sa = nullptr;
 constinit int32_t *_ta = nullptr;
 constinit int32_t _sa_index = 0;
 
-void init_double_stack(void) {
+void init_double_stack() {
   _sa = a_make(slots::double_stack_texts, initial_count, increment);
   _ta = reinterpret_cast<int32_t *>(a_make(slots::double_stack_tags, initial_count, increment));
   _sa_index = 0;
@@ -76,7 +76,7 @@ void zap_double_object(int32_t index) {
   --_sa_index;
 }
 
-void reuse_double_stack(void) {
+void reuse_double_stack() {
   std::for_each_n(_sa, entries(), Kfree);
   _sa_index = 0;
 }
@@ -87,7 +87,7 @@ void empty_double_stack(FILE *stream) {
   reuse_double_stack();
 }
 
-void free_double_stack(void) {
+void free_double_stack() {
   a_free(slots::double_stack_texts);
   a_free(slots::double_stack_tags);
   _sa = nullptr;

@@ -28,7 +28,7 @@ bool is_separator(char byte) { return byte == '/' || byte == '\\'; }
 memory::Text join(std::initializer_list<std::string_view> parts) {
   size_t size = 1;
   for (const std::string_view part : parts) size += part.size();
-  memory::Text joined(static_cast<char *>(memory::allocate(size)));
+  memory::Text joined = memory::allocate_array<char>(size);
   char *next = joined.get();
   for (const std::string_view part : parts) next += part.copy(next, part.size());
   *next = '\0';
@@ -100,7 +100,7 @@ char **Ksearch_path(const char *path, const char *base_name) {
 
 char *Kcwd() {
   return memory::guarded<char *>(nullptr, []() -> char * {
-    memory::Text buffer(static_cast<char *>(memory::allocate(working_directory_size)));
+    memory::Text buffer = memory::allocate_array<char>(working_directory_size);
     if (platform::calls.working_directory(buffer.get(), working_directory_size) != nullptr)
       return buffer.release();
     report_and_abort(MESSAGE_NO_WORKING_DIRECTORY);

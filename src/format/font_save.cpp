@@ -68,7 +68,7 @@ void keep_named_texts(char **list, bool all) {
   size_t size = 0;
   for_each_named_change(all, false, [&](const char *text) { size += std::strlen(text) + 1; });
   if (size == 0) return;
-  memory::Text kept(static_cast<char *>(memory::allocate(size)));
+  memory::Text kept = memory::allocate_array<char>(size);
   char *next = kept.get();
   for_each_font_change(all, false, false, [&](const char *) { ++list; });
   for_each_named_change(all, false, [&](const char *text) {

@@ -27,28 +27,27 @@ void out_of_memory() {
 
 }  // namespace
 
+void fail_allocation() {
+  out_of_memory();
+  throw Exhausted{};
+}
+
 void *allocate(size_t size) {
-  if (size > UINT32_MAX) {
-    out_of_memory();
-    throw Exhausted{};
-  }
+  if (size > UINT32_MAX) fail_allocation();
   void *block = Kmalloc(static_cast<uint32_t>(std::max<size_t>(size, 1)));
   if (block == nullptr) throw Exhausted{};
   return block;
 }
 
 void *reallocate(void *block, size_t size) {
-  if (size > UINT32_MAX) {
-    out_of_memory();
-    throw Exhausted{};
-  }
+  if (size > UINT32_MAX) fail_allocation();
   void *moved = Krealloc(block, static_cast<uint32_t>(std::max<size_t>(size, 1)));
   if (moved == nullptr) throw Exhausted{};
   return moved;
 }
 
 Text copy(std::string_view text) {
-  Text block(static_cast<char *>(allocate(text.size() + 1)));
+  Text block = allocate_array<char>(text.size() + 1);
   std::copy(text.begin(), text.end(), block.get());
   block[text.size()] = '\0';
   return block;
@@ -73,9 +72,9 @@ void move_texts(Vector<Text> &texts, char **list) {
 
 void Buffer::grow(size_t size) {
   const size_t wanted = std::max({size + 1, capacity_ + capacity_ / 2, size_t{16}});
-  // reallocate keeps the old block when it fails, and the owner keeps that.
+  // reallocate keeps the old block when it fails, and so does the owner.
   char *moved = static_cast<char *>(reallocate(text_.get(), wanted));
-  static_cast<void>(text_.release());
+  text_.release();
   text_.reset(moved);
   capacity_ = wanted;
   text_[size_] = '\0';

@@ -19,6 +19,9 @@ namespace klib::memory {
 
 struct Exhausted {};
 
+// As an allocation that fails: reports, takes the abort path and throws.
+[[noreturn]] void fail_allocation();
+
 // A block of `size` bytes (at least one is asked for); sizes beyond 32 bits are a failed
 // allocation.
 [[nodiscard]] void *allocate(size_t size);

@@ -40,7 +40,7 @@ struct Descriptor {
 // The file's `size` bytes and a NUL. What cannot be read is reported and stays NUL.
 memory::Text read_whole(const char *name, int32_t descriptor, int32_t size) {
   const size_t bytes = static_cast<size_t>(size);
-  memory::Text buffer(static_cast<char *>(memory::allocate(bytes + 1)));
+  memory::Text buffer = memory::allocate_array<char>(bytes + 1);
   const int64_t read = files::read_once(descriptor, buffer.get(), bytes);
   const size_t arrived = static_cast<size_t>(std::max<int64_t>(read, 0));
   std::memset(buffer.get() + arrived, 0, bytes + 1 - arrived);
@@ -122,7 +122,7 @@ char **read_lines(const char *name, int32_t *count) {
     auto lines = memory::allocate_array<char *>(starts);
     split<kind>(buffer.get(), bytes, lines.get());
     *count = count_lines(lines.get(), starts);
-    static_cast<void>(buffer.release());  // the caller's through the first line
+    buffer.release();  // the caller's through the first line
     return lines.release();
   });
 }

@@ -215,7 +215,7 @@ uint32_t fiprops(int32_t key) {
   return 0;
 }
 
-char **Kcharacter_types_regex(void) {
+char **Kcharacter_types_regex() {
   return memory::guarded<char **>(nullptr, [] {
     const size_t count = count_named_types();
     memory::TextList expressions = memory::make_text_list(count);

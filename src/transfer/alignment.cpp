@@ -5,6 +5,8 @@
 
 #include "transfer/transfer.h"
 
+#include <cassert>
+
 namespace klib::transfer {
 
 DefaultLists make_default_alignment(TargetTable &targets, size_t source_words) {
@@ -50,6 +52,7 @@ AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words) 
     for (const int32_t *number = targets.words[k].alignment; *number != -1; ++number)
       if (names_word(*number))
         index.targets[--starts[static_cast<size_t>(*number)]] = static_cast<uint32_t>(k);
+  assert(starts.front() == 0 && starts.back() == entries);
   return index;
 }
 

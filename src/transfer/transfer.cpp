@@ -10,6 +10,8 @@
 
 #include "transfer/transfer.h"
 
+#include <cassert>
+
 #include "format/codes.h"
 #include "format/fonts.h"
 #include "transfer/font_lists.h"
@@ -31,11 +33,11 @@ struct Assembly {
   const TargetTable &targets;
   const memory::Vector<PlacedCode> &placed;
   FontLists &lists;
-  memory::Buffer text;
-  size_t copied = 0;                    // the translation up to here is in `text`
-  size_t next_code = 0;                 // in `placed`
-  uint32_t last_list = 0;               // whose fonts were selected last
-  memory::Vector<uint32_t> candidates;  // scratch
+  memory::Buffer text = {};
+  size_t copied = 0;                         // the translation up to here is in `text`
+  size_t next_code = 0;                      // in `placed`
+  uint32_t last_list = 0;                    // whose fonts were selected last
+  memory::Vector<uint32_t> candidates = {};  // scratch
 };
 
 // Selects the fonts of the source's codes and notes the fonts in force at each word: those of the
@@ -122,8 +124,19 @@ memory::Text assemble_translation(Assembly &assembly) {
 // Offsets have 32 bits: a text of 2 GiB or more counts as more than the memory can hold.
 std::string_view measured(const char *text) {
   const std::string_view view(text);
-  if (view.size() > INT32_MAX) static_cast<void>(memory::allocate(SIZE_MAX));
+  if (view.size() > INT32_MAX) memory::fail_allocation();
   return view;
+}
+
+// Every code belongs to a word, knows the list of fonts at its word, and is placed at most once, an
+// anchor exactly once.
+[[maybe_unused]] bool counts_hold(const SourceTable &source,
+                                  const memory::Vector<PlacedCode> &placed) {
+  size_t codes = 0, anchors = 0, placed_anchors = 0;
+  for (size_t w = 0; w < source.words.size(); ++w) codes += source.codes_of(w).size();
+  for (const WordCode &code : source.codes) anchors += code.kind == P_ANCHOR;
+  for (const PlacedCode &code : placed) placed_anchors += source.codes[code.code].kind == P_ANCHOR;
+  return codes == source.codes.size() && placed_anchors == anchors && placed.size() <= codes;
 }
 
 enum class Alignment { given, missing, default_requested };
@@ -138,6 +151,7 @@ char *copy_fonts(std::string_view source_text, std::string_view target_text, int
   SourceTable source = read_source_words(source_text);
   if (source.codes.empty()) return memory::copy(target_text).release();
   FontLists lists = note_font_states(source);
+  assert(source.words.back().font_state < lists.lists.size());
   TargetTable targets = read_target_words(target_text);
   const auto without_transfer = [&](std::string_view translation) {
     return memory::copy(source.has_anchors ? source_text : translation).release();
@@ -154,12 +168,14 @@ char *copy_fonts(std::string_view source_text, std::string_view target_text, int
     for (size_t k = 0; k < targets.words.size(); ++k) targets.words[k].alignment = alignment[k];
   }
   const auto placed = distribute_codes(source, targets);
+  assert(counts_hold(source, placed));
 
   const FontSave save;
   reset_named_font_groups();
-  Assembly assembly{source, targets, placed, lists, {}, 0, 0, 0, {}};
+  Assembly assembly{.source = source, .targets = targets, .placed = placed, .lists = lists};
   assembly.text.reserve(source_text.size() + target_text.size());
   memory::Text result = assemble_translation(assembly);
+  assert(assembly.next_code == placed.size() && assembly.copied == targets.words.back().end());
   if (kind == Alignment::default_requested) {
     for (size_t k = 0; k < made.size(); ++k) alignment[k] = made[k].release();
     alignment[made.size()] = nullptr;

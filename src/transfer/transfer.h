@@ -63,7 +63,7 @@ struct TargetWord {
 
 struct TargetTable {
   std::string_view text;  // the caller's
-  memory::Vector<TargetWord> words;
+  memory::Vector<TargetWord> words = {};
 
   [[nodiscard]] std::string_view word(size_t k) const {
     return text.substr(words[k].start, words[k].length);

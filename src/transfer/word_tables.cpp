@@ -73,7 +73,7 @@ std::string_view inside(std::string_view code) {
 
 struct Reading {
   SourceTable &table;
-  memory::Buffer bodies;
+  memory::Buffer bodies = {};
   size_t codes_before_text = 0;  // codes from this one on wait for the byte after them
   char last_byte = '\0';         // of the current word's text
 };
@@ -164,7 +164,7 @@ void join_code_only_groups(SourceTable &table) {
 
 SourceTable read_source_words(std::string_view source) {
   SourceTable table;
-  Reading reading{table, {}};
+  Reading reading{.table = table};
   table.words.reserve(reserved_words);
   open_word(reading);
   for (size_t at = 0; at < source.size();) {
@@ -186,11 +186,12 @@ SourceTable read_source_words(std::string_view source) {
 }
 
 TargetTable read_target_words(std::string_view target) {
-  TargetTable table{target, {}};
+  TargetTable table{.text = target};
   table.words.reserve(reserved_words);
   for (size_t at = find_white<false>(target, 0); at < target.size();) {
     const size_t end = find_white<true>(target, at);
-    table.words.push_back({static_cast<uint32_t>(at), static_cast<uint32_t>(end - at)});
+    table.words.push_back(
+        {.start = static_cast<uint32_t>(at), .length = static_cast<uint32_t>(end - at)});
     at = find_white<false>(target, end);
   }
   return table;
