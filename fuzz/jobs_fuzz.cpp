@@ -28,12 +28,16 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const std::string language = any_language(input), target = any_language(input);
   const uint32_t flags = input.byte();
   const bool own_index = (flags & 1) != 0, with_nuls = (flags & 2) != 0,
-             in_order = (flags & 4) != 0;
+             in_order = (flags & 4) != 0, with_headers = (flags & 8) == 0;
   clear_scratch();
-  for (const char *name : {"job.kti", "job.tra", "job.ali", "job.anc"}) {
+  const std::string begin = " 2 0000000000000000 " + language;
+  for (const std::string name : {"job.kti", "job.tra", "job.ali", "job.anc"}) {
     std::string content = input.text();
     if (with_nuls) std::replace(content.begin(), content.end(), '~', '\0');
-    scratch_file(name, content);
+    if (with_headers && name == "job.kti") content = "klib-sentences" + begin + "\n" + content;
+    if (with_headers && name == "job.anc")
+      content = "klib-page" + begin + " html UTF-8\n" + content;
+    scratch_file(name.c_str(), content);
   }
   scratch_file("job.anx", own_index ? input.rest() : index_of_lines(read_scratch("job.anc")));
 

@@ -17,6 +17,7 @@
 #include "programs/common/sentence.h"
 #include "programs/common/sentence_file.h"
 #include "programs/common/utf8.h"
+#include "programs/frame/job_files.h"
 #include "programs/kcarry_lines.h"
 
 namespace klib::programs {
@@ -27,9 +28,9 @@ struct Totals {
 };
 
 struct Carry {
+  SentenceFile sentences;  // first: it says the language
   const char *source_language = parameter(TextParameter::language);
   const char *language_of_target = parameter(TextParameter::target_language);
-  SentenceFile sentences;
   std::unique_ptr<LineReader> translation, alignment;  // without the second, in order
   std::vector<CarryLine> lines;                        // or else all of this, read before
   std::string_view line;                               // of the translation
@@ -258,14 +259,25 @@ void open_files(Carry &job, const char *translation, const char *alignment) {
 void carry(const char *sentences, const char *translation, const char *alignment, const char *out) {
   if (alignment && strcmp(alignment, "-") == 0 && strcmp(translation, "-") == 0)
     fail("standard input", 0, "cannot be both TRANSLATION and ALIGNMENT");
+  const std::string inputs[] = {sentences, translation, alignment ? alignment : "",
+                                with_type(sentences, "anc"), with_type(sentences, "anx")};
+  const std::string outputs[] = {out};
+  check_job_files(inputs, outputs);
+  check_sentence_file(out);
   const auto owner = std::make_unique<Carry>(sentences, out);
   Carry &job = *owner;
   job.anchor_name = with_type(sentences, "anc");
-  if (access(job.anchor_name.c_str(), F_OK) == 0)
+  if (access(job.anchor_name.c_str(), F_OK) == 0) {
     job.anchors = std::make_unique<AnchorKinds>(job.anchor_name);
+    check_same_job(sentences, job.sentences.header(), job.anchor_name.c_str(),
+                   job.anchors->header());
+  }
   make_code_page(job.language_of_target, job.to);
   make_code_page(job.source_language, job.from);
   const ActiveLanguage active(job.source_language);
+  JobHeader header = job.sentences.header();
+  header.target = job.language_of_target;
+  job.out.write(sentence_header(header));
   open_files(job, translation, alignment);
   init_kti_format(1);
   for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;) {

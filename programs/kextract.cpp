@@ -2,6 +2,7 @@
 // and everything else as anchors. docs/pipeline.md describes the files.
 #include "programs/common/program.h"
 #include "programs/document/extraction.h"
+#include "programs/frame/job_files.h"
 #include "programs/kinds.h"
 
 namespace klib::programs {
@@ -10,6 +11,11 @@ namespace {
 const char *encoding;  // the value of --encoding
 
 void extract(const char *sentences, const char *page) {
+  const std::string inputs[] = {page};
+  const std::string outputs[] = {sentences, with_type(sentences, "txt"),
+                                 with_type(sentences, "anc"), with_type(sentences, "anx")};
+  check_job_files(inputs, outputs);
+  check_family(sentences);
   const DocumentKind &kind = kind_of_file(page);
   extract_document(kind, kind.read(page, encoding ? encoding : ""), sentences);
 }

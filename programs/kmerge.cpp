@@ -2,12 +2,16 @@
 // describes the files and what is done with markup that a translation has put out of order.
 #include "programs/common/program.h"
 #include "programs/document/merging.h"
+#include "programs/frame/job_files.h"
 #include "programs/kinds.h"
 
 namespace klib::programs {
 namespace {
 
 void merge(const char *sentences, const char *anchors, const char *result) {
+  const std::string inputs[] = {sentences, anchors, with_type(anchors, "anx")};
+  const std::string outputs[] = {result};
+  check_job_files(inputs, outputs);
   merge_document(find_kind, sentences, anchors, result);
 }
 

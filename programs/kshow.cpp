@@ -13,9 +13,11 @@
 
 #include "programs/common/code_page.h"
 #include "programs/common/input_file.h"
+#include "programs/common/job_header.h"
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
+#include "programs/frame/job_files.h"
 #include "programs/report/report.h"
 
 namespace klib::programs {
@@ -151,10 +153,20 @@ void show_sentence(Show &job) {
   job.shifted_line = end.real_line;
 }
 
+// The first line of a sentence file says its language, which need not be given then.
+void take_header(Show &job) {
+  std::string_view line(p_root[parser_level].token);
+  if (line.ends_with('\n')) line.remove_suffix(1);
+  const std::string language = language_of_header(line);
+  if (!language.empty() && !is_given(TextParameter::language))
+    make_code_page(language.c_str(), job.page);
+}
+
 void show_tokens(Show &job, FILE *stream) {
   init_parser(codes_in_sentences | P_SENTENCE);
-  for (;;) {
+  for (bool first = true;; first = false) {
     const int32_t kind = parse(stream);
+    if (first && (kind == P_TEXT || kind == P_LINE)) take_header(job);
     if (kind == P_SENTENCE)
       show_sentence(job);
     else if (kind != P_END)
@@ -179,7 +191,10 @@ void show(const char *given_name) {
   if (fflush(stdout) != 0 || ferror(stdout))
     fail("standard output", 0, "cannot be written: %s",
          errno != 0 ? strerror(errno) : "an earlier write failed");
-  if (job->cut > 0) report(name, 0, "%lld codes are cut off", static_cast<long long>(job->cut));
+  if (job->cut > 0)
+    report({name}, "cut-off", {{"codes", job->cut}},
+           job->cut == 1 ? "%lld code is cut off" : "%lld codes are cut off",
+           static_cast<long long>(job->cut));
 }
 
 const char *html, *result, *alignment;  // the values of options
@@ -196,6 +211,11 @@ void show_as_report(std::span<const char *const> names) {
   if (names.empty()) fail("kshow", 0, "no file names");
   if (names.size() > 1 && (result || alignment))
     fail("kshow", 0, "--result and --alignment are for one FILE");
+  std::vector<std::string> inputs(names.begin(), names.end());
+  for (const char *name : {result, alignment})
+    if (name) inputs.push_back(name);
+  const std::string outputs[] = {html};
+  check_job_files(inputs, outputs);
   OutputFile file(html);
   std::string body;
   ReportTotals totals;
@@ -203,8 +223,6 @@ void show_as_report(std::span<const char *const> names) {
     ReportPage page;
     page.name = page.coded = name;
     page.anchors = anchors_beside(name);
-    page.language = parameter(TextParameter::language);
-    page.target_language = parameter(TextParameter::target_language);
     if (result) page.result_name = page.carried = result;
     if (alignment) page.alignment = alignment;
     append_page(page, body, totals);

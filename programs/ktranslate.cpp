@@ -78,12 +78,12 @@ void set_languages() {
   if (!engine || !std::string_view(engine).starts_with(apertium_prefix)) return;
   std::string source, target;
   apertium_languages(engine + apertium_prefix.size(), source, target);
-  const auto set = [](TextParameter name, const char *unset, const std::string &code) {
+  const auto set = [](TextParameter name, const std::string &code) {
     const std::string language = language_name(code);
-    if (!language.empty() && strcmp(parameter(name), unset) == 0) set_parameter(name, language);
+    if (!language.empty() && !is_given(name)) set_parameter(name, language);
   };
-  set(TextParameter::language, "GERMAN", source);
-  set(TextParameter::target_language, "ENGLISH", target);
+  set(TextParameter::language, source);
+  set(TextParameter::target_language, target);
 }
 
 void show_run(const Run &run) {

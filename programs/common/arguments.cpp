@@ -3,6 +3,7 @@
 #include "programs/common/arguments.h"
 
 #include <charconv>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -132,6 +133,9 @@ bool check_names(const Reading &reading) {
   const int32_t files = reading.arguments.job->files;
   for (const char *name : names)
     if (name[0] == '\0') return bad(reading, "a file name is empty");
+  for (const char *name : names)
+    if (strlen(name) >= PATH_MAX)
+      return bad(reading, "a file name has %zu bytes, too many", strlen(name));
   if (files == Job::any_files) return true;
   const auto group = static_cast<size_t>(files);
   if (names.empty()) return bad(reading, "no file names");

@@ -1,36 +1,54 @@
 // A UTF-8 text file, line by line.
 #include "programs/common/line_reader.h"
 
-#include <sys/types.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
 
 namespace klib::programs {
+namespace {
+
+constexpr size_t longest_line = INT32_MAX;
+
+}  // namespace
 
 LineReader::LineReader(const char *name) : name_(input_name(name)), stream_(open_input(name)) {}
 
-LineReader::~LineReader() { free(buffer_); }
+// Takes bytes from the block up to a line feed; whether there was one.
+bool LineReader::take_line_end() {
+  const std::string_view rest = std::string_view(block_).substr(position_);
+  const size_t end = std::min(rest.find('\n'), rest.size());
+  if (line_.size() + end > longest_line) fail(name(), number_, "is longer than 2 GiB, the limit");
+  if (memchr(rest.data(), '\0', end)) fail(name(), number_, "holds a NUL byte");
+  if (line_.capacity() < line_.size() + end)
+    line_.reserve(std::min(std::max(2 * line_.size(), line_.size() + end), longest_line));
+  line_.append(rest, 0, end);
+  position_ += std::min(end + 1, rest.size());
+  return end < rest.size();
+}
+
+bool LineReader::read_block() {
+  constexpr size_t block_size = 65536;
+  block_.resize(block_size);
+  errno = 0;
+  block_.resize(fread(block_.data(), 1, block_size, stream_.get()));
+  if (block_.empty() && ferror(stream_.get())) fail_reading(name());
+  position_ = 0;
+  return !block_.empty();
+}
 
 bool LineReader::next() {
-  errno = 0;
-  const ssize_t length = getline(&buffer_, &room_, stream_.get());
-  if (length < 0) {
-    if (!feof(stream_.get())) fail(name(), 0, "cannot be read: %s", strerror(errno));
-    return false;
-  }
+  if (position_ == block_.size() && !read_block()) return false;
   number_++;
-  line_ = std::string_view(buffer_, static_cast<size_t>(length));
-  if (line_.ends_with('\n')) line_.remove_suffix(1);
-  if (line_.ends_with('\r')) line_.remove_suffix(1);
-  if (number_ == 1 && line_.starts_with("\xEF\xBB\xBF")) line_.remove_prefix(3);
-  if (line_.find('\0') != std::string_view::npos) fail(name(), number_, "holds a NUL byte");
-  if (find_invalid_utf8(line_) != std::string_view::npos) fail(name(), number_, "is not UTF-8");
+  line_.clear();
+  while (!take_line_end() && read_block()) continue;
+  view_ = line_;
+  if (view_.ends_with('\r')) view_.remove_suffix(1);
+  if (number_ == 1 && view_.starts_with("\xEF\xBB\xBF")) view_.remove_prefix(3);
+  if (find_invalid_utf8(view_) != std::string_view::npos) fail(name(), number_, "is not UTF-8");
   return true;
 }
 

@@ -14,23 +14,23 @@ namespace klib::programs {
 class LineReader {
  public:
   explicit LineReader(const char *name);
-  ~LineReader();
-  LineReader(const LineReader &) = delete;
-  LineReader &operator=(const LineReader &) = delete;
 
   // Whether there is another line; line() is then its text without line feed, carriage return
   // before it, and byte order mark, until the next call.
   bool next();
-  std::string_view line() const { return line_; }
+  std::string_view line() const { return view_; }
   int64_t number() const { return number_; }  // of the line, from 1
   const char *name() const { return name_.c_str(); }
 
  private:
+  bool take_line_end();
+  bool read_block();
+
   std::string name_;
   InputFile stream_;
-  char *buffer_ = nullptr;
-  size_t room_ = 0;
-  std::string_view line_;
+  std::string block_, line_;
+  size_t position_ = 0;  // in the block
+  std::string_view view_;
   int64_t number_ = 0;
 };
 

@@ -13,15 +13,27 @@
 #include <utility>
 
 #include "programs/common/program.h"
+#include "programs/frame/temporary_files.h"
 
 namespace klib::programs {
 namespace {
 
-// The permissions that a new file would have: mkstemp's own are for its owner alone.
-void give_usual_permissions(int descriptor) {
+// A new file has the permissions that the process's mask leaves; one that replaces another keeps
+// those of the old one, and its owner where that is allowed. mkstemp's own are for its owner alone.
+void give_permissions(int descriptor, const struct stat *old) {
+  if (old) {
+    [[maybe_unused]] const int owner = fchown(descriptor, old->st_uid, old->st_gid);
+    (void)fchmod(descriptor, old->st_mode & 07777);
+    return;
+  }
   const mode_t mask = umask(0);
   umask(mask);
   (void)fchmod(descriptor, 0666 & ~mask);
+}
+
+// Whether nobody may write the file; the superuser, who could, is held to it, too.
+bool is_protected(const char *name, const struct stat &status) {
+  return (status.st_mode & 0222) == 0 || access(name, W_OK) != 0;
 }
 
 // Names like /dev/stdout, which are links to whatever a program has open.
@@ -76,16 +88,18 @@ OutputFile::OutputFile(const std::string &name)
   } else if (exists && (!S_ISREG(status.st_mode) || is_device_name(name))) {
     descriptor_ = open(name.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
   } else {
+    if (exists && is_protected(name.c_str(), status))
+      fail(name_.c_str(), 0, "is write-protected: it is not replaced");
     if (exists) target_ = behind_links(name);
-    temporary_ = target_ + ".XXXXXX";
-    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
-    if (descriptor_ >= 0) give_usual_permissions(descriptor_);
+    descriptor_ = make_temporary_file(target_, temporary_);
+    if (descriptor_ < 0) temporary_.clear();
+    if (descriptor_ >= 0) give_permissions(descriptor_, exists ? &status : nullptr);
   }
   if (descriptor_ >= 0) stream_ = fopencookie(this, "wb", {nullptr, take, nullptr, nullptr});
   if (!stream_) {
     const int error = errno;
     if (descriptor_ >= 0) close(descriptor_);
-    if (descriptor_ >= 0 && !temporary_.empty()) unlink(temporary_.c_str());
+    if (!temporary_.empty()) remove_temporary_file(temporary_);
     fail(name_.c_str(), 0, "cannot be written: %s", strerror(error));
   }
 }
@@ -93,7 +107,7 @@ OutputFile::OutputFile(const std::string &name)
 OutputFile::~OutputFile() {
   if (stream_) fclose(stream_);
   if (descriptor_ >= 0) close(descriptor_);
-  if (!temporary_.empty()) unlink(temporary_.c_str());
+  if (!temporary_.empty()) remove_temporary_file(temporary_);
 }
 
 void OutputFile::write(std::string_view text) {
@@ -105,6 +119,14 @@ void OutputFile::check() {
   if (ferror(stream_)) fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
 }
 
+void OutputFile::replace(size_t position, std::string_view bytes) {
+  fflush(stream_);
+  check();
+  if (!write_out() || pwrite(descriptor_, bytes.data(), bytes.size(),
+                             static_cast<off_t>(position)) != static_cast<ssize_t>(bytes.size()))
+    fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+}
+
 void OutputFile::finish() {
   fflush(stream_);
   check();
@@ -112,9 +134,14 @@ void OutputFile::finish() {
     fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
 }
 
+void OutputFile::remove_old() {
+  if (temporary_.empty() || unlink(target_.c_str()) == 0 || errno == ENOENT) return;
+  fail(name_.c_str(), 0, "cannot be replaced: %s", strerror(errno));
+}
+
 void OutputFile::publish() {
   if (temporary_.empty()) return;
-  if (rename(temporary_.c_str(), target_.c_str()) != 0)
+  if (!keep_temporary_file(temporary_, target_))
     fail(name_.c_str(), 0, "cannot be replaced: %s", strerror(errno));
   temporary_.clear();
 }

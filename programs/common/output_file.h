@@ -26,8 +26,12 @@ class OutputFile {
   FILE *stream() { return stream_; }
   int descriptor() { return descriptor_; }  // for a file that is written without the stream
   void write(std::string_view text);
-  void check();    // for what others have written to the stream
-  void finish();   // writes everything out and closes
+  void check();  // for what others have written to the stream
+  void replace(size_t position, std::string_view bytes);  // in what has been written
+  void finish();                                          // writes everything out and closes
+  // Removes what has the name now, for a job of several files of which this must not be beside new
+  // ones.
+  void remove_old();
   void publish();  // finish() first, for all files of a job before the first is published
 
  private:

@@ -24,6 +24,8 @@
 #include "programs/common/arguments.h"
 #include "programs/common/engine_parameters.h"
 #include "programs/common/output_file.h"
+#include "programs/frame/job_files.h"
+#include "programs/frame/temporary_files.h"
 
 namespace klib::programs {
 namespace {
@@ -36,9 +38,23 @@ struct Run {
   const char *program;
   const Arguments &arguments;
   size_t names_done = 0;
-  int jobs = 0;  // that were begun
+  int jobs = 0;                                       // that were begun
+  bool language_given = false, target_given = false;  // in this job
+  bool report_is_withheld = false;
+  std::vector<std::string> parameter_files = {};  // that this job has read
 };
 constinit Run *run = nullptr;
+
+// Gives scripts what is told while it lives.
+struct ToScripts {
+  explicit ToScripts(FILE *stream) { tell_scripts(stream); }
+  ~ToScripts() { tell_scripts(nullptr); }
+};
+
+struct Running {
+  explicit Running(Run &current) { run = &current; }
+  ~Running() { run = nullptr; }
+};
 
 char *&text_parameter(TextParameter name) { return skparm[static_cast<int>(name) - 1]; }
 
@@ -50,6 +66,7 @@ void prepare_process() {
   while (descriptor >= 0 && descriptor <= STDERR_FILENO);
   if (descriptor >= 0) close(descriptor);
   std::signal(SIGXFSZ, SIG_IGN);
+  remove_temporary_files_on_signals();
 }
 
 // The directory of the running program with ../share/klib, or an empty text.
@@ -80,7 +97,23 @@ void guarded(const char *file, Work work) {
   }
 }
 
-void start() { guarded(run->program, find_share_directory); }
+// A language is empty while neither the command line nor a parameter file has set it.
+void empty_languages_not_given() {
+  for (const TextParameter name : {TextParameter::language, TextParameter::target_language}) {
+    const char *argument = name == TextParameter::language ? "-LANGUAGE" : "-TARGET-LANGUAGE";
+    bool given = false;
+    for (size_t i = 0; i < run->arguments.parameters.size(); i += 2)
+      given |= run->arguments.parameters[i] == argument;
+    if (!given) set_parameter(name, "");
+  }
+}
+
+void start() {
+  guarded(run->program, [] {
+    find_share_directory();
+    empty_languages_not_given();
+  });
+}
 
 // Parameter files can set what the command line would have refused.
 void check_parameters(const char *file) {
@@ -96,9 +129,11 @@ void check_parameters(const char *file) {
     }
   }
   for (const TextParameter name : {TextParameter::language, TextParameter::target_language}) {
+    const bool is_source = name == TextParameter::language;
     std::string value = parameter(name);
-    const EngineParameter *row =
-        find_parameter(name == TextParameter::language ? "LANGUAGE" : "TARGET-LANGUAGE");
+    (is_source ? run->language_given : run->target_given) = !value.empty();
+    if (value.empty()) value = is_source ? "GERMAN" : "ENGLISH";
+    const EngineParameter *row = find_parameter(is_source ? "LANGUAGE" : "TARGET-LANGUAGE");
     const std::string given = value, fault = check_value(*row, value);
     if (!fault.empty())
       fail(file, 0, "%s in the parameter files: '%s' is no language", row->name, given.c_str());
@@ -123,6 +158,36 @@ void check_log() {
   if (!log) report(name.c_str(), 0, "cannot be written: %s", strerror(errno));
 }
 
+// The first name of a group as the library can take it.
+std::string name_for_parameter_files(const char *program, const char *name) {
+  const std::string given(name);
+  if (has_type(given)) return given[0] == '-' ? std::string("./").append(given) : given;
+  const size_t slash = given.rfind('/');
+  return given.substr(0, slash == given.npos ? 0 : slash + 1) + program + ".par";
+}
+
+void add_if_there(std::string name) {
+  if (Kprobe_file(name.c_str())) run->parameter_files.push_back(std::move(name));
+}
+
+// The chain of parameter files of a job's first name, as the library goes through it; those that
+// exist are told to scripts. They override the command line, and directories above may be others'.
+void find_parameter_files(const std::string &first_name) {
+  run->parameter_files.clear();
+  const char *base = skparm[parameter_base_name - 1];
+  add_if_there(std::string(parameter(TextParameter::lib_directory)).append("/").append(base));
+  const Text path(Kpathname(first_name.c_str()), Kfree);
+  if (!path) return;
+  char **names = Ksearch_path(path.get(), base);
+  for (char **name = names; name && *name; name++) {
+    const Text owned(*name, Kfree);
+    add_if_there(*name);
+  }
+  Kfree(names);
+  if (has_type(path.get())) add_if_there(with_type(path.get(), "par"));
+  for (const std::string &name : run->parameter_files) record({name.c_str()}, "parameter-file", {});
+}
+
 // One job, with the next names of the command line.
 void do_job() {
   const Arguments &arguments = run->arguments;
@@ -134,8 +199,10 @@ void do_job() {
   run->jobs++;
   const char *file = takes_all ? run->program : names[0];
   guarded(file, [&] {
+    check_own_outputs(std::vector<std::string>(names.begin(), names.end()));
     check_log();
     Kstart_logging_file(parameter(TextParameter::log_pathname));
+    find_parameter_files(name_for_parameter_files(run->program, names.empty() ? "" : names[0]));
     check_parameters(file);
     if (!takes_all) check_font_groups(file);
     arguments.job->run(names);
@@ -165,14 +232,6 @@ K_process_function process_function(size_t count) {
   }
 }
 
-// The first name of a group as the library can take it.
-std::string name_for_parameter_files(const Program &program, const char *name) {
-  const std::string given(name);
-  if (has_type(given)) return given[0] == '-' ? std::string("./").append(given) : given;
-  const size_t slash = given.rfind('/');
-  return given.substr(0, slash == given.npos ? 0 : slash + 1) + program.name + ".par";
-}
-
 // Runs all jobs through the main loop; returns how many there should have been.
 int run_jobs(const Program &program, const Arguments &arguments) {
   const bool takes_all = arguments.job->files == Job::any_files;
@@ -182,7 +241,7 @@ int run_jobs(const Program &program, const Arguments &arguments) {
   const size_t count = takes_all ? 1 : arguments.names.size();
   for (size_t i = 0; i < count; i++) {
     const char *name = i < arguments.names.size() ? arguments.names[i] : "";
-    texts.push_back(i % group == 0 ? name_for_parameter_files(program, name) : name);
+    texts.push_back(i % group == 0 ? name_for_parameter_files(program.name, name) : name);
   }
   std::vector<char *> argv;
   for (std::string &text : texts) argv.push_back(text.data());
@@ -195,16 +254,17 @@ int run_jobs(const Program &program, const Arguments &arguments) {
 
 // Runs the program with its records written to the file of --report.
 void run_with_report(const Program &program, const Arguments &arguments) {
+  Run current{program.name, arguments};
+  const Running running(current);
+  // The library opens the log before the first job.
+  check_own_outputs(std::vector<std::string>(arguments.names.begin(), arguments.names.end()));
   std::optional<OutputFile> file;
   if (arguments.report && strcmp(arguments.report, "-") != 0) file.emplace(arguments.report);
-  if (arguments.report) tell_scripts(file ? file->stream() : stdout);
-  Run current{program.name, arguments};
-  run = &current;
+  const ToScripts to_scripts(!arguments.report ? nullptr : file ? file->stream() : stdout);
   const int jobs = run_jobs(program, arguments);
-  run = nullptr;
   if (current.jobs < jobs) report(program.name, 0, "not enough memory");
   tell_scripts(nullptr);
-  if (file) file->finish(), file->publish();
+  if (file && !current.report_is_withheld) file->finish(), file->publish();
   if (arguments.report && !file && (fflush(stdout) != 0 || ferror(stdout)))
     report("standard output", 0, "cannot be written: %s", strerror(errno));
 }
@@ -237,6 +297,26 @@ void set_parameter(TextParameter name, const std::string &value) {
 const char *parameter(TextParameter name) { return text_parameter(name); }
 
 int32_t parameter(NumberParameter name) { return kparm[static_cast<int>(name) - 1]; }
+
+bool is_given(TextParameter language) {
+  return run && (language == TextParameter::language ? run->language_given : run->target_given);
+}
+
+std::vector<std::string> parameter_files() { return run->parameter_files; }
+
+void withhold_report(const std::string &name) {
+  run->report_is_withheld |= run->arguments.report && name == run->arguments.report;
+}
+
+std::vector<std::string> own_outputs() {
+  std::vector<std::string> names;
+  std::string log = skparm ? parameter(TextParameter::log_pathname) : "";
+  for (size_t i = 0; !skparm && i < run->arguments.parameters.size(); i += 2)
+    if (run->arguments.parameters[i] == "-LOG-PATHNAME") log = run->arguments.parameters[i + 1];
+  if (!log.empty()) names.push_back(with_type(log.c_str(), "log"));
+  if (run->arguments.report) names.push_back(run->arguments.report);
+  return names;
+}
 
 bool has_type(std::string_view name) {
   name.remove_prefix(name.rfind('/') + 1);  // npos + 1 is 0

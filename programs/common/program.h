@@ -102,6 +102,17 @@ const char *parameter(TextParameter name);
 int32_t parameter(NumberParameter name);
 void set_parameter(TextParameter name, const std::string &value);
 
+// Whether the command line or a parameter file has set a language of this job.
+bool is_given(TextParameter language);
+
+// The parameter files that this job has read, and what it writes beside its results: the log and
+// the file of --report.
+std::vector<std::string> parameter_files();
+std::vector<std::string> own_outputs();
+
+// Leaves a file as it is at the end of the run if it is that of --report: a job uses it, too.
+void withhold_report(const std::string &name);
+
 // A text that the library has handed out.
 using Text = std::unique_ptr<char, void (*)(void *)>;
 

@@ -3,7 +3,6 @@
 #include "programs/common/sentence_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cstring>
 
@@ -65,14 +64,23 @@ void split_text(std::string_view text, std::vector<Piece> &pieces) {
 
 }  // namespace
 
-SentenceFile::SentenceFile(const char *name) : name_(name), stream_(fopen(name, "rbe")) {
-  if (!stream_) fail(name, 0, "cannot be read: %s", strerror(errno));
+SentenceFile::SentenceFile(const char *name, bool fits_language)
+    : name_(name), stream_(open_input(name)) {
+  read_header();
+  if (fits_language) fit_language(TextParameter::language, header_.own_language(), name);
   init_parser(P_SENTENCE | P_ANCHOR);
 }
 
-SentenceFile::~SentenceFile() {
-  exit_parser();
-  fclose(stream_);
+SentenceFile::~SentenceFile() { exit_parser(); }
+
+void SentenceFile::read_header() {
+  constexpr size_t longest = 200;
+  std::string line;
+  int c;
+  while ((c = getc(stream_.get())) != EOF && c != '\n' && line.size() < longest)
+    line += static_cast<char>(c);
+  if (ferror(stream_.get())) fail_reading(name());
+  header_ = read_sentence_header(name(), line);
 }
 
 void SentenceFile::take_frame(char *code) {
@@ -89,7 +97,7 @@ void SentenceFile::take_frame(char *code) {
 SentenceFile::Kind SentenceFile::next() {
   for (;;) {
     line_ = next_line_;
-    const int32_t kind = parse(stream_);
+    const int32_t kind = parse(stream_.get());
     if (kind == P_END) break;
     const std::string_view text(token());
     next_line_ += lines_in(text);
@@ -107,8 +115,8 @@ SentenceFile::Kind SentenceFile::next() {
     if (visible != std::string_view::npos)
       fail(name(), line_ + lines_in(text.substr(0, visible)), "text outside of a sentence");
   }
-  if (ferror(stream_)) fail(name(), 0, "cannot be read: %s", strerror(errno));
-  if (!feof(stream_)) fail(name(), line_, "holds a NUL byte");
+  if (ferror(stream_.get())) fail_reading(name());
+  if (!feof(stream_.get())) fail(name(), line_, "holds a NUL byte");
   return end;
 }
 

@@ -20,7 +20,6 @@
 namespace klib::programs {
 namespace {
 
-constexpr std::string_view header_mark = "klib-page 1 ";
 constexpr int64_t longest_header = 200;
 constexpr size_t block_size = 65536;
 constexpr int32_t anchor_messages = 4;  // the library's set of messages about anchors
@@ -89,13 +88,11 @@ void AnchorFile::check_index(const std::string &index_name) {
 
 void AnchorFile::read_header() {
   const int32_t size = offsets_.front();
-  std::string header;
-  if (size <= longest_header) header = read_bytes(text_.number, name_, 0, size);
-  if (!header.starts_with(header_mark) || !header.ends_with('\n') ||
-      header.find('\n') != header.size() - 1)
-    fail(name_.c_str(), 1, "was not written by kextract: the first line is no header");
-  encoding_ = header.substr(header_mark.size());
-  encoding_.pop_back();
+  std::string line;
+  if (size <= longest_header) line = read_bytes(text_.number, name_, 0, size);
+  if (line.find('\n') + 1 != line.size()) line.clear();
+  if (!line.empty()) line.pop_back();
+  header_ = read_anchor_header(name_.c_str(), line);
 }
 
 // The bytes at a position, which are read in blocks: anchors mostly come in the order of the file.

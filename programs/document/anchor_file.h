@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "programs/common/job_header.h"
+
 namespace klib::programs {
 
 struct Anchor {
@@ -28,7 +30,7 @@ class AnchorFile {
  public:
   explicit AnchorFile(const char *name);  // of the anchor text file; the index has the type anx
 
-  const std::string &encoding() const { return encoding_; }  // of the page
+  const JobHeader &header() const { return header_; }
   int32_t count() const { return count_; }
   bool has(int32_t number) const { return number >= 1 && number <= count_; }
   // The anchor of a number that the file has. Reading it twice is counted as such.
@@ -47,7 +49,8 @@ class AnchorFile {
   void read_header();
   std::string_view bytes_at(int32_t position, size_t size);
 
-  std::string name_, encoding_;
+  std::string name_;
+  JobHeader header_;
   Descriptor text_, index_;
   int32_t count_ = 0;
   std::vector<int32_t> offsets_;  // of each anchor, and the end

@@ -14,7 +14,7 @@
 namespace klib::programs {
 namespace {
 
-constexpr std::string_view header_mark = "klib-page 1 ";
+constexpr size_t longest_header = 200;
 constexpr size_t block = 1 << 16;
 constexpr size_t longest_start = 13;  // ')', ten digits, a blank
 
@@ -55,9 +55,8 @@ AnchorKinds::AnchorKinds(const std::string &name)
   if (offset(anchors) != text_.size)
     fail(index_.name.c_str(), 0, "does not fit %s: it ends at %lld, the file at %lld", name.c_str(),
          static_cast<long long>(offset(anchors)), static_cast<long long>(text_.size));
-  const std::string_view header = read(text_, 0, header_mark.size());
-  if (header != header_mark)
-    fail(name.c_str(), 1, "was not written by kextract: the first line is no header");
+  const std::string_view beginning = read(text_, 0, longest_header);
+  header_ = read_anchor_header(name.c_str(), beginning.substr(0, beginning.find('\n')));
 }
 
 // The place in the anchor text file where anchor index + 1 begins.

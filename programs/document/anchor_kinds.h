@@ -25,6 +25,7 @@ class AnchorKinds {
   // `name` is that of the anchor text file; the index has the type anx.
   explicit AnchorKinds(const std::string &name);
 
+  const JobHeader &header() const { return header_; }
   Entry find(int32_t number);
 
  private:
@@ -44,6 +45,7 @@ class AnchorKinds {
   [[noreturn]] void fail_at(int32_t number) const;
 
   Window text_, index_;
+  JobHeader header_;
 };
 
 }  // namespace klib::programs

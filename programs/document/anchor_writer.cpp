@@ -6,9 +6,11 @@
 
 namespace klib::programs {
 
-AnchorWriter::AnchorWriter(const std::string &name, std::string_view header)
+AnchorWriter::AnchorWriter(const std::string &name, const JobHeader &header)
     : name_(name), text_(name), index_(with_type(name.c_str(), "anx")) {
-  write(header);
+  const std::string line = anchor_header(header);
+  mark_position_ = mark_position(line);
+  write(line);
 }
 
 void AnchorWriter::write(std::string_view bytes) {
@@ -23,15 +25,18 @@ int32_t AnchorWriter::add(Anchor::Kind kind, std::string_view raw, int32_t partn
   if (kind == Anchor::close) mark.append(std::to_string(partner)).append(" ");
   write(mark);
   write(raw);
+  mark_.add(mark);
+  mark_.add(raw);
   return static_cast<int32_t>(offsets_.size());
 }
 
-void AnchorWriter::finish() {
+void AnchorWriter::finish(const std::string &mark) {
   offsets_.push_back(static_cast<int32_t>(size_));
   std::string bytes;
   for (const int32_t offset : offsets_)
     for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(offset >> shift & 0xFF);
   index_.write(bytes);
+  text_.replace(mark_position_, mark);
   text_.finish();
   index_.finish();
 }

@@ -15,14 +15,16 @@ namespace klib::programs {
 // written in blocks. Failures, among them a file of 2 GiB, end the job (fail()).
 class AnchorWriter {
  public:
-  AnchorWriter(const std::string &name, std::string_view header);
+  AnchorWriter(const std::string &name, const JobHeader &header);
 
   // Stores an anchor and returns its number, from 1; `partner` is that of a closing tag.
   int32_t add(Anchor::Kind kind, std::string_view raw, int32_t partner = 0);
 
-  // All files of a job are finished before the first is published.
-  void finish();
+  // All files of a job are finished before the first is published. The header gets the mark.
+  void finish(const std::string &mark);
   void publish();
+
+  const ContentMark &mark() const { return mark_; }  // of the anchors
 
  private:
   void write(std::string_view bytes);
@@ -30,7 +32,9 @@ class AnchorWriter {
   std::string name_;
   OutputFile text_, index_;
   std::vector<int32_t> offsets_;
+  ContentMark mark_;
   int64_t size_ = 0;  // of the text file
+  size_t mark_position_;
 };
 
 }  // namespace klib::programs

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "programs/common/job_header.h"
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
 #include "programs/common/sentence.h"
@@ -44,15 +45,18 @@ struct Extraction {
   std::string bytes, words;  // of the sentence
   int64_t sentences = 0, number = parameter(NumberParameter::kti_start);
   size_t written = 0;  // of the document: what is before it is in the files
+  ContentMark mark;    // of the sentences
 
   Extraction(const DocumentKind &document_kind, const Document &taken, const CodePage &code_page,
-             const char *name)
+             const JobHeader &header, const char *name)
       : kind(document_kind),
         document(taken),
         page(code_page),
         kti(name),
         txt(with_type(name, "txt")),
-        anchors(with_type(name, "anc"), "klib-page 1 " + taken.encoding + "\n") {}
+        anchors(with_type(name, "anc"), header) {
+    kti.write(sentence_header(header));
+  }
 
   std::string_view raw(size_t begin, size_t end) const {
     return std::string_view(document.text).substr(begin, end - begin);
@@ -149,6 +153,7 @@ void collect_words(Extraction &job) {
 void write_sentence(Extraction &job) {
   job.bytes.clear();
   append_sentence(job.sentence, job.page, job.bytes);
+  job.mark.add(job.bytes);
   write_frame(job.kti.stream(), job.sentence.number, job.bytes);
   job.kti.check();
   collect_words(job);
@@ -175,25 +180,36 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
   write_sentence(job);
 }
 
+// Completes the files with the mark of their content, and gives them their names.
+void finish(Extraction &job, const JobHeader &header) {
+  job.mark.add(job.anchors.mark().text());
+  const std::string mark = job.mark.text();
+  job.kti.replace(mark_position(sentence_header(header)), mark);
+  job.kti.finish();
+  job.txt.finish();
+  job.anchors.finish(mark);
+  job.kti.remove_old();
+  job.txt.publish();
+  job.anchors.publish();
+  job.kti.publish();
+}
+
 }  // namespace
 
 void extract_document(const DocumentKind &kind, const Document &document, const char *name) {
   const ActiveLanguage language(parameter(TextParameter::language));
   CodePage page;
   make_code_page(parameter(TextParameter::language), page);
-  Extraction job(kind, document, page, name);
+  const JobHeader header = {std::string(mark_size, '0'), parameter(TextParameter::language), "",
+                            std::string(kind.name), document.encoding};
+  Extraction job(kind, document, page, header, name);
   init_kti_format(1);
   kind.split(document, page, [&](const std::vector<Item> &items, const Frame &frame) {
     add_frame(job, items, frame);
   });
   write_between(job, document.text.size());
   exit_kti_format();
-  job.kti.finish();
-  job.txt.finish();
-  job.anchors.finish();
-  job.txt.publish();
-  job.anchors.publish();
-  job.kti.publish();
+  finish(job, header);
 }
 
 }  // namespace klib::programs

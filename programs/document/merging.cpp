@@ -21,6 +21,17 @@ namespace {
 constexpr int message_set = 90;
 constexpr int64_t lost_shown = 20;
 
+// The kind of document, when both files belong together.
+const DocumentKind &kind_of(FindKind find, const SentenceFile &sentences, const AnchorFile &anchors,
+                            const char *anchor_name) {
+  const JobHeader &header = anchors.header();
+  check_same_job(sentences.name(), sentences.header(), anchor_name, header);
+  const DocumentKind *kind = find(header.kind);
+  if (!kind)
+    fail({anchor_name, 1}, "wrong-kind", {}, "unknown kind of document '%s'", header.kind.c_str());
+  return *kind;
+}
+
 struct Merge {
   SentenceFile sentences;
   AnchorFile anchors;
@@ -36,8 +47,8 @@ struct Merge {
   Merge(FindKind find, const char *sentence_name, const char *anchor_name, const char *result_name)
       : sentences(sentence_name),
         anchors(anchor_name),
-        kind(*find("html")),
-        encoder(kind.encoder(anchors.encoding())),
+        kind(kind_of(find, sentences, anchors, anchor_name)),
+        encoder(kind.encoder(anchors.header().encoding)),
         result(result_name) {}
 
   Place place() const { return {sentences.name(), sentences.line(), sentences.number()}; }
@@ -195,7 +206,7 @@ void merge_document(FindKind find, const char *sentence_name, const char *anchor
                     const char *result_name) {
   Merge job(find, sentence_name, anchor_name, result_name);
   if (!job.encoder.append)
-    fail(anchor_name, 1, "unknown encoding '%s'", job.anchors.encoding().c_str());
+    fail(anchor_name, 1, "unknown encoding '%s'", job.anchors.header().encoding.c_str());
   make_code_page(parameter(TextParameter::language), job.page);
   c_init();
   for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;) {

@@ -26,8 +26,8 @@ struct Side {
   CodePage page;
   Sentence sentence;
 
-  Side(const std::string &name, const std::string &language) : file(name.c_str()) {
-    make_code_page(language.c_str(), page);
+  explicit Side(const std::string &name) : file(name.c_str(), false) {
+    make_code_page(file.header().own_language().c_str(), page);
   }
   bool next() {
     for (SentenceFile::Kind kind; (kind = file.next()) != SentenceFile::end;) {
@@ -138,7 +138,7 @@ void append_page(const ReportPage &page, std::string &html, ReportTotals &totals
   // Reading a sentence file takes a level of the parser, so one after the other.
   std::vector<std::string> results;
   if (!page.carried.empty()) {
-    Side result(page.carried, page.target_language);
+    Side result(page.carried);
     while (result.next())
       append_sentence_html(result.sentence, anchors.get(), results.emplace_back());
   }
@@ -152,7 +152,7 @@ void append_page(const ReportPage &page, std::string &html, ReportTotals &totals
   if (page.coded.empty()) return void(html += "</section>\n");
   append_views(page, html);
   html += "<ol>";
-  Side source(page.coded, page.language);
+  Side source(page.coded);
   for (size_t i = 0; source.next(); i++) {
     const int64_t number = source.sentence.number;
     totals.sentences++;

@@ -28,8 +28,7 @@ const char *badge_of(const std::string &kind, const std::string &text);
 struct ReportPage {
   std::string name, result_name;  // for people
   std::string coded, anchors;     // JOB.kti; JOB.anc, for the names of the elements
-  std::string language;
-  std::string carried, target_language;  // OUT.kti
+  std::string carried;            // OUT.kti
   std::string alignment;
   std::string source_html, result_html;  // the pages themselves, in UTF-8
   std::vector<ReportNote> notes;

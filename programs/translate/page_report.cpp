@@ -44,9 +44,7 @@ ReportPage report_page(const PageFiles &page, const RunNotes &notes, const std::
   report.result_name = page.result;
   report.coded = page.coded();
   report.anchors = page.anchors();
-  report.language = parameter(TextParameter::language);
   report.carried = page.carried();
-  report.target_language = parameter(TextParameter::target_language);
   report.alignment = page.alignment();
   report.source_html = document_text(page.page, encoding);
   report.result_html = document_text(page.result, encoding);

@@ -615,7 +615,7 @@ TEST_F(CarryAlong, MapsTokensToWords) {
   EXPECT_EQ(
       carry(
           "--source-tokens s.tok --target-tokens t.tok job.kti t.txt a.txt",
-          "job.kti:4: sentence 1: the tokens are not those of the sentence; it is aligned anew\n"),
+          "job.kti:5: sentence 1: the tokens are not those of the sentence; it is aligned anew\n"),
       "<p><i>Nicht wahr</i>, das ist eine <b>„bekannte“ Tatsache</b>.</p>\n"
       "<p>Andere <b>Debian</b>-Wörter.</p>\n");
 }

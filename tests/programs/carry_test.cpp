@@ -43,7 +43,11 @@ class Carry : public Workplace {
       translation += row.substr(first + 3, second - first - 3) + "\n";
       alignment += row.substr(second + 3) + "\n";
     }
-    write("job.kti", coded(sentences));
+    const size_t language = languages.starts_with("-LANGUAGE ") ? 10 : languages.npos;
+    write_sentences("job.kti", coded(sentences),
+                    language == languages.npos
+                        ? "ENGLISH"
+                        : languages.substr(language, languages.find(' ', language) - language));
     write("t.txt", translation);
     write("a.txt", alignment);
     return run("kcarry", languages + " job.kti t.txt a.txt out.kti");
@@ -69,7 +73,7 @@ class Carry : public Workplace {
   // The texts of the frames that kcarry has written.
   std::vector<std::string> frames() const {
     std::vector<std::string> texts;
-    std::istringstream file(read("out.kti"));
+    std::istringstream file(read_sentences("out.kti"));
     for (std::string line; std::getline(file, line);) {
       const size_t begin = line.find(' ') + 1;
       texts.push_back(line.substr(begin, line.size() - begin - 1));
@@ -208,7 +212,8 @@ TEST_F(Carry, AnchorsThatDoNotFit) {
   write("a.txt", "0-0 1-1 2-2\n");
   ASSERT_EQ(run("kextract", "-LANGUAGE ENGLISH job.kti job.htm").status, 0);
   const std::string index = read("job.anx");
-  const std::string sentences = read("job.kti");
+  const std::string sentences = read("job.kti"),
+                    header = sentences.substr(0, sentences.find('\n') + 1);
   const struct {
     const char *name;
     std::string content;
@@ -217,8 +222,9 @@ TEST_F(Carry, AnchorsThatDoNotFit) {
       {"job.anx", index.substr(0, 7), "job.anx: is no anchor index"},
       {"job.anx", index.substr(0, 8), "job.anx: does not fit job.anc"},
       {"job.anc", "anchors" + std::string(read("job.anc").substr(7)), "is no header"},
-      {"job.kti", coded("{90}0 a {94}77{95}b{91}\n"), "job.anc: there is no anchor 77"},
-      {"job.kti", coded("{90}0 a {98}weight{FF}2{99}b{91}\n"), "sentence 0: anchor 2 is no font"},
+      {"job.kti", header + coded("{90}0 a {94}77{95}b{91}\n"), "job.anc: there is no anchor 77"},
+      {"job.kti", header + coded("{90}0 a {98}weight{FF}2{99}b{91}\n"),
+       "sentence 0: anchor 2 is no font"},
   };
   for (const auto &row : rows) {
     const std::string good = read(row.name);
@@ -320,7 +326,7 @@ TEST_F(Carry, ReportsAndBadInput) {
     int status;
     const char *report, *out;
   } rows[] = {
-      {"", "A C\n", "0-0 2-1", 0, "job.kti:2: sentence 7: 1 font dropped",
+      {"", "A C\n", "0-0 2-1", 0, "job.kti:3: sentence 7: 1 font dropped",
        "{94}0{95}/{90}7 A C{91}/"},
       {"", "A\n", "0-0 7-0 0-1 x 1-", 1, "a.txt:1: pair '7-0': the sentence has only 3 words",
        "{94}0{95}/{90}7 A{91}/"},
@@ -328,33 +334,33 @@ TEST_F(Carry, ReportsAndBadInput) {
       {"", "A\n", "0-0\n0-0\n", 1, "a.txt: has 2 lines, but job.kti has 1 sentences", "(none)"},
       {"", "A\n", "", 1, "a.txt: has 0 lines, but job.kti has 1 sentences", "(none)"},
       {"", "A\nB\xFF\n", "0-0", 1, "t.txt:2: is not UTF-8", "(none)"},
-      {"{90}1 a", "A\n", "0-0", 1, "job.kti:1: a sentence is cut off", "(none)"},
-      {"{90}1 a{98}H{99}{91}", "A\n", "0-0", 1, "job.kti:1: unknown font 'H'", "(none)"},
+      {"{90}1 a", "A\n", "0-0", 1, "job.kti:2: a sentence is cut off", "(none)"},
+      {"{90}1 a{98}H{99}{91}", "A\n", "0-0", 1, "job.kti:2: unknown font 'H'", "(none)"},
       {"{90}1 {94}2{95}a{9D}12{91}", "A\n", "0-0", 1,
-       "job.kti:1: sentence 1: {9D}12 is no character", "(none)"},
+       "job.kti:2: sentence 1: {9D}12 is no character", "(none)"},
   };
   for (const auto &row : rows) {
-    write("job.kti", row.sentences[0] ? coded(row.sentences) : good);
+    write_sentences("job.kti", row.sentences[0] ? coded(row.sentences) : good);
     write("t.txt", row.translation);
     write("a.txt", row.alignment);
     const Outcome outcome = run("kcarry", "job.kti t.txt a.txt out.kti");
     EXPECT_EQ(outcome.status, row.status) << outcome.errors;
     EXPECT_NE(outcome.errors.find(row.report), std::string::npos) << outcome.errors;
-    EXPECT_EQ(shown(read("out.kti")), shown(coded(row.out))) << row.report;
+    EXPECT_EQ(shown(read_sentences("out.kti")), shown(coded(row.out))) << row.report;
     std::remove((directory_ + "/out.kti").c_str());
   }
   EXPECT_EQ(files(), "a.txt job.kti t.txt");
 }
 
 TEST_F(Carry, OtherCodePagesAndTheDefaultAlignment) {
-  write("job.kti", coded("{90}3 {CC}{E8}{F0} [1]{9D}00E9{91}\n"));
+  write_sentences("job.kti", coded("{90}3 {CC}{E8}{F0} [1]{9D}00E9{91}\n"), "RUSSIAN");
   write("t.txt", "\xCE\x95 \xC2\xAA\n");  // a Greek capital, and a letter that Greek has not
   write("a.txt", "");
   EXPECT_EQ(run("kcarry",
                 "--align=identity -LANGUAGE RUSSIAN -TARGET-LANGUAGE GREEK job.kti t.txt out.kti")
                 .status,
             0);
-  EXPECT_EQ(shown(read("out.kti")), shown(coded("{90}3 {C5} {9D}00AA{91}\n")));
+  EXPECT_EQ(shown(read_sentences("out.kti")), shown(coded("{90}3 {C5} {9D}00AA{91}\n")));
 }
 
 TEST_F(Carry, WritesItsFileWholeAndNothingElseIntoIt) {
@@ -365,14 +371,14 @@ TEST_F(Carry, WritesItsFileWholeAndNothingElseIntoIt) {
   EXPECT_EQ(read("out.kti") + files(), all + "a.txt job.kti out.kti t.txt");
   write("t.txt", "\n\n");  // reported, where there is a standard error
   run("kcarry", "--align=identity job.kti t.txt out.kti <&- >&- 2>&-; true");
-  EXPECT_EQ(shown(read("out.kti")), shown(coded("{90}0 {91}\n{90}611 {91}\n")));
+  EXPECT_EQ(shown(read_sentences("out.kti")), shown(coded("{90}0 {91}\n{90}611 {91}\n")));
 }
 
 TEST_F(Carry, Kshow) {
   write("a.kti", coded("{94}1{95}\n{90}0 A{98}line{FF}2{99}{7B}{E4}{9D}20AC{91}\nb{94}3"));
   const Outcome outcome = run("kshow", "-LANGUAGE GERMAN a.kti");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.errors, "a.kti: 1 codes are cut off\n");
+  EXPECT_EQ(outcome.errors, "a.kti: 1 code is cut off\n");
   EXPECT_EQ(outcome.output,
             "raw       real      kind      text\n"
             "1:1       1:1       anchor    {94}1{95}\n"

@@ -96,8 +96,8 @@ TEST_F(Encodings, CharactersThatAPageLacksBecomeReferences) {
     EXPECT_EQ(shown(read("result.html")), shown(row.result)) << row.page;
   }
   // An anchor file that names none of the encodings.
-  write("job.anc", "klib-page 1 UCS-4\n=<p>");
-  write("job.anx", std::string("\x12\0\0\0\x16\0\0\0", 8));
+  write("job.anc", "klib-page 2 " + read("job.anc").substr(12, 16) + " ENGLISH html UCS-4\n=<p>");
+  write("job.anx", std::string("\x30\0\0\0\x34\0\0\0", 8));
   EXPECT_EQ(run("kmerge", "-LANGUAGE ENGLISH out.kti job.anc result.html").errors,
             "job.anc:1: unknown encoding 'UCS-4'\n");
 }

@@ -13,7 +13,7 @@ class Merge : public Workplace {
   Outcome merge(const std::string &page, const std::string &frames) {
     write("page.html", page);
     run("kextract", "-LANGUAGE ENGLISH job.kti page.html");
-    write("out.kti", coded(frames));
+    write_sentences("out.kti", coded(frames));
     return run("kmerge", "-LANGUAGE ENGLISH out.kti job.anc result.html");
   }
 };
@@ -32,7 +32,7 @@ TEST_F(Merge, NestsWhatAnyOrderHas) {
       {"a <b>c</b> <i>d</i>",
        "{90}0 {98}weight{FF}1{99}A {98}slant{FF}2{99}C {98}weight{FF}0{99}D{91}",
        "<b>A <i>C</i></b><i> D</i>",
-       "out.kti:1: sentence 0: the element of anchor 2 is closed and opened again\n"},
+       "out.kti:2: sentence 0: the element of anchor 2 is closed and opened again\n"},
       // A font that was opened behind an anchor stays behind it, and closes before its end.
       {"a <a href=x><b>c</b></a> d",
        "{90}0 {98}weight{FF}2{99}{94}1{95}A{94}3{95} {98}weight{FF}0{99}C{91}",
@@ -40,14 +40,14 @@ TEST_F(Merge, NestsWhatAnyOrderHas) {
       // Pairs of anchors: crossed, inverted, and reaching out of their sentence.
       {"a <a>c</a> <u > d</u> e", "{90}0 {94}1{95}A {94}3{95}C{94}2{95} D{94}4{95} E{91}",
        "<a>A <u >C</u></a><u > D</u> E",
-       "out.kti:1: sentence 0: the element of anchor 3 is closed and opened again\n"},
+       "out.kti:2: sentence 0: the element of anchor 3 is closed and opened again\n"},
       {"a <a>c d</a> e", "{90}0 Xx Y{94}2{95}y Z {94}1{95}Ww V{91}", "Xx <a>Yy Z Ww</a> V",
-       "out.kti:1: sentence 0: anchor 1 came out after its end; it is put around both words\n"},
+       "out.kti:2: sentence 0: anchor 1 came out after its end; it is put around both words\n"},
       {"a <a>c <q>d. E</q> f</a> g",
        "{90}0 A {94}2{95}C {94}1{95}D.{91}{94}3{95}{90}1 E{94}5{95} F{94}4{95} G{91}",
        "A <a>C <q>D. E</q> F</a> G",
-       "out.kti:1: sentence 0: the anchors from 1 to 2 are put back into their order\n"
-       "out.kti:1: sentence 1: the anchors from 4 to 5 are put back into their order\n"},
+       "out.kti:2: sentence 0: the anchors from 1 to 2 are put back into their order\n"
+       "out.kti:2: sentence 1: the anchors from 4 to 5 are put back into their order\n"},
       // Text is text whatever it looks like.
       {"a <b>c</b> d",
        "{90}0 <x> & {9D}003Cx {9D}003C{9D}0026 {9D}263A{9D}D83D{9D}DE00{98}weight{FF}1{99}C{91}",
@@ -101,13 +101,13 @@ TEST_F(Merge, ReportsAnchorsThatAreNotWhereTheyShouldBe) {
   } rows[] = {
       {"a<img>b c", "{90}0 A C{91}", "A C", "job.anc: anchor 1 is lost\n"},
       {"a<img><a>c</a><hr>", "{90}0 A{94}2{95}C{91}{94}4{95}", "A<a>C</a><hr>",
-       "out.kti:1: sentence 0: anchor 2 is not closed; it is closed at the end of the sentence\n"
+       "out.kti:2: sentence 0: anchor 2 is not closed; it is closed at the end of the sentence\n"
        "job.anc: anchor 1 is lost\njob.anc: anchor 3 is lost\n"},
       {"a<img><a>c</a><hr>", "{90}0 {94}1{95}A{94}1{95}C{94}3{95}{91}{94}4{95}{94}4{95}",
        "<img>AC<hr><hr>",
-       "out.kti:1: sentence 0: anchor 1 is there twice; the second is left out\n"
-       "out.kti:1: sentence 0: anchor 3 closes anchor 2, which is not there, and is left out\n"
-       "out.kti:1: anchor 4 is in an earlier place, too\njob.anc: anchor 2 is lost\n"},
+       "out.kti:2: sentence 0: anchor 1 is there twice; the second is left out\n"
+       "out.kti:2: sentence 0: anchor 3 closes anchor 2, which is not there, and is left out\n"
+       "out.kti:2: anchor 4 is in an earlier place, too\njob.anc: anchor 2 is lost\n"},
   };
   for (const auto &row : rows) {
     const Outcome outcome = merge(row.page, row.frames);
@@ -123,15 +123,15 @@ TEST_F(Merge, Refuses) {
   static const struct {
     const char *frames, *message;
   } rows[] = {
-      {"{90}0 A{91}\n{90}1 B", "out.kti:2: a sentence is cut off\n"},
-      {"\n\n x {90}0 A{91}", "out.kti:3: text outside of a sentence\n"},
-      {"{90}0 A{00}B{91}", "out.kti:1: a sentence is cut off\n"},
-      {"\n{90}0 A{91}{00}", "out.kti:2: holds a NUL byte\n"},
-      {"{90}0 {94}9{95}A{91}", "out.kti:1: sentence 0: there is no anchor 9\n"},
-      {"{90}0 {98}weight{FF}2{99}A{91}", "out.kti:1: sentence 0: anchor 2 is no font\n"},
-      {"{90}0 {98}width{FF}1{99}A{91}", "out.kti:1: unknown font 'width{FF}1'\n"},
-      {"{90}0 {94}x{95}A{91}", "out.kti:1: an anchor without a number\n"},
-      {"{90}0 {9D}00ZZA{91}", "out.kti:1: sentence 0: {9D}00ZZ is no character of ENGLISH\n"},
+      {"{90}0 A{91}\n{90}1 B", "out.kti:3: a sentence is cut off\n"},
+      {"\n\n x {90}0 A{91}", "out.kti:4: text outside of a sentence\n"},
+      {"{90}0 A{00}B{91}", "out.kti:2: a sentence is cut off\n"},
+      {"\n{90}0 A{91}{00}", "out.kti:3: holds a NUL byte\n"},
+      {"{90}0 {94}9{95}A{91}", "out.kti:2: sentence 0: there is no anchor 9\n"},
+      {"{90}0 {98}weight{FF}2{99}A{91}", "out.kti:2: sentence 0: anchor 2 is no font\n"},
+      {"{90}0 {98}width{FF}1{99}A{91}", "out.kti:2: unknown font 'width{FF}1'\n"},
+      {"{90}0 {94}x{95}A{91}", "out.kti:2: an anchor without a number\n"},
+      {"{90}0 {9D}00ZZA{91}", "out.kti:2: sentence 0: {9D}00ZZ is no character of ENGLISH\n"},
   };
   for (const auto &row : rows) {
     const Outcome outcome = merge("a <b>c</b> <img>d", row.frames);
@@ -140,12 +140,13 @@ TEST_F(Merge, Refuses) {
     EXPECT_EQ(read("result.html"), "(none)") << row.frames;
   }
   const std::string index = read("job.anx"), anchors = read("job.anc");
-  write("job.anc", coded("klib-page 1 UTF-8\n*<{00}>=<img>"));
+  const size_t end = anchors.find('\n') + 1;
+  write("job.anc", anchors.substr(0, end) + coded("*<{00}>") + anchors.substr(end + 4));
   EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors, "job.anc: anchor 1 is damaged\n");
   write("job.anc", anchors);
   write("job.anx", index.substr(0, index.size() - 4));
   EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors,
-            "job.anx: does not fit job.anc: it ends at 22, the file at 28\n");
+            "job.anx: does not fit job.anc: it ends at 52, the file at 58\n");
   for (const std::string &damaged : {std::string(), std::string("abc"), index + "x"}) {
     write("job.anx", damaged);
     EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").errors, "job.anx: is no anchor index\n");
@@ -213,10 +214,10 @@ TEST_F(Merge, GivesItsFilesTheUsualPermissions) {
 TEST_F(Merge, JobsDoNotDisturbEachOther) {
   write("page.html", "<p>a <b>c</b></p>");
   run("kextract", "job.kti page.html");
-  write("cut.kti", coded("{90}0 A"));
+  write_sentences("cut.kti", coded("{90}0 A"), "GERMAN");
   const Outcome outcome =
       run("kmerge", "-LOG-PATHNAME job.log cut.kti job.anc one.html job.kti job.anc two.html");
-  EXPECT_EQ(outcome.errors, "cut.kti:1: a sentence is cut off\n");
+  EXPECT_EQ(outcome.errors, "cut.kti:2: a sentence is cut off\n");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(read("one.html"), "(none)");
   EXPECT_EQ(read("two.html"), "<p>a <b>c</b></p>");

@@ -59,6 +59,20 @@ std::string Workplace::read(const std::string &name) const {
   return file ? content.str() : "(none)";
 }
 
+void Workplace::write_sentences(const std::string &name, std::string_view content,
+                                const std::string &language) const {
+  const std::string anchors = read("job.anc");  // "klib-page 2 MARK LANGUAGE ..."
+  const std::string mark =
+      anchors.starts_with("klib-page ") ? anchors.substr(12, 16) : std::string(16, '0');
+  write(name, "klib-sentences 2 " + mark + " " + language + "\n" + std::string(content));
+}
+
+std::string Workplace::read_sentences(const std::string &name) const {
+  const std::string content = read(name);
+  return content.starts_with("klib-sentences 2 ") ? content.substr(content.find('\n') + 1)
+                                                  : content;
+}
+
 Outcome Workplace::run(const std::string &program, const std::string &arguments,
                        const std::string &before) const {
   const std::string command = "cd " + directory_ + " && exec </dev/null; " + before + PROGRAMS "/" +

@@ -30,6 +30,11 @@ class Workplace : public ::testing::Test {
   // `before` is for the shell that runs the program, such as "ulimit -f 1; ".
   Outcome run(const std::string &program, const std::string &arguments,
               const std::string &before = "") const;
+  // A sentence file, with the header that it needs to belong to job.anc, if there is one; and one
+  // without its header.
+  void write_sentences(const std::string &name, std::string_view content,
+                       const std::string &language = "ENGLISH") const;
+  std::string read_sentences(const std::string &name) const;
   std::string files() const;  // the names of all files, in order
 
   std::string directory_;

@@ -1,0 +1,120 @@
+// The names are kept in a fixed table, since a signal's handler may neither allocate nor wait.
+// Signals wait while a file and its name in the table do not agree.
+#include "programs/frame/temporary_files.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace klib::programs {
+namespace {
+
+constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE};
+constexpr size_t most_files = 16, longest_base_name = 255;
+
+// A process that forks leaves the files to the one that made them.
+struct Entry {
+  pid_t owner;
+  char name[PATH_MAX];  // empty: free
+};
+constinit Entry entries[most_files] = {};
+
+void remove_and_end(int signal) {
+  for (const Entry &entry : entries)
+    if (entry.name[0] != '\0' && entry.owner == getpid()) unlink(entry.name);
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+// Lets signals wait while it lives.
+class Waiting {
+ public:
+  Waiting() {
+    sigset_t all;
+    sigemptyset(&all);
+    for (const int signal : ending_signals) sigaddset(&all, signal);
+    sigprocmask(SIG_BLOCK, &all, &before_);
+  }
+  ~Waiting() {
+    const int error = errno;
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    errno = error;
+  }
+  Waiting(const Waiting &) = delete;
+  Waiting &operator=(const Waiting &) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+Entry *entry_of(const char *name) {
+  for (Entry &entry : entries)
+    if (strcmp(entry.name, name) == 0) return &entry;
+  return nullptr;
+}
+
+void forget(const std::string &name) {
+  if (Entry *entry = entry_of(name.c_str())) entry->name[0] = '\0';
+}
+
+// The name with room for what makes it a temporary one, cut between two characters.
+std::string beside(const std::string &target) {
+  constexpr const char *pattern = ".XXXXXX";
+  const size_t begin = target.rfind('/') + 1;  // npos + 1 is 0
+  std::string name = target;
+  if (name.size() - begin > longest_base_name - strlen(pattern)) {
+    size_t end = begin + longest_base_name - strlen(pattern);
+    while (end > begin && (name[end] & '\xC0') == '\x80') end--;
+    name.resize(end);
+  }
+  return name += pattern;
+}
+
+}  // namespace
+
+void remove_temporary_files_on_signals() {
+  for (const int signal : ending_signals) {
+    struct sigaction action = {};
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
+    action.sa_handler = remove_and_end;
+    sigfillset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+int make_temporary_file(const std::string &target, std::string &name) {
+  name = beside(target);
+  Entry *entry = entry_of("");
+  if (!entry || name.size() >= PATH_MAX) {
+    errno = entry ? ENAMETOOLONG : EMFILE;
+    return -1;
+  }
+  const Waiting waiting;
+  const int descriptor = mkostemp(name.data(), O_CLOEXEC);
+  if (descriptor >= 0) {
+    entry->owner = getpid();
+    strcpy(entry->name, name.c_str());
+  }
+  return descriptor;
+}
+
+bool keep_temporary_file(const std::string &name, const std::string &target) {
+  const Waiting waiting;
+  if (rename(name.c_str(), target.c_str()) != 0) return false;
+  forget(name);
+  return true;
+}
+
+void remove_temporary_file(const std::string &name) {
+  const Waiting waiting;
+  unlink(name.c_str());
+  forget(name);
+}
+
+}  // namespace klib::programs

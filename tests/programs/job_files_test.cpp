@@ -1,0 +1,164 @@
+// That no file of a user is lost, whatever the programs are told to write, and that files which do
+// not belong together are refused.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "workplace.h"
+
+namespace klib::test {
+namespace {
+
+class JobFiles : public Workplace {
+ protected:
+  // A job of two pages in two languages: job.*, other.*, and their translations.
+  void make_jobs() {
+    write("page.html", "<p>a <b>c</b> d</p>");
+    write("other.html", "<p>a <i>c</i> d</p>");
+    write("t.txt", "D A C\n");
+    write("a.txt", "0-1 1-2 2-0\n");
+    ASSERT_EQ(run("kextract", "-LANGUAGE ENGLISH job.kti page.html other.kti other.html").status,
+              0);
+    ASSERT_EQ(run("kcarry", "-TARGET-LANGUAGE de job.kti t.txt a.txt out.kti").status, 0);
+    ASSERT_EQ(run("kmerge", "out.kti job.anc result.html").status, 0);
+  }
+
+  // The names and contents of all files.
+  std::string everything() const {
+    std::string all;
+    for (const auto &entry : std::filesystem::directory_iterator(directory_))
+      if (const std::string name = entry.path().filename(); name[0] != '.')
+        all += name + "[" + (entry.is_regular_file() ? read(name) : "") + "]";
+    return all;
+  }
+};
+
+TEST_F(JobFiles, NothingIsWrittenOverWhatIsNotTheProgramsOwn) {
+  make_jobs();
+  write("page.kti", "notes of mine");
+  write("mine.txt", "notes of mine");
+  write("own.anc", "notes of mine");
+  write("result.par", "a comment\n");
+  write("p.htm", "<p>x");
+  std::filesystem::create_hard_link(directory_ + "/page.html", directory_ + "/hard.html");
+  std::filesystem::create_symlink("t.txt", directory_ + "/link.kti");
+  std::filesystem::create_directory(directory_ + "/sub");
+  static const struct {
+    const char *program, *arguments, *message;
+  } rows[] = {
+      {"kextract", "p.htm p.htm", "p.htm: is the same file as p.htm"},
+      {"kextract", "-LANGUAGE ENGLISH p.htm page.html", "p.htm: the name of a sentence file must"},
+      {"kextract", "t.kti t.txt", "t.txt: is the same file as t.txt"},
+      {"kextract", "page.kti page.html", "page.kti: exists and is no sentence file"},
+      {"kextract", "mine.kti page.html", "mine.txt: exists and belongs to no sentence file"},
+      {"kextract", "own.kti page.html", "own.anc: exists and is no anchor file"},
+      {"kextract", "link.kti t.txt", "link.kti: is the same file as t.txt"},
+      {"kextract", "-LOG-PATHNAME job.log --report job.log job.kti page.html", "job.log: is the"},
+      {"kextract", "-LOG-PATHNAME sub/../job.log --report ./job.log job.kti page.html", "is the"},
+      {"kextract", "--report page.html job.kti page.html", "page.html: is the same file as"},
+      {"kcarry", "job.kti t.txt a.txt t.txt", "t.txt: is the same file as t.txt"},
+      {"kcarry", "job.kti t.txt a.txt ./job.kti", "./job.kti: is the same file as job.kti"},
+      {"kcarry", "job.kti t.txt a.txt new.txt", "new.txt: the name of a sentence file must"},
+      {"kcarry", "job.kti t.txt a.txt page.kti", "page.kti: exists and is no sentence file"},
+      {"kmerge", "out.kti job.anc job.anc", "job.anc: is the same file as job.anc"},
+      {"kmerge", "out.kti job.anc job.anx", "job.anx: is the same file as job.anx"},
+      {"kmerge", "out.kti job.anc --report out.kti x.html", "out.kti: is the same file as"},
+      {"kshow", "out.kti --report out.kti", "out.kti: is the same file as out.kti"},
+  };
+  const std::string before = everything();
+  for (const auto &row : rows) {
+    const Outcome outcome = run(row.program, row.arguments);
+    EXPECT_EQ(outcome.status, 1) << row.arguments;
+    EXPECT_NE(outcome.errors.find(row.message), std::string::npos) << outcome.errors;
+    EXPECT_TRUE(everything() == before) << row.program << " " << row.arguments;
+  }
+  EXPECT_EQ(run("kmerge", "out.kti job.anc mine.txt").status, 0);  // any regular file
+}
+
+TEST_F(JobFiles, OnlyFilesOfOneJobGoTogether) {
+  make_jobs();
+  const std::string out = read("out.kti"), anchors = read("job.anc"), sentences = read("job.kti");
+  write("old.anc", "klib-page 1 ASCII\n=<p>");
+  write("old.anx", std::string("\x12\0\0\0\x16\0\0\0", 8));
+  write("old.kti", coded("{90}0 A{91}\n"));
+  write("new.kti", "klib-sentences 3" + sentences.substr(16));
+  write("damaged.kti", "klib-sentences 2 12 ENGLISH\n");
+  static const struct {
+    const char *program, *arguments, *message;
+  } rows[] = {
+      {"kmerge", "out.kti other.anc x.html", "out.kti:1: does not belong to other.anc"},
+      {"kmerge", "out.kti old.anc x.html", "old.anc:1: has the format of version 1"},
+      {"kmerge", "old.kti job.anc x.html", "old.kti:1: the first line is no header"},
+      {"kmerge", "-LANGUAGE fr out.kti job.anc x.html",
+       "out.kti:1: is in GERMAN, but the language given is FRENCH"},
+      {"kcarry", "new.kti t.txt a.txt x.kti", "new.kti:1: has the format of version 3"},
+      {"kcarry", "damaged.kti t.txt a.txt x.kti", "damaged.kti:1: the first line is no header"},
+      {"kcarry", "-LANGUAGE de job.kti t.txt a.txt x.kti",
+       "job.kti:1: is in ENGLISH, but the language given is GERMAN"},
+  };
+  for (const auto &row : rows) {
+    const Outcome outcome = run(row.program, row.arguments);
+    EXPECT_EQ(outcome.status, 1) << row.arguments;
+    EXPECT_NE(outcome.errors.find(row.message), std::string::npos) << outcome.errors;
+    EXPECT_EQ(read("x.html") + read("x.kti"), "(none)(none)") << row.arguments;
+  }
+  EXPECT_EQ(run("kcarry", "-LANGUAGE en -TARGET-LANGUAGE de job.kti t.txt a.txt again.kti").status,
+            0);
+  EXPECT_EQ(read("again.kti"), out);
+  EXPECT_EQ(run("kextract", "-LANGUAGE ENGLISH again.kti page.html").status, 0);
+  EXPECT_EQ(read("again.kti") + read("again.anc"), sentences + anchors);
+}
+
+TEST_F(JobFiles, PermissionsAndLongNames) {
+  make_jobs();
+  const std::string result = directory_ + "/result.html";
+  chmod(result.c_str(), 0640);
+  EXPECT_EQ(run("kmerge", "job.kti job.anc result.html").status, 0);
+  struct stat status = {};
+  stat(result.c_str(), &status);
+  EXPECT_EQ(status.st_mode & 07777, 0640u);
+  chmod(result.c_str(), 0444);
+  EXPECT_EQ(run("kmerge", "out.kti job.anc result.html").errors,
+            "result.html: is write-protected: it is not replaced\n");
+  EXPECT_EQ(read("result.html"), "<p>a <b>c</b> d</p>");
+  const std::string name(251, 'n');
+  EXPECT_EQ(run("kextract", name + ".kti page.html").status, 0);
+  EXPECT_NE(read(name + ".anc"), "(none)");
+  EXPECT_NE(run("kextract", std::string(5000, 'n') + ".kti page.html").errors.find("too many"),
+            std::string::npos);
+}
+
+// kmerge waits for the rest of its sentences, its temporary files made, when the signal comes.
+TEST_F(JobFiles, SignalsLeaveNothingBehind) {
+  make_jobs();
+  std::filesystem::current_path(directory_);
+  ASSERT_EQ(mkfifo("slow.kti", 0600), 0);
+  const int fifo = open("slow.kti", O_RDWR | O_CLOEXEC);
+  const std::string header = read("job.kti").substr(0, read("job.kti").find('\n') + 1);
+  const std::string before = files();
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    ASSERT_EQ(::write(fifo, header.data(), header.size()), static_cast<ssize_t>(header.size()));
+    const pid_t child = fork();
+    if (child == 0) {
+      execl(PROGRAMS "/kmerge", "kmerge", "--report", "r.json", "slow.kti", "job.anc", "x.html",
+            nullptr);
+      _exit(127);
+    }
+    while (files().find("x.html.") == std::string::npos) usleep(1000);
+    EXPECT_NE(files(), before);
+    kill(child, signal);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal);
+    EXPECT_EQ(files(), before);
+  }
+  close(fifo);
+  std::filesystem::current_path("/");
+}
+
+}  // namespace
+}  // namespace klib::test
