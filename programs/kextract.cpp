@@ -9,6 +9,7 @@ namespace klib::programs {
 namespace {
 
 const char *encoding;  // the value of --encoding
+bool translate_code;
 
 void extract(const char *sentences, const char *page) {
   const std::string inputs[] = {page};
@@ -17,7 +18,8 @@ void extract(const char *sentences, const char *page) {
   check_job_files(inputs, outputs);
   check_family(sentences);
   const DocumentKind &kind = kind_of_file(page);
-  extract_document(kind, kind.read(page, encoding ? encoding : ""), sentences);
+  extract_document(kind, kind.read(page, encoding ? encoding : ""),
+                   {.translate_code = translate_code}, sentences);
 }
 
 constexpr const char *purpose =
@@ -35,6 +37,8 @@ constexpr Parameter parameters[] = {
 };
 
 constexpr Option options[] = {
+    {"translate-code", nullptr, &translate_code,
+     "offer the text of code, kbd, samp and tt for translation, too"},
     {"encoding", "NAME", &encoding, "the encoding of a page that does not say it (utf-8)"},
 };
 

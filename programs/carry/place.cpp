@@ -1,5 +1,8 @@
 #include "programs/carry/place.h"
 
+#include <algorithm>
+
+#include "programs/carry/keep.h"
 #include "programs/carry/order.h"
 #include "programs/carry/points.h"
 
@@ -11,12 +14,14 @@ void place_markup(const std::vector<Link> &alignment, Placement &placement) {
   survey(placement.target);
   weigh_evidence(placement.source, placement.target, alignment, placement.evidence);
   constexpr size_t rounds = 64;  // of nesting that are looked at as a whole
-  Projection projection{sides, placement.evidence,
+  Projection projection{sides, placement.evidence, markup.spans,
                         rounds * (alignment.size() + placement.source.word_count() + 64)};
   for (Span &element : markup.spans) project(projection, element);
   place_points(sides, placement.evidence, markup.points);
   settle_order(placement.source, placement.target, markup);
   write_codes(markup, placement.codes);
+  if (std::ranges::any_of(markup.spans, &Span::kept))
+    put_kept_back(placement.source, placement.evidence, markup, placement.target, placement.codes);
   placement.dropped_fonts = markup.lost_fonts;
   placement.fallback_anchors = 0;
   for (const Span &element : markup.spans) {

@@ -199,10 +199,17 @@ bool find_by_neighbours(const Projection &projection, const Span &element, Words
     }
   }
   if (element.is_font()) return false;
+  bool to_right =
+      before == no_position || (after != no_position && after - words.last <= words.first - before);
+  if (element.parent != no_span && before != no_position && after != no_position) {
+    const Range around = projection.spans[element.parent].source;
+    const bool before_is_in = source.words[before].end > around.begin;
+    const bool after_is_in = source.words[after].begin < around.end;
+    if (before_is_in != after_is_in) to_right = after_is_in;
+  }
   if (before == no_position && after == no_position)
     found.first = std::min(words.first, count - 1);
-  else if (before == no_position ||
-           (after != no_position && after - words.last <= words.first - before))
+  else if (to_right)
     found.first = right;
   else
     found.first = left - 1;

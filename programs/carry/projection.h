@@ -10,6 +10,7 @@ namespace klib::programs {
 struct Projection {
   const Sides &sides;
   const Evidence &evidence;
+  const std::vector<Span> &spans;
   size_t work_left;  // beyond it only the words at the edges of an element are looked at
   std::vector<std::pair<uint32_t, int64_t>> inside{};  // room: words of the translation, weights
 };

@@ -72,11 +72,14 @@ void take_anchor(Reader &reader, const Code &code) {
   auto &pairs = reader.markup.pairs;
   switch (entry.kind) {
     case Anchor::open:
+    case Anchor::kept:
       pairs[code.number] = open_span(reader, at, code.number, -1);
       break;
     case Anchor::close:
+    case Anchor::kept_end:
       if (const auto pair = pairs.find(entry.partner); pair != pairs.end()) {
         reader.spans()[pair->second].closer = code.number;
+        reader.spans()[pair->second].kept = entry.kind == Anchor::kept_end;
         close_span(reader, pair->second, at);
         pairs.erase(pair);
       } else {

@@ -23,6 +23,7 @@ struct Span {
   Range target{};         // where it goes
   bool dropped = false;   // a font that has no place
   bool fallback = false;  // none of its words is aligned
+  bool kept = false;      // its text comes back as it is in the source
 
   bool is_font() const { return group >= 0; }
 };

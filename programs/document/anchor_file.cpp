@@ -51,7 +51,7 @@ int32_t little_endian(const char *bytes) {
   return static_cast<int32_t>(value);
 }
 
-bool is_kind(char c) { return c != '\0' && strchr("=*()<>", c) != nullptr; }
+bool is_kind(char c) { return c != '\0' && strchr("=*()<>[]", c) != nullptr; }
 
 }  // namespace
 
@@ -118,7 +118,7 @@ Anchor AnchorFile::read(int32_t number) {
     fail(name_.c_str(), 0, "anchor %d is damaged", static_cast<int>(number));
   Anchor anchor{static_cast<Anchor::Kind>(record[0]), 0, {}};
   record.remove_prefix(1);
-  if (anchor.kind == Anchor::close) {
+  if (anchor.kind == Anchor::close || anchor.kind == Anchor::kept_end) {
     const char *end = record.data() + record.size();
     const auto result = std::from_chars(record.data(), end, anchor.partner);
     if (result.ec != std::errc() || result.ptr == end || *result.ptr != ' ')

@@ -12,15 +12,17 @@ namespace klib::programs {
 
 struct Anchor {
   enum Kind {
-    single = '=',      // as it is
-    font = '*',        // the opening tag of a font
-    open = '(',        // the opening tag of a pair in one sentence
-    close = ')',       // the closing tag of a pair in one sentence
-    opens_out = '<',   // an opening tag that is closed after its sentence
-    closes_from = '>'  // a closing tag that was opened before its sentence
+    single = '=',       // as it is
+    font = '*',         // the opening tag of a font
+    open = '(',         // the opening tag of a pair in one sentence
+    close = ')',        // the closing tag of a pair in one sentence
+    opens_out = '<',    // an opening tag that is closed after its sentence
+    closes_from = '>',  // a closing tag that was opened before its sentence
+    kept = '[',         // a piece of a sentence that comes back as it is, up to its end
+    kept_end = ']'      // where that piece ends
   };
   Kind kind;
-  int32_t partner;  // of a closing tag of a pair: the number of the opening one
+  int32_t partner;  // of a closing tag of a pair and the end of a piece: the number of the first
   std::string raw;
 };
 

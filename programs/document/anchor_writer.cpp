@@ -22,7 +22,8 @@ void AnchorWriter::write(std::string_view bytes) {
 int32_t AnchorWriter::add(Anchor::Kind kind, std::string_view raw, int32_t partner) {
   offsets_.push_back(static_cast<int32_t>(size_));
   std::string mark(1, static_cast<char>(kind));
-  if (kind == Anchor::close) mark.append(std::to_string(partner)).append(" ");
+  if (kind == Anchor::close || kind == Anchor::kept_end)
+    mark.append(std::to_string(partner)).append(" ");
   write(mark);
   write(raw);
   mark_.add(mark);

@@ -22,7 +22,8 @@ struct FrameItems {
   std::vector<size_t> content_before, content_after;  // the nearest items that are no markup
   std::vector<int32_t> numbers;                       // of anchors
   std::vector<int> groups;                            // of opening tags that became fonts, else -1
-  bool is_open[font_group_count] = {};                // whether a font of the group is in force
+  std::vector<size_t> free_before, kept_before;  // visible texts of either kind before the item
+  bool is_open[font_group_count] = {};           // whether a font of the group is in force
 
   const Item &item(size_t i) const { return items[frame.first + i]; }
   size_t size() const { return frame.last - frame.first; }
@@ -73,7 +74,7 @@ void write_between(Extraction &job, size_t end) {
 }
 
 FrameItems look_at(const std::vector<Item> &items, const Frame &frame) {
-  FrameItems look{items, frame, {}, {}, {}, {}};
+  FrameItems look{items, frame, {}, {}, {}, {}, {}, {}};
   const size_t size = look.size();
   look.numbers.assign(size, 0);
   look.groups.assign(size, -1);
@@ -89,7 +90,40 @@ FrameItems look_at(const std::vector<Item> &items, const Frame &frame) {
     if (!look.item(i).is_markup()) content = i;
     look.content_after[i] = content;
   }
+  look.free_before.assign(size + 1, 0);
+  look.kept_before.assign(size + 1, 0);
+  for (size_t i = 0; i < size; i++) {
+    const Item &item = look.item(i);
+    look.free_before[i + 1] = look.free_before[i] + (item.visible && !item.kept);
+    look.kept_before[i + 1] = look.kept_before[i] + (item.visible && item.kept);
+  }
   return look;
+}
+
+// The end of the item at `i`, or of the element that it opens, if it can be part of a piece that
+// comes back as it is; else `i`.
+size_t end_of_kept_item(const FrameItems &look, size_t i) {
+  const Item &item = look.item(i);
+  if (!item.kept || item.kind == Item::close) return i;
+  if (item.kind != Item::open) return i + 1;
+  const size_t partner = look.partner(i);
+  return partner != Item::none && look.free_before[partner] == look.free_before[i] ? partner + 1
+                                                                                   : i;
+}
+
+// The end of the piece beginning at `i` that comes back as it is, or `i` when there is none: text
+// that is not to be translated, with the markup in it.
+size_t end_of_kept_piece(const FrameItems &look, size_t i) {
+  size_t end = i;
+  for (size_t next = i, after; next < look.size(); next = after) {
+    after = end_of_kept_item(look, next);
+    if (after == next) break;
+    if (look.kept_before[after] > look.kept_before[next])
+      end = after;
+    else if (end == i)
+      break;  // it begins with text or the tags around it
+  }
+  return end;
 }
 
 // The font group by which the element from `i` to `partner` can be said, or -1: it holds text, has
@@ -162,19 +196,38 @@ void write_sentence(Extraction &job) {
   show_progress(++job.sentences);
 }
 
+void add_text(Extraction &job, const Item &item) {
+  if (item.kind == Item::text)
+    job.kind.read_text(job.raw(item.begin, item.end), job.sentence.text);
+  else if (item.kind == Item::white)
+    job.sentence.text += ' ';
+}
+
+// Adds the items from `begin` to `end` as a piece that comes back as it is. Its text is there for
+// those who translate the rest.
+void add_kept_piece(Extraction &job, const FrameItems &look, size_t begin, size_t end) {
+  const std::string_view raw = job.raw(look.item(begin).begin, look.item(end - 1).end);
+  const int32_t number = job.anchors.add(Anchor::kept, raw);
+  job.sentence.add_anchor(number);
+  for (size_t i = begin; i < end; i++) add_text(job, look.item(i));
+  job.sentence.add_anchor(job.anchors.add(Anchor::kept_end, "", number));
+}
+
 void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &frame) {
   write_between(job, items[frame.first].begin);
   job.sentence.clear();
   job.sentence.number = static_cast<int32_t>(job.number);
   FrameItems look = look_at(items, frame);
   for (size_t i = 0; i < look.size(); i++) {
-    const Item &item = look.item(i);
-    if (item.is_markup())
+    const size_t kept_end = end_of_kept_piece(look, i);
+    if (kept_end > i) {
+      add_kept_piece(job, look, i, kept_end);
+      i = kept_end - 1;
+    } else if (look.item(i).is_markup()) {
       i = add_markup(job, look, i);
-    else if (item.kind == Item::text)
-      job.kind.read_text(job.raw(item.begin, item.end), job.sentence.text);
-    else
-      job.sentence.text += ' ';
+    } else {
+      add_text(job, look.item(i));
+    }
   }
   job.written = items[frame.last - 1].end;
   write_sentence(job);
@@ -196,7 +249,8 @@ void finish(Extraction &job, const JobHeader &header) {
 
 }  // namespace
 
-void extract_document(const DocumentKind &kind, const Document &document, const char *name) {
+void extract_document(const DocumentKind &kind, const Document &document, const Wishes &wishes,
+                      const char *name) {
   const ActiveLanguage language(parameter(TextParameter::language));
   CodePage page;
   make_code_page(parameter(TextParameter::language), page);
@@ -204,7 +258,7 @@ void extract_document(const DocumentKind &kind, const Document &document, const 
                             std::string(kind.name), document.encoding};
   Extraction job(kind, document, page, header, name);
   init_kti_format(1);
-  kind.split(document, page, [&](const std::vector<Item> &items, const Frame &frame) {
+  kind.split(document, page, wishes, [&](const std::vector<Item> &items, const Frame &frame) {
     add_frame(job, items, frame);
   });
   write_between(job, document.text.size());

@@ -7,6 +7,7 @@ namespace klib::programs {
 
 // Writes JOB.kti, `name`, and beside it JOB.txt, JOB.anc and JOB.anx. None of them is there under
 // its name before all are complete. Failures end the job (fail()).
-void extract_document(const DocumentKind &kind, const Document &document, const char *name);
+void extract_document(const DocumentKind &kind, const Document &document, const Wishes &wishes,
+                      const char *name);
 
 }  // namespace klib::programs

@@ -27,6 +27,7 @@ struct Item {
   size_t partner = none;  // of a tag that is one of a properly nested pair: the other's place
   bool visible = false;   // text that has a character to see
   bool lettered = false;  // text that has a letter or a digit
+  bool kept = false;      // not to be translated; of a tag: what is in its element
   // A tag without partner, of an element that may have been opened before the paragraph or may be
   // closed after it: nothing in the paragraph crosses it.
   bool reaches_out = false;
@@ -36,6 +37,11 @@ struct Item {
 
   static constexpr size_t none = ~size_t{0};
   bool is_markup() const { return kind >= open; }
+};
+
+// What a user wants of extraction, as far as kinds of documents know it.
+struct Wishes {
+  bool translate_code = false;  // text that is code is like any other
 };
 
 // The items of one sentence that are in its frame: from the first to before the last.
@@ -62,7 +68,8 @@ struct DocumentKind {
 
   // Gives the sentences to the sink. What is between them stays as it is. The code page is that of
   // the language in use.
-  void (*split)(const Document &document, const CodePage &page, const SentenceSink &sink);
+  void (*split)(const Document &document, const CodePage &page, const Wishes &wishes,
+                const SentenceSink &sink);
 
   // Appends the characters of an item of text; those that could be markup and are not have
   // bare_flag (common/sentence.h).

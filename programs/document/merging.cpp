@@ -91,6 +91,11 @@ void write_code(const Merge &job, const Code &code, bool closers_are_written,
     case Anchor::closes_from:
       if (!closers_are_written) writer.close_from_before(anchor.raw);
       break;
+    case Anchor::kept:
+      writer.text(anchor.raw);
+      break;
+    case Anchor::kept_end:
+      break;
     default:
       writer.single(code.number, anchor.raw);
   }
@@ -115,12 +120,28 @@ void write_characters(Merge &job, size_t begin, size_t end, NestedWriter &writer
   }
 }
 
+// The place of the end of a kept piece that begins with the code at `i`, or `i` when it has none.
+size_t end_of_kept(const Merge &job, size_t i) {
+  const std::vector<Code> &codes = job.sentence.codes;
+  if (codes[i].is_font() || job.markup.anchors.at(codes[i].number).kind != Anchor::kept) return i;
+  const auto closer = job.markup.closers.find(codes[i].number);
+  if (closer == job.markup.closers.end()) return i;
+  for (size_t end = i + 1; end < codes.size(); end++)
+    if (!codes[end].is_font() && codes[end].number == closer->second) return end;
+  return i;
+}
+
 void write_nested(Merge &job, bool closers_are_written, NestedWriter &writer) {
+  const std::vector<Code> &codes = job.sentence.codes;
   size_t position = 0;
-  for (const Code &code : job.sentence.codes) {
-    write_characters(job, position, code.at, writer);
-    write_code(job, code, closers_are_written, writer);
-    position = code.at;
+  for (size_t i = 0; i < codes.size(); i++) {
+    write_characters(job, position, codes[i].at, writer);
+    write_code(job, codes[i], closers_are_written, writer);
+    position = codes[i].at;
+    // The text up to its end is written already, by the piece. What else is there follows it.
+    const size_t end = end_of_kept(job, i);
+    position = codes[end].at;
+    while (i < end) write_code(job, codes[++i], closers_are_written, writer);
   }
   write_characters(job, position, job.sentence.text.size(), writer);
   writer.end();

@@ -58,10 +58,12 @@ void read_anchors(Repair &repair) {
 void match_closers(Repair &repair) {
   SentenceMarkup &markup = repair.markup;
   std::erase_if(repair.sentence.codes, [&](const Code &code) {
-    if (!repair.is_kind(code, Anchor::close)) return false;
+    const bool ends_kept = repair.is_kind(code, Anchor::kept_end);
+    if (!ends_kept && !repair.is_kind(code, Anchor::close)) return false;
     const int32_t partner = repair.anchor(code).partner;
     const auto found = markup.anchors.find(partner);
-    if (found != markup.anchors.end() && found->second.kind == Anchor::open &&
+    if (found != markup.anchors.end() &&
+        found->second.kind == (ends_kept ? Anchor::kept : Anchor::open) &&
         markup.closers.emplace(partner, code.number).second)
       return false;
     report(repair.place(), "closer-left-out", {{"anchor", code.number}, {"opener", partner}},

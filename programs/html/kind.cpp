@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include "programs/common/languages.h"
+#include "programs/common/program.h"
 #include "programs/common/sentence.h"
 #include "programs/common/utf8.h"
 #include "programs/html/conversion.h"
@@ -21,10 +23,12 @@ struct LoadedExceptions {
   ~LoadedExceptions() { free_sentence_exceptions(); }
 };
 
-void split(const Document &page, const CodePage &code_page, const SentenceSink &sink) {
+void split(const Document &page, const CodePage &code_page, const Wishes &wishes,
+           const SentenceSink &sink) {
   const LoadedExceptions exceptions;
   const size_t mark = page.text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
-  ParagraphReader paragraphs(page.text, mark);
+  Protection protection(language_code(parameter(TextParameter::language)), wishes.translate_code);
+  ParagraphReader paragraphs(page.text, mark, protection);
   std::vector<Item> items;
   std::vector<Frame> frames;
   while (paragraphs.next(items)) {

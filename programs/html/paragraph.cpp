@@ -104,7 +104,9 @@ void ParagraphReader::take_text(size_t begin, size_t end, std::vector<Item> &ite
     const size_t first = i;
     const bool white = is_html_white(page_[i]);
     while (i < end && is_html_white(page_[i]) == white) i++;
-    items.push_back(part_of(page_, {white ? Item::white : Item::text, first, i, {}}, first, i));
+    Item item{white ? Item::white : Item::text, first, i, {}};
+    item.kept = protection_.is_on();
+    items.push_back(part_of(page_, item, first, i));
   }
 }
 
@@ -117,12 +119,22 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
     return true;
   }
   if (token.kind == Token::other) {
-    items.push_back({Item::single, token.begin, token.end, {}});
+    Item item{Item::single, token.begin, token.end, {}};
+    item.kept = protection_.is_on();
+    items.push_back(item);
     return true;
   }
   const bool opens = token.kind == Token::start_tag;
   const Element::Content content = element(token.name).content;
   Item::Kind kind = Item::single;
+  bool kept = protection_.is_on();
+  if (content == Element::inlined || content == Element::block || content == Element::caption) {
+    if (opens)
+      protection_.start(token.name, page_.substr(token.begin, token.end - token.begin));
+    else
+      protection_.end(token.name);
+    if (opens) kept = protection_.is_on();
+  }
   switch (content) {
     case Element::block:
     case Element::separator:
@@ -145,7 +157,9 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
       kind = opens ? Item::open : Item::close;
       break;
   }
-  items.push_back({kind, token.begin, position_, kind == Item::single ? "" : token.name});
+  Item item{kind, token.begin, position_, kind == Item::single ? "" : token.name};
+  item.kept = kept;
+  items.push_back(item);
   return true;
 }
 

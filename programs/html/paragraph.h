@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "programs/document/kind.h"
+#include "programs/html/protection.h"
 
 namespace klib::programs {
 
@@ -13,7 +14,9 @@ Item part_of(std::string_view page, const Item &item, size_t begin, size_t end);
 
 class ParagraphReader {
  public:
-  ParagraphReader(std::string_view page, size_t begin) : page_(page), position_(begin) {}
+  // The protection follows the reader through the page.
+  ParagraphReader(std::string_view page, size_t begin, Protection &protection)
+      : page_(page), position_(begin), protection_(protection) {}
 
   // The items of the next paragraph, often none; false behind the last one. What stands between the
   // paragraphs' items is block structure.
@@ -25,6 +28,7 @@ class ParagraphReader {
 
   std::string_view page_;
   size_t position_;
+  Protection &protection_;
   size_t caption_end_ = 0;  // until there, text without tags follows
 };
 

@@ -154,6 +154,7 @@ void take_text(EndFinder &finder, size_t i) {
     finder.so_far.add_character(reader.next().character);
     const size_t place = finder.place++;
     if (finder.unicode_ends.empty() || !finder.unicode_ends[place]) continue;
+    if (finder.items[i].kept) continue;
     const bool goes_on = finder.place < finder.text.size() && finder.text[finder.place] != ' ';
     if (goes_on && is_left_to_unicode(finder.so_far) &&
         !is_exception(finder.code_page, finder.so_far))
@@ -169,7 +170,7 @@ void take_white(EndFinder &finder, size_t i) {
       !finder.unicode_ends.empty() && is_left_to_unicode(finder.so_far)
           ? static_cast<bool>(finder.unicode_ends[place - 1])
           : marks.find(mark) != marks.npos && begins_sentence(finder.page, finder.items, i, mark);
-  if (ends && !is_exception(finder.code_page, finder.so_far))
+  if (ends && !finder.items[i].kept && !is_exception(finder.code_page, finder.so_far))
     end_sentence(finder, i, finder.items[i].begin);
   else
     finder.so_far.add_word(finder.code_page);
@@ -244,13 +245,24 @@ void trim(std::string_view page, const std::vector<Item> &items, size_t &begin, 
   }
 }
 
+// Whether the sentence has something to translate: if part of it is not to be, another part that
+// has letters.
+bool is_offered(const std::vector<Item> &items, size_t begin, size_t end) {
+  bool kept = false;
+  for (size_t i = begin; i < end; i++) {
+    if (items[i].lettered && !items[i].kept) return true;
+    kept = kept || (items[i].visible && items[i].kept);
+  }
+  return !kept;
+}
+
 // Adds the frame of the sentence [begin, end), if it has one.
 void add_frame(std::string_view page, const std::vector<Item> &items, size_t begin, size_t end,
                std::vector<Frame> &frames) {
   trim(page, items, begin, end);
   size_t text = begin;
   while (text < end && !items[text].visible) text++;
-  if (text == end) return;
+  if (text == end || !is_offered(items, begin, end)) return;
   size_t last = end - 1;
   while (!items[last].visible) last--;
   Frame frame{text, last + 1};

@@ -29,10 +29,6 @@ size_t skip_white(std::string_view page, size_t i) {
   return i;
 }
 
-struct Attribute {
-  std::string_view name, value;
-};
-
 // Reads one attribute of a tag from `i`, which is neither white nor '/' nor '>', and gives the
 // position behind it.
 size_t read_attribute(std::string_view page, size_t i, Attribute &read) {
@@ -46,12 +42,14 @@ size_t read_attribute(std::string_view page, size_t i, Attribute &read) {
   if (page[i] == '"' || page[i] == '\'') {
     const size_t close = std::min(page.find(page[i], i + 1), page.size());
     read.value = page.substr(i + 1, close - i - 1);
-    return std::min(close + 1, page.size());
+    read.begin = i;
+    return read.end = std::min(close + 1, page.size());
   }
   const size_t value = i;
   while (i < page.size() && !is_html_white(page[i]) && page[i] != '>') i++;
   read.value = page.substr(value, i - value);
-  return i;
+  read.begin = value;
+  return read.end = i;
 }
 
 // The position behind the tag whose name begins at `i`, or npos when the page ends before its '>'.
@@ -159,19 +157,24 @@ size_t end_of_raw_text(std::string_view page, size_t i, std::string_view name) {
   return page.size();
 }
 
+bool next_attribute(std::string_view tag, size_t &i, Attribute &read) {
+  if (i == 0)
+    while (++i < tag.size() && !ends_name(tag[i])) continue;
+  while (i < tag.size() && (is_html_white(tag[i]) || tag[i] == '/')) i++;
+  if (i >= tag.size() || tag[i] == '>') return false;
+  i = read_attribute(tag, i, read);
+  return true;
+}
+
+bool find_attribute(std::string_view tag, std::string_view name, Attribute &read) {
+  for (size_t i = 0; next_attribute(tag, i, read);)
+    if (equal_names(read.name, name)) return true;
+  return false;
+}
+
 std::string_view attribute(std::string_view tag, std::string_view name) {
-  size_t i = 1;
-  while (i < tag.size() && !ends_name(tag[i])) i++;
   Attribute read;
-  while (i < tag.size() && tag[i] != '>') {
-    if (is_html_white(tag[i]) || tag[i] == '/') {
-      i++;
-      continue;
-    }
-    i = read_attribute(tag, i, read);
-    if (equal_names(read.name, name)) return read.value;
-  }
-  return {};
+  return find_attribute(tag, name, read) ? read.value : std::string_view();
 }
 
 bool is_html_white(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }

@@ -23,6 +23,18 @@ Token next_token(std::string_view page, size_t position);
 // where its end tag begins, or the end of the page when it has none.
 size_t end_of_raw_text(std::string_view page, size_t position, std::string_view name);
 
+struct Attribute {
+  std::string_view name, value;  // as they are written, the value without its quotes
+  size_t begin = 0, end = 0;     // of the value with its quotes, in the tag; 0: it has none
+};
+
+// Reads the next attribute of a start tag and moves `i`, which is 0 at first; false when there is
+// no more. The first one of a name counts, for those who look.
+bool next_attribute(std::string_view tag, size_t &i, Attribute &read);
+
+// The first attribute of this name; false when there is none.
+bool find_attribute(std::string_view tag, std::string_view name, Attribute &read);
+
 // The value of an attribute of a start tag, without its quotes, or an empty text.
 std::string_view attribute(std::string_view tag, std::string_view name);
 

@@ -67,7 +67,8 @@ bool same_bytes(Place &page, size_t end, Place &result) {
 }  // namespace
 
 bool same_pages(Place &page, Place &result) {
-  ParagraphReader paragraphs(page.text, 0);
+  Protection protection("", true);
+  ParagraphReader paragraphs(page.text, 0, protection);
   std::vector<Item> items;
   while (paragraphs.next(items)) {
     for (const Item &item : items) {

@@ -1,0 +1,86 @@
+// What of a page comes back as it is, whatever the translation has for it.
+#include "workplace.h"
+
+namespace klib::test {
+namespace {
+
+class Keep : public Workplace {
+ protected:
+  // The lines of JOB.txt, parted by '/', after a look at whether the page comes back without a
+  // translation.
+  std::string offered(const std::string &body, const std::string &options = "") const {
+    const std::string page = "<html lang=en><meta charset=utf-8>" + body;
+    write("job.htm", page);
+    const Outcome outcome = run("kextract", "-LANGUAGE ENGLISH " + options + " job.kti job.htm");
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(run("kmerge", "-LANGUAGE ENGLISH job.kti job.anc same.htm").errors, "");
+    EXPECT_EQ(read("same.htm"), page);
+    std::string text = read("job.txt");
+    for (char &c : text)
+      if (c == '\n') c = '/';
+    return text;
+  }
+
+  // The body after a translation of its one sentence.
+  std::string translated(const std::string &body, const std::string &translation,
+                         const std::string &alignment) const {
+    offered(body);
+    write("t.txt", translation + "\n");
+    write("a.txt", alignment + "\n");
+    run("kcarry", "-LANGUAGE ENGLISH -TARGET-LANGUAGE GERMAN job.kti t.txt a.txt out.kti");
+    run("kmerge", "-LANGUAGE GERMAN out.kti job.anc result.htm");
+    const std::string page = read("result.htm");
+    return page.substr(std::min(page.find("utf-8>"), page.size() - 6) + 6);
+  }
+};
+
+TEST_F(Keep, BlocksAreNotOffered) {
+  static const struct {
+    const char *body, *text;
+  } rows[] = {
+      {"<div translate=no><p>a<p>b</div><p>c", "c/"},
+      {"<div translate=no>a<p translate=yes>b</div>c", "b/c/"},
+      {"<p class='x notranslate y'>a</p>b<p class=donotranslate>c", "b/c/"},
+      {"<ul><li translate=no>a<li>b</ul><table><tr><td translate=no>c<td>d</table>", "b/d/"},
+      {"<div><p translate=no>a</div>b<p translate=no>c<p>d<p translate=NO>e<h1>f</h1>", "b/d/f/"},
+      {"<p lang=fr>a<p lang=en-GB>b<p xml:lang=de-AT>c <span lang=EN>d</span><p lang>e",
+       "b/c d/e/"},
+      {"<p><code>a</code> <kbd>b</kbd>, <samp>c</samp>.<p><tt>d</tt> e", "d e/"},
+      {"<title translate=no>a</title><p>b <i>c</b></p><p translate=no>d</b></i>e<p>f", "b c/f/"},
+      {"<p>a <span translate=no>B. C</span> d. E", "a B. C d./E/"},
+  };
+  for (const auto &row : rows) EXPECT_EQ(offered(row.body), row.text) << row.body;
+  EXPECT_EQ(offered("<p><code>a</code><p translate=no><code>b</code>", "--translate-code"), "a/");
+}
+
+TEST_F(Keep, PiecesOfSentencesComeBack) {
+  static const struct {
+    const char *body, *translation, *alignment, *result;
+  } rows[] = {
+      {"use <code>apt-get x</code>, now", "jetzt apto-coger y nutzen,", "0-3 1-1 2-2 3-0",
+       "jetzt <code>apt-get x</code> nutzen,"},
+      // Words of others between come after the block, words of the piece elsewhere go.
+      {"a <code>b c d</code> e", "A B E C D F", "0-0 1-1 2-3 3-4 4-2", "A E <code>b c d</code> F"},
+      {"a <code>b c</code> d", "A B D, C.", "0-0 1-1 2-3 3-2", "A <code>b c</code> D,."},
+      // Nothing is aligned with it.
+      {"a <i><kbd>b</kbd></i> d", "A D", "0-0 2-1", "A <i><kbd>b</kbd></i> D"},
+      {"<a href=x>see <code>b</code></a> d", "Siehe D", "0-0 2-1",
+       "<a href=x>Siehe <code>b</code></a> D"},
+      {"<b translate=no>x</b> a", "A", "1-0", "<b translate=no>x</b> A"},
+      {"a <code>b</code>", "", "", "<code>b</code>"},
+      // The same text, wherever the alignment points; and with another inside.
+      {"the <code>ls</code> and <code>cd</code>", "cd und ls", "0-0 1-0 2-1 3-2",
+       "<code>cd</code> und <code>ls</code>"},
+      {"in <span lang=fr>un <b>petit</b> <!-- x --> chien</span> it", "es kleiner Hund in",
+       "0-3 1-1 2-1 3-2 4-0", "es <span lang=fr>un <b>petit</b> <!-- x --> chien</span> in"},
+      {"a (<tt>b</tt>), c", "A (B), C", "0-0 1-1 2-2", "A (<tt>b</tt>), C"},
+      {"a <tt>b</tt>/<tt>c</tt> d", "A E/F D", "0-0 1-1 2-2", "A <tt>b</tt>/<tt>c</tt> D"},
+      {"a <code>x &lt; &amp;y</code> d", "A D x", "0-0 1-2 2-2 3-2 4-1",
+       "A D <code>x &lt; &amp;y</code>"},
+  };
+  for (const auto &row : rows)
+    EXPECT_EQ(translated(row.body, row.translation, row.alignment), row.result) << row.body;
+}
+
+}  // namespace
+}  // namespace klib::test
