@@ -37,7 +37,7 @@
 #endif
 
 /* Any arguments: (...), which C has from C23 on; before that an empty list. The drafts of C23 are
-   told apart by the first release of each compiler that takes (...) with them. */
+   distinguished by the first release of each compiler that accepts (...) in them. */
 #if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
 #define K_ANY ...
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L && defined(__clang__) && \
@@ -120,7 +120,7 @@ KLIB_API int32_t abort_function(K_ANY);
 
 /* ==== Program life cycle and main loop ========================================================
 
-   A command-line program hands its arguments and its processing function to Kmain_loop:
+   A command-line program passes its arguments and its processing function to Kmain_loop:
 
        static void process(char *source, char *target) { ... }
        int main(int argc, char **argv) {

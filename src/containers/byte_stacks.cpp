@@ -1,5 +1,5 @@
-// Ten numbered byte stacks: growable buffers, appended to here and read, shortened, reset and
-// released by their owners through the exported records.
+// Ten numbered byte stacks: growable buffers. Bytes are appended here; their owners read, shorten,
+// reset and release them through the exported records.
 //
 // After every operation at least one byte is free, so that the contents can always be terminated.
 // A push that would fill the buffer therefore enlarges it first; a growth that fails leaves the
@@ -27,7 +27,7 @@ byte_stack *find_stack(int32_t n) {
 
 int64_t used(const byte_stack &stack) { return stack.base != nullptr ? stack.top - stack.base : 0; }
 
-// Room for `count` more bytes and a free one behind them.
+// Room for `count` more bytes and a free one after them.
 bool make_room(byte_stack &stack, size_t count) {
   const int64_t size = stack.base != nullptr ? stack.size : 0;
   const int64_t in_use = used(stack);

@@ -13,8 +13,8 @@ inline constexpr int32_t selected_font = 10;      // P_init_fonts to P_cleanup_f
 inline constexpr int32_t font_groups = 11;        // as above
 inline constexpr int32_t named_group_names = 12;  // as above
 inline constexpr int32_t named_group_fonts = 13;  // as above
-inline constexpr int32_t font_scratch = 14;  // one list of the font code, which may be handed out
-inline constexpr int32_t font_packets = 15;  // P_init_fonts to P_cleanup_fonts
+inline constexpr int32_t font_scratch = 14;       // one list of the font code, perhaps a caller's
+inline constexpr int32_t font_packets = 15;       // P_init_fonts to P_cleanup_fonts
 
 // Byte stacks (10 in all)
 inline constexpr int32_t parser_token = 4;     // first init_parser to last exit_parser

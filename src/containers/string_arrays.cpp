@@ -66,7 +66,7 @@ std::string_view element(const Slot &slot, int64_t index) {
 }  // namespace
 
 void reset() {
-  state.slots[slots::font_scratch].base = nullptr;  // a list that was handed out
+  state.slots[slots::font_scratch].base = nullptr;  // a list that belongs to a caller
   for (const Slot &slot : state.slots) Kfree(slot.base);
   state = State{};
 }

@@ -1,9 +1,9 @@
 // Checked file operations: the platform's descriptor and stream calls with the library's reports.
 //
-// Two policies. Opening and creating a descriptor, closing and sizing are reported and tolerated:
-// the caller goes on with -1, 0 or nothing. Opening a stream, reading, writing and deleting are
-// reported and take the abort path, which closes the log and returns; then the operation returns
-// its failure result. Anything but the full count is a failed read or write.
+// Two policies. Failures to open, create, close and size a descriptor are reported and tolerated:
+// the caller goes on with -1, 0 or nothing. Failures to open a stream, to read, to write and to
+// delete are reported and take the abort path, which closes the log and returns; then the operation
+// returns its failure result. A read or write of less than the full count is a failure.
 
 #include "files/checked_files.h"
 
@@ -44,8 +44,8 @@ int64_t move_bytes(size_t count, Call call) {
   return moved;
 }
 
-// The same for reading from a stream, whose bytes that did arrive are valid. Writing to a stream is
-// never repeated: what its buffer held when a signal interrupted it is lost.
+// The same for reading from a stream; the bytes that did arrive are valid. Writing to a stream is
+// never repeated: what its buffer contained when a signal interrupted it is lost.
 size_t read_stream(void *buffer, size_t count, FILE *stream) {
   for (size_t moved = 0;;) {
     errno = 0;

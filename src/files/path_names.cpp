@@ -1,9 +1,8 @@
-// Path names: types taken off and put on, names made absolute, directories joined and listed.
+// Path names: types read and replaced, names made absolute, directories joined and listed.
 //
-// A type is what follows a dot at the end of a name; the types that the engine puts on have three
-// characters. '/' is the separator that is inserted; '/' and '\' are both understood. A '\' that
-// another byte follows only says that this byte is to be looked at, so that "\\" and "\/" are one
-// separator and "a\b" is none.
+// A type is what follows the last dot of a name; the types that the engine adds have three
+// characters. '/' is the separator that is inserted; '/' and '\' are both understood. After a '\'
+// only the byte that follows it counts, so that "\\" and "\/" are one separator and "a\b" has none.
 
 #include <cstring>
 #include <initializer_list>

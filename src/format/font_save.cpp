@@ -1,9 +1,9 @@
 // A save of the font selection: what has changed since, and the way back.
 //
 // A save copies nothing when it is made. The old selection of a group is put aside when the group
-// first changes, so that saving costs nothing, and listing and putting back cost as much as was
-// touched. A group that is declared during a save counts as if the save had found it there.
-// Tested by fonts_test.cpp.
+// first changes, so that saving is free, and listing and restoring cost in proportion to what
+// changed. A group that is declared during a save counts as if it had existed at the save. Tested
+// by fonts_test.cpp.
 
 #include <cstring>
 #include <utility>

@@ -77,7 +77,7 @@ bool is_font_selected(const Name *found, const char *name) {
 
 void select(const char *name) {
   state.selection.packet_selected = false;
-  // The name may be the very text that the selection lets go.
+  // The name may be the text that the selection is about to release.
   if (single_font_group()) return replace_single_font(memory::copy(name).release());
   if (const char *end = std::strchr(name, separator)) return select_named_font(name, end);
   const Name *found = find(state.tables.names, name);

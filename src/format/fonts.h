@@ -7,7 +7,7 @@
 //     font_packets.cpp       the same for packets, which may name packets
 //     font_save.cpp          saving the selection, putting it back, listing what changed
 //
-// For the transfer of codes: take_changes says what a list of changes would say anew, select and
+// For the transfer of codes: take_changes reports what is new for a list of changes, select and
 // is_selected are Kselect_font and Kis_font_selected that throw.
 #pragma once
 
@@ -109,8 +109,7 @@ void select_font(const Name *found, const char *name);
 // memory::Exhausted.
 void select(const char *name);
 [[nodiscard]] bool is_selected(const char *name);
-// Whether a selection in a named group names a group that is declared: is_selected has nothing to
-// report then.
+// Whether the named group of a selection is declared: is_selected then reports nothing.
 [[nodiscard]] bool names_known_group(const char *name);
 
 // font_save.cpp. Every change of a selection goes through one of these two, so that a save in
@@ -140,8 +139,8 @@ void take_changes(memory::Vector<GroupChange> &changes);
 [[nodiscard]] uint32_t count_named_groups();
 [[nodiscard]] const char *font_name(uint32_t group, uint32_t font);
 
-// A null-terminated list of that many texts, still to be filled, in the scratch slot. It belongs to
-// whom it is handed out to. Throws memory::Exhausted.
+// A null-terminated list of that many texts, still to be filled, in the scratch slot. The caller
+// owns it. Throws memory::Exhausted.
 [[nodiscard]] memory::Array<char *> make_list(size_t count);
 
 // What an operation on arrays has returned, null being exhausted memory, reported already.

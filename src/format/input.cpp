@@ -1,10 +1,9 @@
 // Reading bytes into the token buffer, and taking them back.
 //
-// The token buffer and the pushback stack are byte stacks, and whoever reads their records finds
-// them as if every byte had been pushed by itself: the sizes grow by the fixed steps. But runs of
-// bytes without a role are copied as a whole, eight bytes at a time, from the text or from what the
-// stream's buffer holds, and the token buffer is reserved ahead, so that a long token costs no more
-// per byte than a short one.
+// The token buffer and the pushback stack are byte stacks, and their records look as if every byte
+// had been pushed on its own: the sizes grow by the fixed steps. But runs of bytes without a role
+// are copied as a whole, eight bytes at a time, from the text or from the stream's buffer, and the
+// token buffer is reserved ahead, so that a long token costs no more per byte than a short one.
 //
 // A stream is never read further than single calls of getc would have read it.
 
@@ -47,7 +46,7 @@ int64_t reserved_for_tokens() {
   return current ? state.reserved : tokens.size;
 }
 
-// Frames whose token begins the buffer go along when it moves.
+// Frames whose token begins the buffer are updated when it moves.
 void move_tokens(int64_t size) {
   const char *const before = token_stack().base;
   bool moves[std::size(p_root)];
@@ -79,9 +78,9 @@ size_t copy_bytes(char *to, const char *from, size_t limit, uint32_t wanted) {
   return n;
 }
 
-// The same where nothing white is wanted, by words of eight bytes: only a word that holds a byte in
-// 00-1F or 80-9F, where all roles lie, is looked at more closely. Writes up to seven bytes more
-// than it copies, within the limit.
+// The same where nothing white is wanted, by words of eight bytes: only a word with a byte in 00-1F
+// or 80-9F, which contain all roles, is examined byte by byte. Writes up to seven bytes more than
+// it copies, within the limit.
 size_t copy_words(char *to, const char *from, size_t limit, uint32_t wanted) {
   size_t n = 0;
   while (n + word_size <= limit) {
@@ -133,7 +132,7 @@ void skip_ahead(parser_frame &frame, FILE *stream, size_t length) {
 
 constexpr int32_t nothing_wanted = -2;
 
-// Reads from what lies ahead, through the first byte that is wanted or has to be counted by itself;
+// Reads from the bytes ahead, through the first one that is wanted or must be counted separately;
 // -1 for a stream's NUL.
 int32_t read_run(parser_frame &frame, FILE *stream, std::string_view ahead, uint32_t wanted) {
   byte_stack &tokens = token_stack();

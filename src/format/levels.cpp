@@ -2,8 +2,8 @@
 //
 // Up to four can be open. One more is refused: it reads nothing but the end, and its exit closes
 // nothing. The first level makes the two byte stacks and the last one releases them; what an outer
-// level has taken back is set aside while an inner one is open. The counters outlive levels, except
-// that a level which counts starts the open codes from 0.
+// level has taken back is set aside while an inner one is open. The counters outlive levels, but a
+// level that counts starts with no open codes.
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,5 @@
-// The hash table behind the lookups of fonts, packets and named groups. Collisions go to the next
-// free place; nothing is ever removed but the whole table.
+// The hash table for the lookups of fonts, packets and named groups. A collision takes the next
+// free place; names are only removed with the whole table.
 
 #include "format/name_index.h"
 
@@ -15,8 +15,8 @@ namespace {
 
 constexpr uint32_t least_capacity = 32;
 
-// FNV-1a. It starts from an address that differs from run to run where the system lets it, so that
-// names in a parameter file cannot be made to collide.
+// FNV-1a, started from an address that differs from run to run where the system allows it, so that
+// nobody can make the names in a parameter file collide.
 uint32_t hash_of(std::string_view name) {
   static const char anywhere = 0;
   uint64_t hash = 0xCBF29CE484222325U ^ reinterpret_cast<uintptr_t>(&anywhere);
@@ -24,7 +24,7 @@ uint32_t hash_of(std::string_view name) {
   return static_cast<uint32_t>(hash >> 32);
 }
 
-// The place of the name, or the free place where it would stand.
+// The place of the name, or the free place that it would take.
 Name &place_of(const NameIndex &index, std::string_view name, uint32_t hash) {
   for (uint32_t i = hash;; ++i) {
     Name &place = index.places[i & (index.capacity - 1)];

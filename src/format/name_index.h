@@ -9,7 +9,7 @@ namespace klib::fonts {
 
 inline constexpr int32_t none = -1;
 
-// What one name stands for; fonts and packets share an index, so that one look answers for both.
+// What a name means. Fonts and packets share an index, so that one lookup finds either.
 struct Name {
   const char *text;  // not owned; null in a free place
   uint32_t length;

@@ -2,7 +2,7 @@
 // lines become blanks, runs of blanks one blank, and blanks become newlines again where a line
 // would grow too wide. No byte is added. A stretch without a blank is never broken.
 //
-// Bytes are looked at sixteen at a time. Time is linear in the length of the text whatever the
+// Sixteen bytes are examined at a time. Time is linear in the length of the text, whatever the
 // width.
 
 #include "format/paragraph.h"
@@ -89,10 +89,10 @@ bool collapse_piece(Paragraph &paragraph) {
   return true;
 }
 
-// The first candidate for a break leaves room for
-// what the frame takes of the first line; it lies before the text when there is none. The nearest
-// blank in the width before a candidate becomes the break, and the next candidate lies a width
-// after the byte that follows the break; without such a blank it lies a width further.
+// The first candidate for a break leaves room for the frame on the first line; it is before the
+// text when there is no room. The nearest blank in the width before a candidate becomes the break,
+// and the next candidate is a width after the byte that follows the break; without such a blank it
+// is a width further on.
 void wrap(Paragraph &paragraph, int64_t length) {
   auto &[text, read, end, width, limit] = paragraph;
   while (limit + width < length) {

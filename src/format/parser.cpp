@@ -54,7 +54,7 @@ void read_body(parser_frame &frame, FILE *stream, const Code &code) {
   }
 }
 
-// A sentence's body, whose printing bytes leave their outermost columns.
+// A sentence's body; the outermost columns of its printing bytes are recorded.
 void read_sentence(parser_frame &frame, FILE *stream, const Code &code) {
   struct Tracking {
     Tracking() { state.p_tracking = 1; }

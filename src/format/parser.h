@@ -20,7 +20,7 @@ struct State {
   int32_t p_eol_pending = 0;  // bytes 0x96 that wait for their newline
   int32_t p_tracking = 0;     // not 0 while the body of a sentence is read
 
-  int32_t refused_levels = 0;  // opened in vain, innermost; their exits close nothing
+  int32_t refused_levels = 0;  // the innermost ones; their exits close nothing
 
   // The token buffer is reserved ahead of its recorded size, which grows by fixed steps. This holds
   // for exactly the recorded base, size and increment.

@@ -1,9 +1,9 @@
 // Line and column of the raw bytes, and the real position, in which codes take no room.
 //
 // One signed counter, `p_open_codes`, serves two kinds of codes. A hidden stretch raises it while
-// it lasts; when the counter comes back to 0 the real position goes back to where the stretch
-// began. A pair whose body is visible lowers it while it lasts, so a stretch that is hidden inside
-// such a pair never starts from 0 and counts as visible.
+// it lasts; when the counter returns to 0, so does the real position to where the stretch began. A
+// pair with a visible body lowers it while it lasts, so a stretch that is hidden inside such a pair
+// never starts from 0 and counts as visible.
 //
 // All numbers are 32 bits wide and wrap around.
 
@@ -58,7 +58,7 @@ void move_over_newline(parser_frame &frame) {
   add(frame.real_line, -d);
 }
 
-// What a byte does beyond taking its place.
+// What a byte does besides taking its place.
 template <Direction d>
 void apply_effect(parser_frame &frame, Effect effect) {
   switch (effect) {

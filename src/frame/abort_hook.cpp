@@ -1,8 +1,8 @@
-// The program's abort hook: one function that a program registers and any program part may call.
+// The program's abort hook: one function that a program registers and any part of it may call.
 //
-// abort_function hands on the very arguments that it was given, whatever their number and types,
+// abort_function passes on exactly the arguments that it receives, whatever their number and types,
 // in registers and on the stack. No C++ function can do that, so it is a tail jump to the
-// registered function, one for each processor architecture: it touches only a register that the
+// registered function, one for each processor architecture. It changes only a register that the
 // calling convention leaves free at a call (on x86-64 not al, which counts vector arguments).
 
 #include "frame/resets.h"

@@ -4,8 +4,8 @@
 //
 //     03/03/07 09:05:03 Program 'align' started.
 //
-// A line ends only where a message holds a line feed, so messages without one are continued by the
-// next. The file is opened for appending and flushed after every message.
+// A line ends only where a message contains a line feed, so the next message continues one without.
+// The file is opened for appending and flushed after every message.
 
 #include <cstdio>
 #include <cstring>
@@ -79,7 +79,7 @@ void Kstart_logging_file(const char *path) {
   if (!log_name) return;
   FILE *log_file = Kfopen(log_name.get(), platform::append_text);
   if (log_file == nullptr) return;
-  // The new log tells when the old one could not be closed.
+  // A failure to close the old log is reported in the new one.
   FILE *const old_log = std::exchange(state.log_file, log_file);
   if (old_log != nullptr) Kfclose(old_log, 0);
 }

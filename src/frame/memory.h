@@ -41,7 +41,7 @@ template <class T>
   return Array<T>(static_cast<T *>(allocate(elements * sizeof(T))));
 }
 
-// A NUL-terminated copy; string_copy's checked twin for views and for callers that must not go on.
+// A NUL-terminated copy: string_copy for views, and for callers that stop when it fails.
 [[nodiscard]] Text copy(std::string_view text);
 
 template <class T>
@@ -92,7 +92,7 @@ class Buffer {
   [[nodiscard]] size_t size() const { return size_; }
   [[nodiscard]] const char *text() const { return text_ ? text_.get() : ""; }
   [[nodiscard]] std::string_view view() const { return {text(), size_}; }
-  // Hands the text over; the caller releases it with Kfree. The buffer is empty afterwards.
+  // Returns the text, which the caller releases with Kfree; the buffer is then empty.
   [[nodiscard]] char *detach();
 
  private:

@@ -1,6 +1,6 @@
-// Messages: formatted into a fixed buffer and handed to the log. The library has no message
-// catalogue, so the set and number that identify a message are accepted and not used, and the
-// operations that would open, close or load external definitions do nothing.
+// Messages: formatted into a fixed buffer and written to the log. The library has no message
+// catalogue, so the set and number of a message are accepted and not used, and the operations that
+// would open, close or load external definitions do nothing.
 
 #include "frame/messages.h"
 

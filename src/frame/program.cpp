@@ -1,5 +1,5 @@
-// The life of a program: start, the main loop over groups of file names, end with the run time, and
-// the one abort path, which reports and closes the log and returns.
+// The life of a program: start, the main loop over groups of file names, the end with the run time,
+// and the one abort path, which reports, closes the log and returns.
 //
 // Parameters are read at the moment they are needed, since a group's parameter files may change
 // them.
@@ -40,7 +40,7 @@ void report_run_time() {
   Kmessage(MESSAGE_RUN_TIME, std::max(seconds, 1L));
 }
 
-// Gives the index of the first file name.
+// Returns the index of the first file name.
 int32_t init_program(int32_t argc, char **argv, const char *program_name, const char *catalog) {
   state = State{};  // the name and the start time of an earlier run are not this one's
   Ksourcecode_defaults_for_parms(parameters::start_directory);
@@ -85,7 +85,7 @@ bool call_process(K_process_function process, int32_t count, char **names) {
   }
 }
 
-// One group of file names; false when the loop must take no further group.
+// Processes one group of file names; false when the loop is to stop.
 bool process_group(int32_t count, char **names, int32_t names_left, K_process_function process) {
   if (count > names_left) {
     Kusage(1, count);
@@ -130,7 +130,7 @@ int32_t Kstart_prog(const char *directory, const char *language) {
   const std::string_view start = parameters::start_of_language(language);
   character_types::choose(start);
   memory::guarded([&] {
-    // Kept, since the language may be a text of the tables that are made anew.
+    // Copied, since the language may be a text of the tables that are replaced.
     const memory::Text kept = memory::copy(start);
     Ksourcecode_defaults_for_parms(directory);
     parameters::store_language(kept.get());

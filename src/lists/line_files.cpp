@@ -2,7 +2,7 @@
 // start of every line in it. Two kinds of file:
 //
 //   text file         LF and NUL end a line; a CR becomes NUL and so cuts its line short without
-//                     starting another: "a{0D}b{0A}c" gives "a" and "c"
+//                     starting another: "a{0D}b{0A}c" is "a" and "c"
 //   NUL-separated     NUL ends an entry, no other byte is special
 //
 // Empty lines at the end are not counted. The buffer is split in place in two passes: one counts
@@ -50,7 +50,7 @@ memory::Text read_whole(const char *name, int32_t descriptor, int32_t size) {
   return buffer;
 }
 
-// Which of a block's bytes end a line, and which become NUL: bit i stands for byte i.
+// Which of a block's bytes end a line, and which become NUL.
 struct Marks {
   uint64_t separators;
   uint64_t cleared;
@@ -64,8 +64,8 @@ Marks marks_of(const char *block) {
   return {nuls | line_feeds, line_feeds | bytes_equal_to('\r', block)};
 }
 
-// Calls `visit` with every block that may hold a marked byte and where the block stands. The last
-// one is filled up with plain bytes.
+// Calls `visit` with every block that may contain a marked byte, and its address in the text. The
+// last one is padded with plain bytes.
 template <class Visit>
 void for_each_block(char *bytes, size_t size, Visit visit) {
   for (; size >= block_size; bytes += block_size, size -= block_size) {

@@ -10,14 +10,14 @@
 
 namespace klib::containers {
 
-// Bytes that can all be read: texts inside are looked at eight bytes at a time, also where the last
+// Bytes that can all be read: texts among them are read eight bytes at a time, even where the last
 // of the eight belong to the next text.
 struct Readable {
   const char *begin;
   const char *end;
 
   [[nodiscard]] bool holds_word_at(const char *bytes) const {
-    // Unsigned: a text before `begin` is as far off as one behind `end`.
+    // Unsigned: a text before `begin` is out of range like one after `end`.
     const uintptr_t size = address(end) - address(begin);
     const uintptr_t offset = address(bytes) - address(begin);
     return offset < size && size - offset >= word_size;

@@ -1,12 +1,12 @@
 // Sorting of text lines by their unsigned bytes.
 //
-// Comparing texts costs a step into cold memory for each side of each comparison. So every line is
-// held together with a key, eight of its bytes as a number, and only keys
-// are compared: first those of the bytes 0 to 7; then, in each run of lines with equal keys, those
-// of the next eight, and so on. Keys are sorted byte by byte into 256 buckets, small ranges by
-// comparing. Of the runs in a range all but the longest are handled by recursion, each at most half
-// of the range, so that the recursion is never deeper than the logarithm of the number of lines,
-// whatever they have in common.
+// Comparing texts costs an access to cold memory for each side of each comparison. So every line is
+// stored with a key, eight of its bytes as a number, and only keys are compared: first those of the
+// bytes 0 to 7; then, in each run of lines with equal keys, those of the next eight, and so on.
+// Keys are sorted byte by byte into 256 buckets, small ranges by comparing. Of the runs in a range
+// all but the longest are handled by recursion, each at most half of the range, so that the
+// recursion is never deeper than the logarithm of the number of lines, whatever they have in
+// common.
 //
 // The keys take 16 bytes a line. Without that memory the lines are compared directly.
 

@@ -20,14 +20,14 @@ constexpr int32_t no_list = 4100;
 
 struct State {
   char *buffer = nullptr;  // the loaded list's text: sorting moves l_array[0]; null = none
-  const char *buffer_end = nullptr;  // behind the last line's NUL
+  const char *buffer_end = nullptr;  // after the last line's NUL
 };
 constinit State state;
 
 containers::Readable readable() { return {state.buffer, state.buffer_end}; }
 
-// As strcmp, with the word's key at hand. The list's lines are cold memory and compared by the key
-// that stands there, without a call.
+// Like strcmp, with the word's key at hand. The list's lines are in cold memory; their keys are
+// compared first, without a call.
 int compare(const char *word, uint64_t word_key, const char *line) {
   const uint64_t line_key = containers::key_at(line, readable());
   if (word_key != line_key) return word_key < line_key ? -1 : 1;

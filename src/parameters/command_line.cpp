@@ -1,8 +1,8 @@
-// The command line of a program that runs the main loop: any number of assignments, each a
-// parameter name behind a '-' and its value as the next argument, then the file names.
+// The command line of a program that runs the main loop: any number of assignments, each a '-' with
+// a parameter name and its value as the next argument, then the file names.
 //
-// Values are stored as they stand, also those of the font and language parameters; only parameter
-// lines run the operations of special parameters.
+// Values are stored unchanged, also those of the font and language parameters; only parameter lines
+// run the operations of special parameters.
 
 #include "frame/memory.h"
 #include "frame/messages.h"

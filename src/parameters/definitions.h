@@ -1,9 +1,9 @@
 // The fixed parameters: 63 numeric ones and 38 texts, each with its number, built-in default, name
 // and type. A row's position is its number - 1, which is checked below.
 //
-// The type is a bit set that the library only hands on: it means something to programs alone.
-// The code calls a parameter by an enumerator (parameters.h) that takes its number from the row of
-// its name, so that rows can be added.
+// The type is a bit set that only programs interpret.
+// The code refers to a parameter by an enumerator (parameters.h), which takes its number from the
+// row with the parameter's name, so that rows can be added.
 //
 // The default of "LIB-DIRECTORY" is the one of a program that runs the main loop; starting a
 // program replaces it by the program's own directory.
@@ -157,8 +157,8 @@ consteval int32_t row_called(std::string_view name, const Row (&rows)[count]) {
   return rows[i].number;
 }
 
-// What a program that runs the main loop is started with, and what every directory is followed by
-// to become that of the library's parameter files.
+// The directory with which the main loop starts a program, and what is appended to a program's
+// directory to form "LIB-DIRECTORY".
 inline constexpr char start_directory[] = "c:\\kavro\\";
 inline constexpr char lib_directory_end[] = "dfmt";
 static_assert([] {

@@ -1,11 +1,11 @@
 // Parameter files: lines that assign parameters, and the chain of files read for a group of files.
 //
-// A parameter line is any line that holds the byte {96}; every other line is a comment:
+// A parameter line is any line that contains the byte {96}; every other line is a comment:
 //
 //     line       = { " " | {96} } NAME "=" VALUE { " " }
 //     e.g.         "  {96} KTI-WIDTH=72  "
 //
-// NAME and VALUE are taken as they stand, spaces beside the '=' included. For the file /a/b/doc.txt
+// NAME and VALUE are taken unchanged, with the spaces beside the '='. For the file /a/b/doc.txt
 // the chain is, each file overriding those before it,
 //
 //     LIB-DIRECTORY/BASENAME  /BASENAME  /a/BASENAME  /a/b/BASENAME  /a/b/doc.par

@@ -65,9 +65,9 @@ inline constexpr int32_t text_count = std::size(text_definitions);
 // The name of the parameter with this combined number, which must exist.
 [[nodiscard]] const char *parameter_name(int32_t number);
 
-// Assigns a value as the command line does: a number is read from the text's start (no digits give
-// 0, values beyond 32 bits the nearest 32-bit number), a text is copied. Without value tables
-// nothing is stored. Result 0. May throw memory::Exhausted; the old value then stays.
+// Assigns a value as the command line does: a number is read from the start of the text (0 without
+// digits, the nearest 32-bit number beyond 32 bits), a text is copied. Without value tables nothing
+// is stored. Result 0. May throw memory::Exhausted; the old value then stays.
 int32_t store_parameter_value(int32_t number, const char *value);
 
 // The text up to, not including, its first '-': of "GERMAN-ENGLISH" the source language.

@@ -1,4 +1,4 @@
-// The platform's own functions behind the table of calls.
+// The platform's own functions, as the table of calls.
 
 #include "platform/platform.h"
 

@@ -1,6 +1,6 @@
-// What a stream's buffer still holds, for readers that look at runs of bytes and yet read no
-// further than single calls of getc would. Where the runtime does not show its buffers they look
-// empty, and readers go on with getc.
+// The unread bytes of a stream's buffer, for readers that process runs of bytes and yet read no
+// further than single calls of getc would. Where the runtime does not expose its buffers, they seem
+// empty and readers use getc.
 #pragma once
 
 #include <cstddef>

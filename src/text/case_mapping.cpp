@@ -1,9 +1,9 @@
 // Upper case for three code pages, Western (Latin-1), Russian (Windows Cyrillic) and Greek
-// (ISO 8859-7). A table gives every byte its upper-case form; it is the identity except for the
-// runs below, and the ASCII letters are the same in all of them.
+// (ISO 8859-7). A table contains the upper-case form of every byte: the byte itself except in the
+// runs below. The ASCII letters are the same in all tables.
 //
-// Which bytes uppercase_string changes is asked of the active character types, what they become of
-// the active upper-case table: the two are chosen independently.
+// The active character types decide which bytes uppercase_string changes, the active upper-case
+// table what they become. The two are chosen independently.
 
 #include <array>
 #include <bit>
@@ -81,7 +81,8 @@ struct State {
 };
 constinit State state;
 
-// The byte's upper-case form if its type is "lower"; without a branch, which texts would mislead.
+// The byte's upper-case form if its type is "lower". Without a branch, since texts make it
+// unpredictable.
 uint8_t uppercase(uint8_t byte, const uint32_t *types, const uint8_t *upper) {
   constexpr int lower_bit = std::countr_zero(uint32_t{character_types::lower});
   const uint32_t is_lower = types[byte] >> lower_bit & 1;

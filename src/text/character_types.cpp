@@ -147,7 +147,7 @@ struct BracketExpression {
 };
 
 // The bytes of a type in increasing order as runs; ']' is literal only as the first byte and '-'
-// only as the last, so both stand outside the runs. Byte 0 would end the text and is left out.
+// only as the last, so neither is part of a run. Byte 0 would end the text and is left out.
 BracketExpression bracket_expression(uint32_t mask, bool negated) {
   BracketExpression expression;
   expression.add('[');

@@ -2,12 +2,12 @@
 //
 //     na{9D}00EFve        the word naive with a diaeresis
 //
-// go through a translation as bare markers, and get their digits back afterwards, the first marker
+// go through a translation as bare markers and get their digits back afterwards: the first marker
 // of the translation those of the source's first one, and so on.
 //
-// Digits that are put back may themselves hold marker bytes, which then are the next markers of the
-// translation. So the new text is written from the front of its block while the translation is read
-// from the back: digits are put before what is still to be read, and met there.
+// Digits that are put back may themselves contain marker bytes, which then are the next markers of
+// the translation. So the new text is written at the front of its block while the translation is
+// read from the back of it: digits are put before what is still to be read, and read from there.
 
 #include <algorithm>
 #include <cstring>
@@ -53,11 +53,11 @@ memory::Text with_digits(std::string_view source, std::string_view translation, 
   std::ranges::copy(translation, read);
   for (size_t from = 0; count > 0; --count, ++from) {
     const std::string_view ahead(read, static_cast<size_t>(end - read));
-    char *const behind = read + ahead.find(marker) + 1;
-    write = std::copy(read, behind, write);
+    char *const after = read + ahead.find(marker) + 1;
+    write = std::copy(read, after, write);
     from = source.find(marker, from);
     const std::string_view inserted = source.substr(from + 1, digits);
-    read = behind - inserted.size();
+    read = after - inserted.size();
     std::ranges::copy(inserted, read);
   }
   *std::copy(read, end, write) = '\0';
@@ -80,9 +80,9 @@ char *WithoutAlienCharacters(char *text) {
     memory::Text result = memory::allocate_array<char>(source.size() + 1);
     char *write = result.get();
     for (size_t from = 0; from < source.size();) {
-      const size_t behind = std::min(source.find(marker, from), source.size() - 1) + 1;
-      write = std::ranges::copy(source.substr(from, behind - from), write).out;
-      from = behind + (source[behind - 1] == marker ? digits : 0);
+      const size_t after = std::min(source.find(marker, from), source.size() - 1) + 1;
+      write = std::ranges::copy(source.substr(from, after - from), write).out;
+      from = after + (source[after - 1] == marker ? digits : 0);
     }
     *write = '\0';
     return result.release();

@@ -1,15 +1,15 @@
 // Anchors: numbered placeholder codes for material that is kept outside a sentence.
 //
-// The code of anchor 12 is {94}12{95}, of font anchor 13 {98}13{99}. The texts stand in the anchor
-// text file, one after the other, without separators; other data may stand before the first. The
-// anchor index file holds signed 32-bit numbers, little-endian on every machine: for each anchor
-// the position in the text file where its text begins, and at last the position where the last
-// text ends. The texts "abc" and "de" give the text file "abcde" and the index
+// The code of anchor 12 is {94}12{95}, of font anchor 13 {98}13{99}. The anchor text file contains
+// the texts, one after the other, without separators; other data may precede the first. The anchor
+// index file contains signed 32-bit numbers, little-endian on every machine: for each anchor the
+// position in the text file where its text begins, and finally the position where the last text
+// ends. For the texts "abc" and "de" the text file is "abcde" and the index
 //
 //     00 00 00 00   03 00 00 00   05 00 00 00
 //
-// Text k lies between the entries k - 1 and k (numbered from 0), of the latter the absolute value.
-// Positions end at 2147483647: no text is stored beyond.
+// Text k is between the positions in entries k - 1 and k (numbered from 0), of the latter the
+// absolute value. Positions end at 2147483647: no text is stored beyond.
 //
 // Nothing in an index is trusted. A text is as long as its entries say only as far as the text file
 // has that many bytes, and no more memory is taken than that.
@@ -62,7 +62,7 @@ char *make_code(char opens, char closes) {
   return block;
 }
 
-// Moves to the end of the text file and gives the position there: -1, reported, when it has none.
+// Moves to the end of the text file and returns the position there; -1, reported, when it has none.
 int64_t move_to_end(int32_t text_file) {
   const int64_t position = platform::calls.seek(text_file, 0, SEEK_END);
   if (position < 0) Kmessage(MESSAGE_SEEK_ERROR);

@@ -2,14 +2,14 @@
 //
 // A code goes into the target words that are aligned with its source word, at the place that
 // corresponds, by lengths, to its place there. Inside a word it moves to the nearest boundary
-// between two kinds of characters that is like the one at which it stood ("ab|,cd" to "xyz|,w"),
-// and out of the notation '<' letter '[' ... ']' '>' that marks units of the translation. An anchor
-// is never lost: without an aligned word it goes into the word of the same number, or else to the
-// last word. A font code without one is dropped; the words after it know its font all the same.
+// between two kinds of characters like the one where it was ("ab|,cd" to "xyz|,w"), and out of the
+// notation '<' letter '[' ... ']' '>' that marks units of the translation. An anchor is never lost:
+// without an aligned word it goes into the word of the same number, or else to the last word. A
+// font code without one is dropped; the words after it have its font even so.
 //
-// Every code costs a search in the sums of its aligned words' lengths, and a look at the bytes
-// beside its place. Where that look grows long, the boundaries of the whole word are listed once
-// for each pair of character classes, so that the time stays linear.
+// Every code costs a search in the sums of its aligned words' lengths, and a search for a boundary
+// near its place. When no boundary is near, those of the whole word are listed once for each pair
+// of character classes, so that the time stays linear.
 
 #include <algorithm>
 #include <span>
@@ -122,7 +122,7 @@ Placement proportional_position(Placing &placing, const SourceWord &word, const 
   return {target, position <= length / 2 ? 0 : length};
 }
 
-// A code stands before the '<' or behind the '[' of "<A[", and behind the '>' of "]>".
+// A code belongs before the '<' or after the '[' of "<A[", and after the '>' of "]>".
 size_t adjust_for_brackets(std::string_view text, size_t position) {
   const auto at = [&](size_t offset) { return offset < text.size() ? text[offset] : '\0'; };
   const auto is_one_of = [](char byte, std::string_view letters) {

@@ -20,7 +20,7 @@ namespace klib::transfer {
 
 namespace {
 
-// While one lives, selections mark the font groups that they touch: take_changes tells which.
+// While one exists, selections mark the font groups that they touch: take_changes lists them.
 struct FontSave {
   FontSave() { Ksave_font_state(); }
   ~FontSave() { Kcleanup_font_save(); }
@@ -104,7 +104,7 @@ void assemble_target_word(Assembly &assembly, const TargetWord &target) {
   }
 }
 
-// Words that stand one blank apart are copied together, as long as no code comes between them.
+// Words that are one blank apart are copied together, as long as no code comes between them.
 memory::Text assemble_translation(Assembly &assembly) {
   size_t gap = assembly.targets.words.front().start;  // where the last word ended
   assembly.copied = gap;

@@ -21,9 +21,9 @@ namespace klib::transfer {
 
 // A format code of the source sentence.
 struct WordCode {
-  uint32_t body;      // where its NUL-terminated body stands in SourceTable's bodies
+  uint32_t body;      // where its NUL-terminated body is in SourceTable's bodies
   uint32_t length;    // of the body
-  uint32_t position;  // offset in its word's text before which it stands
+  uint32_t position;  // the code is before this offset in its word's text
   uint8_t kind;       // P_ANCHOR or P_FONT
   char before;        // the text's byte before it, if it is not at the start
   char after;         // the text's byte after it, if it is not at the end
@@ -38,7 +38,7 @@ struct SourceWord {
   bool has_text = false;    // also when all its text is an empty segment
 };
 
-// The words of the source sentence with their codes, which stand in the order of the sentence.
+// The words of the source sentence with their codes, in the order of the sentence.
 struct SourceTable {
   memory::Vector<SourceWord> words;
   memory::Vector<WordCode> codes;
@@ -79,7 +79,7 @@ inline constexpr int32_t default_request = 119;
 
 // A code placed into the translation.
 struct PlacedCode {
-  uint32_t offset;  // of the byte before which it stands
+  uint32_t offset;  // of the byte before which it is placed
   uint32_t code;    // its number in SourceTable's codes
 };
 

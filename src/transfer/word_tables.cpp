@@ -1,11 +1,11 @@
 // Reading the two sentences of a transfer into words.
 //
 // The source is a sequence of white space, codes and text. White space separates words; anchors
-// {94}body{95} and fonts {98}body{99} are codes of the word in which they stand; the inside of a
+// {94}body{95} and fonts {98}body{99} are codes of the word that contains them; the inside of a
 // segment {1E}text{1F} belongs to one word, white space included, and the codes in it are codes of
-// that word. A code nests in its own kind and ends, unterminated, with the sentence, which is
-// reported. Whatever stands between is text. The translation has no codes: its words are the runs
-// of bytes that are not white space.
+// that word. A code nests in its own kind; an unterminated one ends with the sentence, which is
+// reported. Everything else is text. The translation has no codes: its words are the runs of bytes
+// that are not white space.
 
 #include <array>
 #include <initializer_list>
@@ -66,7 +66,7 @@ std::string_view leading_code(std::string_view text, char close, int reports) {
   return text;
 }
 
-// What stands between the first and the last byte of a code, whatever its last byte is.
+// What is between the first and the last byte of a code, whatever its last byte is.
 std::string_view inside(std::string_view code) {
   return code.size() < 2 ? std::string_view{} : code.substr(1, code.size() - 2);
 }
