@@ -135,7 +135,7 @@ void drop_save() {
   state.save.active = false;
 }
 
-void take_changes(memory::Vector<GroupChange> &changes) {
+void take_changes(memory::ArenaVector<GroupChange> &changes) {
   for_each(state.save.recent_groups, [&](int32_t group) {
     const int32_t font = state.selection.selected_font[group];
     changes.push_back({group, font != state.save.selected_font[group] ? font : 0, nullptr});

@@ -129,7 +129,7 @@ struct GroupChange {
 
 // Adds to `changes`, in ascending order, the groups that were selected since the save and since
 // this was last called. May throw memory::Exhausted.
-void take_changes(memory::Vector<GroupChange> &changes);
+void take_changes(memory::ArenaVector<GroupChange> &changes);
 
 // The name of the packet that Kfont_changes_since_save(0, 0, 1) would list; null when none is.
 [[nodiscard]] const char *changed_packet();

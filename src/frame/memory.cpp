@@ -7,6 +7,7 @@
 #include "frame/memory.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "frame/messages.h"
 #include "parameters/parameters.h"
@@ -44,6 +45,20 @@ void *reallocate(void *block, size_t size) {
   void *moved = Krealloc(block, static_cast<uint32_t>(std::max<size_t>(size, 1)));
   if (moved == nullptr) throw Exhausted{};
   return moved;
+}
+
+void Arena::add_block(size_t size) {
+  constexpr size_t first = 16384;
+  const size_t wanted = std::max(latest_ == nullptr ? first : 2 * latest_->size, size);
+  auto *block = static_cast<Block *>(memory::allocate(sizeof(Block) + wanted));
+  *block = {latest_, wanted};
+  latest_ = block;
+  next_ = reinterpret_cast<char *>(block + 1);
+  left_ = wanted;
+}
+
+Arena::~Arena() {
+  while (latest_ != nullptr) Kfree(std::exchange(latest_, latest_->before));
 }
 
 Text copy(std::string_view text) {

@@ -59,6 +59,52 @@ struct Allocator {
 template <class T>
 using Vector = std::vector<T, Allocator<T>>;
 
+// Memory for what lives only as long as one operation: many small blocks, taken one after the other
+// from a piece of the stack and, when that is full, from larger and larger blocks, and given back
+// together.
+class Arena {
+ public:
+  Arena() = default;
+  Arena(const Arena &) = delete;
+  ~Arena();
+  [[nodiscard]] void *take(size_t size) {
+    size = (size + alignment - 1) / alignment * alignment;
+    if (size > left_) add_block(size);
+    left_ -= size;
+    return next_ + left_;
+  }
+
+ private:
+  static constexpr size_t alignment = alignof(std::max_align_t);
+  struct Block {
+    Block *before;
+    size_t size;
+  };
+  void add_block(size_t size);
+
+  Block *latest_ = nullptr;
+  char *next_ = first_;  // what is left is taken from its end
+  size_t left_ = sizeof first_;
+  alignas(alignment) char first_[4096];
+};
+
+// A list in an arena, which must outlive it.
+template <class T>
+struct ArenaAllocator {
+  using value_type = T;
+  Arena *arena;
+  ArenaAllocator(Arena &from) noexcept : arena(&from) {}
+  template <class U>
+  ArenaAllocator(const ArenaAllocator<U> &other) noexcept : arena(other.arena) {}
+  [[nodiscard]] T *allocate(size_t elements) {
+    return static_cast<T *>(arena->take(elements * sizeof(T)));
+  }
+  void deallocate(T *, size_t) noexcept {}
+  bool operator==(const ArenaAllocator &) const = default;
+};
+template <class T>
+using ArenaVector = std::vector<T, ArenaAllocator<T>>;
+
 // A null-terminated list with its texts, all of them owned.
 struct FreeTexts {
   void operator()(char **texts) const noexcept {

@@ -32,11 +32,12 @@ int32_t check_alignment(int32_t *const *alignment, size_t target_words, size_t s
   return lists == target_words ? 0 : 2;
 }
 
-AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words) {
+AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words,
+                               memory::Arena &arena) {
   const auto names_word = [&](int32_t number) {
     return static_cast<size_t>(number) < source_words;  // also when it is 126
   };
-  AlignmentIndex index;
+  AlignmentIndex index{memory::ArenaVector<uint32_t>(arena), memory::ArenaVector<uint32_t>(arena)};
   auto &starts = index.starts;
   starts.resize(source_words + 1);
   for (const TargetWord &target : targets.words)

@@ -76,7 +76,7 @@ uint32_t leaf_of(const FontLists &lists, uint32_t tree, uint32_t group) {
 // Adds the groups of a tree that starts at group `first`, without those that are the same in
 // another one.
 void add_differing(const FontLists &lists, uint32_t other, uint32_t tree, int height,
-                   uint32_t first, memory::Vector<uint32_t> &groups) {
+                   uint32_t first, memory::ArenaVector<uint32_t> &groups) {
   if (tree == 0 || tree == other) return;
   if (height == 0) return groups.push_back(first);
   const Node &mine = lists.nodes[tree], &theirs = lists.nodes[other];
@@ -90,8 +90,7 @@ uint32_t leaf_of_change(FontLists &lists, const fonts::GroupChange &change) {
   const std::string_view text(change.named_font);
   lists.named_fonts.push_back(
       {lists.names.size(), text.size(), fonts::names_known_group(text.data())});
-  lists.names.append(text);
-  lists.names.append('\0');
+  lists.names.insert(lists.names.end(), text.data(), text.data() + text.size() + 1);
   return static_cast<uint32_t>(lists.named_fonts.size());
 }
 
@@ -99,9 +98,9 @@ bool is_named(uint32_t group) { return group >= fonts::count_font_groups(); }
 
 }  // namespace
 
-FontLists make_font_lists() {
+FontLists make_font_lists(memory::Arena &arena) {
   const uint32_t groups = fonts::count_font_groups() + fonts::count_named_groups();
-  FontLists lists;
+  FontLists lists(arena);
   lists.height = static_cast<int>(std::bit_width(std::max(groups, 1U) - 1));
   lists.lists.push_back({0, nullptr});
   lists.nodes.push_back({});
@@ -120,7 +119,7 @@ uint32_t add_font_list(FontLists &lists) {
 }
 
 void find_candidates(FontLists &lists, uint32_t last, uint32_t next,
-                     memory::Vector<uint32_t> &groups) {
+                     memory::ArenaVector<uint32_t> &groups) {
   groups.clear();
   const uint32_t root = lists.lists[next].root;
   add_differing(lists, lists.lists[last].root, root, lists.height, 0, groups);
@@ -148,7 +147,7 @@ std::string_view listed_font(const FontLists &lists, uint32_t list, uint32_t gro
   const uint32_t leaf = leaf_of(lists, lists.lists[list].root, group);
   if (!is_named(group)) return fonts::font_name(group, leaf);
   const FontLists::NamedFont &font = lists.named_fonts[leaf - 1];
-  return {lists.names.text() + font.start, font.length};
+  return {lists.names.data() + font.start, font.length};
 }
 
 }  // namespace klib::transfer

@@ -27,17 +27,25 @@ struct FontLists {
     bool known;            // asking for it reports nothing
   };
 
+  explicit FontLists(memory::Arena &arena)
+      : lists(arena),
+        nodes(arena),
+        places(arena),
+        named_fonts(arena),
+        names(arena),
+        changes(arena) {}
+
   int height = 0;  // of the trees: 1 << height groups
-  memory::Vector<List> lists;
-  memory::Vector<Node> nodes;       // number 0 is unused
-  memory::Vector<uint32_t> places;  // of the nodes by their hash; 0 is a free place
-  memory::Vector<NamedFont> named_fonts;
-  memory::Buffer names;                        // of the named fonts, each ends with a NUL
-  memory::Vector<fonts::GroupChange> changes;  // scratch
+  memory::ArenaVector<List> lists;
+  memory::ArenaVector<Node> nodes;       // number 0 is unused
+  memory::ArenaVector<uint32_t> places;  // of the nodes by their hash; 0 is a free place
+  memory::ArenaVector<NamedFont> named_fonts;
+  memory::ArenaVector<char> names;                  // of the named fonts, each ends with a NUL
+  memory::ArenaVector<fonts::GroupChange> changes;  // scratch
 };
 
 // No list but number 0, which is empty. A save of the selection has just begun.
-[[nodiscard]] FontLists make_font_lists();
+[[nodiscard]] FontLists make_font_lists(memory::Arena &arena);
 
 // Adds the list of the fonts that are in force now and were not at the save. Returns its number.
 uint32_t add_font_list(FontLists &lists);
@@ -45,7 +53,7 @@ uint32_t add_font_list(FontLists &lists);
 // The groups, ascending, of list `next` whose font may not be in force: all but those that list
 // `last` has too and that were not selected since this was last asked.
 void find_candidates(FontLists &lists, uint32_t last, uint32_t next,
-                     memory::Vector<uint32_t> &groups);
+                     memory::ArenaVector<uint32_t> &groups);
 
 // The font that a list has of a group. The text ends with a NUL.
 [[nodiscard]] std::string_view listed_font(const FontLists &lists, uint32_t list, uint32_t group);

@@ -35,17 +35,17 @@ struct Placement {
 struct BoundaryList {
   uint32_t before, after;
   size_t next;  // another list of the same word, or none
-  memory::Vector<size_t> positions = {};
+  memory::ArenaVector<size_t> positions;
 };
 
 struct Placing {
   const SourceTable &source;
   const TargetTable &targets;
   AlignmentIndex index;
-  memory::Vector<uint64_t> reach = {};  // of the aligned words at hand: lengths added up
-  memory::Vector<size_t> first_list =
-      {};  // of each target word in `boundaries`; empty until needed
-  memory::Vector<BoundaryList> boundaries = {};
+  memory::ArenaVector<uint64_t> reach;  // of the aligned words at hand: lengths added up
+  memory::ArenaVector<size_t>
+      first_list;  // of each target word in `boundaries`; empty until needed
+  memory::ArenaVector<BoundaryList> boundaries;
 };
 
 uint32_t character_class(char byte) {
@@ -65,7 +65,10 @@ const BoundaryList &list_boundaries(Placing &placing, size_t word, uint32_t befo
   for (size_t i = placing.first_list[word]; i != none; i = lists[i].next)
     if (lists[i].before == before && lists[i].after == after) return lists[i];
 
-  BoundaryList list{.before = before, .after = after, .next = placing.first_list[word]};
+  BoundaryList list{.before = before,
+                    .after = after,
+                    .next = placing.first_list[word],
+                    .positions = memory::ArenaVector<size_t>(placing.boundaries.get_allocator())};
   const std::string_view text = placing.targets.word(word);
   for (size_t position = 1; position < text.size(); ++position)
     if (matches(text, position, before, after)) list.positions.push_back(position);
@@ -155,10 +158,15 @@ Placement place_code(Placing &placing, const SourceWord &word, const WordCode &c
 
 }  // namespace
 
-memory::Vector<PlacedCode> distribute_codes(const SourceTable &source, const TargetTable &targets) {
-  Placing placing{
-      .source = source, .targets = targets, .index = index_alignment(targets, source.words.size())};
-  memory::Vector<PlacedCode> placed;
+memory::ArenaVector<PlacedCode> distribute_codes(const SourceTable &source,
+                                                 const TargetTable &targets, memory::Arena &arena) {
+  Placing placing{.source = source,
+                  .targets = targets,
+                  .index = index_alignment(targets, source.words.size(), arena),
+                  .reach = memory::ArenaVector<uint64_t>(arena),
+                  .first_list = memory::ArenaVector<size_t>(arena),
+                  .boundaries = memory::ArenaVector<BoundaryList>(arena)};
+  memory::ArenaVector<PlacedCode> placed(arena);
   placed.reserve(source.codes.size());
   for (size_t w = 0; w < source.words.size(); ++w) {
     const auto codes = source.codes_of(w);

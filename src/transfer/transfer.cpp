@@ -31,21 +31,21 @@ struct FontSave {
 struct Assembly {
   const SourceTable &source;
   const TargetTable &targets;
-  const memory::Vector<PlacedCode> &placed;
+  const memory::ArenaVector<PlacedCode> &placed;
   FontLists &lists;
+  memory::ArenaVector<uint32_t> candidates;  // scratch
   memory::Buffer text = {};
-  size_t copied = 0;                         // the translation up to here is in `text`
-  size_t next_code = 0;                      // in `placed`
-  uint32_t last_list = 0;                    // whose fonts were selected last
-  memory::Vector<uint32_t> candidates = {};  // scratch
+  size_t copied = 0;       // the translation up to here is in `text`
+  size_t next_code = 0;    // in `placed`
+  uint32_t last_list = 0;  // whose fonts were selected last
 };
 
 // Selects the fonts of the source's codes and notes the fonts in force at each word: those of the
 // codes of the words before it.
-FontLists note_font_states(SourceTable &source) {
+FontLists note_font_states(SourceTable &source, memory::Arena &arena) {
   const FontSave save;
   reset_named_font_groups();
-  FontLists lists = make_font_lists();
+  FontLists lists = make_font_lists(arena);
   uint32_t list = 0;
   bool changed = false;
   for (size_t w = 0; w < source.words.size(); ++w) {
@@ -131,7 +131,7 @@ std::string_view measured(const char *text) {
 // Every code belongs to a word, knows the list of fonts at its word, and is placed at most once, an
 // anchor exactly once.
 [[maybe_unused]] bool counts_hold(const SourceTable &source,
-                                  const memory::Vector<PlacedCode> &placed) {
+                                  const memory::ArenaVector<PlacedCode> &placed) {
   size_t codes = 0, anchors = 0, placed_anchors = 0;
   for (size_t w = 0; w < source.words.size(); ++w) codes += source.codes_of(w).size();
   for (const WordCode &code : source.codes) anchors += code.kind == P_ANCHOR;
@@ -148,11 +148,13 @@ Alignment alignment_kind(int32_t *const *alignment) {
 }
 
 char *copy_fonts(std::string_view source_text, std::string_view target_text, int32_t **alignment) {
-  SourceTable source = read_source_words(source_text);
+  if (!has_codes(source_text)) return memory::copy(target_text).release();
+  memory::Arena arena;
+  SourceTable source = read_source_words(source_text, arena);
   if (source.codes.empty()) return memory::copy(target_text).release();
-  FontLists lists = note_font_states(source);
+  FontLists lists = note_font_states(source, arena);
   assert(source.words.back().font_state < lists.lists.size());
-  TargetTable targets = read_target_words(target_text);
+  TargetTable targets = read_target_words(target_text, arena);
   const auto without_transfer = [&](std::string_view translation) {
     return memory::copy(source.has_anchors ? source_text : translation).release();
   };
@@ -167,12 +169,16 @@ char *copy_fonts(std::string_view source_text, std::string_view target_text, int
       return without_transfer(target_text);
     for (size_t k = 0; k < targets.words.size(); ++k) targets.words[k].alignment = alignment[k];
   }
-  const auto placed = distribute_codes(source, targets);
+  const auto placed = distribute_codes(source, targets, arena);
   assert(counts_hold(source, placed));
 
   const FontSave save;
   reset_named_font_groups();
-  Assembly assembly{.source = source, .targets = targets, .placed = placed, .lists = lists};
+  Assembly assembly{.source = source,
+                    .targets = targets,
+                    .placed = placed,
+                    .lists = lists,
+                    .candidates = memory::ArenaVector<uint32_t>(arena)};
   assembly.text.reserve(source_text.size() + target_text.size());
   memory::Text result = assemble_translation(assembly);
   assert(assembly.next_code == placed.size() && assembly.copied == targets.words.back().end());

@@ -40,12 +40,12 @@ struct SourceWord {
 
 // The words of the source sentence with their codes, in the order of the sentence.
 struct SourceTable {
-  memory::Vector<SourceWord> words;
-  memory::Vector<WordCode> codes;
-  memory::Text bodies;
-  bool has_anchors = false;  // anchor codes, or any code inside a segment
+  memory::ArenaVector<SourceWord> words;
+  memory::ArenaVector<WordCode> codes;
+  memory::ArenaVector<char> bodies;  // each ends with a NUL
+  bool has_anchors = false;          // anchor codes, or any code inside a segment
 
-  [[nodiscard]] const char *body(const WordCode &code) const { return bodies.get() + code.body; }
+  [[nodiscard]] const char *body(const WordCode &code) const { return bodies.data() + code.body; }
   [[nodiscard]] std::span<const WordCode> codes_of(size_t word) const {
     const size_t end = word + 1 < words.size() ? words[word + 1].first_code : codes.size();
     return std::span(codes).subspan(words[word].first_code, end - words[word].first_code);
@@ -63,7 +63,7 @@ struct TargetWord {
 
 struct TargetTable {
   std::string_view text;  // the caller's
-  memory::Vector<TargetWord> words = {};
+  memory::ArenaVector<TargetWord> words;
 
   [[nodiscard]] std::string_view word(size_t k) const {
     return text.substr(words[k].start, words[k].length);
@@ -84,8 +84,9 @@ struct PlacedCode {
 };
 
 // word_tables.cpp
-[[nodiscard]] SourceTable read_source_words(std::string_view source);
-[[nodiscard]] TargetTable read_target_words(std::string_view target);
+[[nodiscard]] bool has_codes(std::string_view source);  // or segments
+[[nodiscard]] SourceTable read_source_words(std::string_view source, memory::Arena &arena);
+[[nodiscard]] TargetTable read_target_words(std::string_view target, memory::Arena &arena);
 
 // alignment.cpp
 
@@ -100,16 +101,18 @@ using DefaultLists = memory::Vector<memory::Array<int32_t>>;
 
 // For every source word the target words that name it, ascending, one entry for each time.
 struct AlignmentIndex {
-  memory::Vector<uint32_t> starts;  // of each source word's entries; one more at the end
-  memory::Vector<uint32_t> targets;
+  memory::ArenaVector<uint32_t> starts;  // of each source word's entries; one more at the end
+  memory::ArenaVector<uint32_t> targets;
 };
-[[nodiscard]] AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words);
+[[nodiscard]] AlignmentIndex index_alignment(const TargetTable &targets, size_t source_words,
+                                             memory::Arena &arena);
 
 // placement.cpp
 
 // Every code of the source that finds a place, in the order of the translation's text; codes with
 // one place in the order of the source.
-[[nodiscard]] memory::Vector<PlacedCode> distribute_codes(const SourceTable &source,
-                                                          const TargetTable &targets);
+[[nodiscard]] memory::ArenaVector<PlacedCode> distribute_codes(const SourceTable &source,
+                                                               const TargetTable &targets,
+                                                               memory::Arena &arena);
 
 }  // namespace klib::transfer

@@ -7,11 +7,13 @@
 // reported. Everything else is text. The translation has no codes: its words are the runs of bytes
 // that are not white space.
 
+#include <algorithm>
 #include <array>
 #include <initializer_list>
 
 #include "format/codes.h"
 #include "frame/messages.h"
+#include "text/byte_blocks.h"
 #include "text/bytes.h"
 #include "text/character_types.h"
 #include "transfer/transfer.h"
@@ -32,6 +34,11 @@ constexpr Codes closing_bytes(std::initializer_list<int32_t> kinds) {
 }
 constexpr Codes codes_in_segment = closing_bytes({P_ANCHOR, P_FONT});
 constexpr Codes codes_in_sentence = closing_bytes({P_ANCHOR, P_FONT, P_CODE_1E});
+static_assert([] {
+  for (size_t byte = 0; byte < codes_in_sentence.size(); ++byte)
+    if (codes_in_sentence[byte] != 0 && (byte & 0x60) != 0) return false;
+  return true;
+}());
 
 // What most sentences need.
 constexpr size_t reserved_words = 32, reserved_codes = 8, reserved_bodies = 64;
@@ -73,7 +80,6 @@ std::string_view inside(std::string_view code) {
 
 struct Reading {
   SourceTable &table;
-  memory::Buffer bodies = {};
   size_t codes_before_text = 0;  // codes from this one on wait for the byte after them
   char last_byte = '\0';         // of the current word's text
 };
@@ -99,17 +105,18 @@ void add_code(Reading &reading, std::string_view code) {
   const SourceWord &word = reading.table.words.back();
   if (reading.table.codes.empty()) {
     reading.table.codes.reserve(reserved_codes);
-    reading.bodies.reserve(reserved_bodies);
+    reading.table.bodies.reserve(reserved_bodies);
   }
   reading.table.codes.push_back(
-      {.body = static_cast<uint32_t>(reading.bodies.size()),
+      {.body = static_cast<uint32_t>(reading.table.bodies.size()),
        .length = static_cast<uint32_t>(body.size()),
        .position = word.text_length,
        .kind = static_cast<uint8_t>(code.front() == open_byte(P_FONT) ? P_FONT : P_ANCHOR),
        .before = reading.last_byte,
        .after = '\0'});
-  reading.bodies.append(body);
-  reading.bodies.append('\0');
+  auto &bodies = reading.table.bodies;
+  bodies.insert(bodies.end(), body.begin(), body.end());
+  bodies.push_back('\0');
 }
 
 void add_segment(Reading &reading, std::string_view segment) {
@@ -162,8 +169,24 @@ void join_code_only_groups(SourceTable &table) {
 
 }  // namespace
 
-SourceTable read_source_words(std::string_view source) {
-  SourceTable table;
+bool has_codes(std::string_view source) {
+  const auto opens = [](char byte) { return codes_in_sentence[u8(byte)] != 0; };
+  // Bytes that open codes have neither bit 5 nor bit 6, and in a word of text few bytes have none.
+  constexpr uint64_t bit_6 = in_each_byte(0x40);
+  while (source.size() >= word_size) {
+    const uint64_t word = load_word(source.data());
+    if (((word | word << 1) & bit_6) != bit_6 &&
+        std::any_of(source.begin(), source.begin() + word_size, opens))
+      return true;
+    source.remove_prefix(word_size);
+  }
+  return std::any_of(source.begin(), source.end(), opens);
+}
+
+SourceTable read_source_words(std::string_view source, memory::Arena &arena) {
+  SourceTable table{.words = memory::ArenaVector<SourceWord>(arena),
+                    .codes = memory::ArenaVector<WordCode>(arena),
+                    .bodies = memory::ArenaVector<char>(arena)};
   Reading reading{.table = table};
   table.words.reserve(reserved_words);
   open_word(reading);
@@ -181,12 +204,11 @@ SourceTable read_source_words(std::string_view source) {
     }
   }
   join_code_only_groups(table);
-  if (!table.codes.empty()) table.bodies.reset(reading.bodies.detach());
   return table;
 }
 
-TargetTable read_target_words(std::string_view target) {
-  TargetTable table{.text = target};
+TargetTable read_target_words(std::string_view target, memory::Arena &arena) {
+  TargetTable table{.text = target, .words = memory::ArenaVector<TargetWord>(arena)};
   table.words.reserve(reserved_words);
   for (size_t at = find_white<false>(target, 0); at < target.size();) {
     const size_t end = find_white<true>(target, at);
