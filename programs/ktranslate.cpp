@@ -24,6 +24,7 @@ namespace {
 
 const char *engine, *translation, *cache_name, *folder, *encoding, *html;
 bool copy, marks_unknown;
+align::Material material;
 int64_t jobs, timeout;
 
 constexpr std::string_view apertium_prefix = "apertium:";
@@ -124,9 +125,10 @@ void run_on_pages(Run &run, std::vector<Task> &tasks, const std::function<void(s
       tasks, run.jobs, [&](const Place &place) { return place_for_people(run, place); }, ended);
 }
 
-void set_encoding() {
-  for (const Option &option : kextract.options)
-    if (strcmp(option.name, "encoding") == 0) *std::get<const char **>(option.place) = encoding;
+// Sets an option of another program whose job is run here.
+void set_option(const Program &program, const char *name, const char *value) {
+  for (const Option &option : program.options)
+    if (strcmp(option.name, name) == 0) *std::get<const char **>(option.place) = value;
 }
 
 // Runs the job of another program on files, with the parameters of this one.
@@ -140,7 +142,7 @@ void extract_pages(Run &run) {
   std::vector<Task> tasks;
   for (const PageFiles &page : run.pages)
     tasks.push_back({page.page, page.records(), [&page] {
-                       set_encoding();
+                       set_option(kextract, "encoding", encoding);
                        run_job(kextract, {page.coded(), page.page});
                      }});
   run_on_pages(run, tasks, [&](size_t) { show_run(run); });
@@ -179,6 +181,11 @@ void translate_pages(Run &run) {
 
 // Carries the markup into the translation, and puts the page together in the target language.
 void finish_page(const PageFiles &page) {
+  const std::string source_tokens = page.source_tokens(), target_tokens = page.target_tokens();
+  if (page.counts_tokens) {
+    set_option(kcarry, "source-tokens", source_tokens.c_str());
+    set_option(kcarry, "target-tokens", target_tokens.c_str());
+  }
   run_job(kcarry, {page.coded(), page.translation(), page.alignment(), page.carried()});
   set_parameter(TextParameter::language, parameter(TextParameter::target_language));
   run_job(kmerge, {page.carried(), page.anchors(), page.result});
@@ -218,7 +225,8 @@ void translate(std::span<const char *const> names) {
   const Listening listening(html ? &run.notes : nullptr);
   extract_pages(run);
   translate_pages(run);
-  align_pages(run.pages, static_cast<int>(run.jobs));
+  material.jobs = std::min(run.jobs, align::most_jobs);
+  align_pages(run.pages, material);
   finish_pages(run);
   if (html) write_report(html, run.pages, run.notes, encoding ? encoding : "");
   if (run.pages.size() > 1)
@@ -238,7 +246,7 @@ constexpr Parameter parameters[] = {
     {"TARGET-LANGUAGE", "NAME", "that of their translations (ENGLISH; likewise)"},
 };
 
-constexpr Option options[] = {
+const Option options[] = {
     {"engine", "COMMAND", &engine,
      "a command for sh -c; apertium:MODE, such as apertium:eng-spa; none"},
     {"translation", "FILE", &translation,
@@ -246,6 +254,11 @@ constexpr Option options[] = {
     {"copy", nullptr, &copy, "no engine: each page with its own text, to check its markup"},
     {"out-dir", "DIR", &folder, "the folder of the results; then every name is a page"},
     {"cache", "FILE", &cache_name, "keep translations there, and do not ask for them again"},
+    {"memory", "SOURCE TARGET", &material.memories,
+     "more lines and their translations for the aligner to learn from;\nmay be repeated"},
+    {"lexicon", "FILE", &material.lexicons,
+     "words and their translations for the aligner, a tab between them;\nmay be repeated"},
+    {"model", "FILE", &material.model, "what kalign --save has written"},
     {"html", "FILE", &html, "a report: every sentence with its result and what was told of it"},
     {"jobs", "N", NumberOption{&jobs, 0, 0, 1024}, "pages at a time (0: as many as processors)"},
     {"timeout", "SECONDS", NumberOption{&timeout, 600, 0, 1000000},

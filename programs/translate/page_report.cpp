@@ -1,6 +1,7 @@
 #include "programs/translate/page_report.h"
 
 #include <cstdlib>
+#include <cstring>
 
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
@@ -45,7 +46,7 @@ ReportPage report_page(const PageFiles &page, const RunNotes &notes, const std::
   report.coded = page.coded();
   report.anchors = page.anchors();
   report.carried = page.carried();
-  report.alignment = page.alignment();
+  if (!page.counts_tokens) report.alignment = page.alignment();
   report.source_html = document_text(page.page, encoding);
   report.result_html = document_text(page.result, encoding);
   return report;
@@ -60,7 +61,9 @@ Listening::Listening(RunNotes *notes) {
     ReportNote note = note_of(record);
     const bool is_summary = note.sentence == no_sentence && record.severity == Severity::note &&
                             note.text.find(" carried: ") != note.text.npos;
-    if (!is_summary) (*notes)[record.place.file].push_back(std::move(note));
+    // That a font is not used follows from what was told of its sentence.
+    const bool is_repeated = strcmp(record.kind, "font-unused") == 0;
+    if (!is_summary && !is_repeated) (*notes)[record.place.file].push_back(std::move(note));
   });
 }
 

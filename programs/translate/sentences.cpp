@@ -125,7 +125,7 @@ void SentenceFeed::write(std::string_view answer) {
            "the engine '%s' has answered with a line that %s", engine_.c_str(),
            has_nul ? "holds a NUL byte" : "is not UTF-8");
   }
-  if (!has_pairs) page.is_aligned = false;
+  if (has_pairs) page.aligned++;
   files_->translation.write(std::string(translation) + "\n");
   files_->alignment.write(std::string(has_pairs ? pairs : unaligned) + "\n");
   received_++;

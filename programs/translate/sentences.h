@@ -23,13 +23,18 @@ struct PageFiles {
   bool is_extracted = false;
   bool is_translated = false;  // `translation` and `alignment` are there
   bool is_finished = false;    // its result is written
-  bool is_aligned = true;      // every line of `alignment` is known
+  int64_t aligned = 0;         // lines of `alignment` that the engine has made
+  bool counts_tokens = false;  // the pairs are of token lines, not of words between blanks
+
+  bool is_aligned() const { return aligned == sentences; }
 
   std::string coded() const { return base + ".kti"; }
   std::string text() const { return base + ".txt"; }
   std::string anchors() const { return base + ".anc"; }
   std::string translation() const { return base + ".tra"; }
   std::string alignment() const { return base + ".ali"; }
+  std::string source_tokens() const { return base + ".sto"; }
+  std::string target_tokens() const { return base + ".tto"; }
   std::string carried() const { return base + "_.kti"; }
   std::string records() const { return base + ".rec"; }
 };
