@@ -94,6 +94,15 @@ bool is_first_part(const Sides &sides, Range source, Range target) {
          are_same(sides, source, {target.begin, target.begin + length});
 }
 
+bool speaks_for(const Evidence &evidence, uint32_t source, uint32_t target) {
+  const auto targets = evidence.targets_of(source);
+  return targets.size() == 1 && targets[0] == target;
+}
+
+bool links(const Evidence &evidence, uint32_t source, uint32_t target) {
+  return std::ranges::binary_search(evidence.targets_of(source), target);
+}
+
 // The last of the openers before `end`, or no_position when that is before `begin`.
 uint32_t last_between(const std::vector<uint32_t> &places, uint32_t begin, uint32_t end) {
   const auto next = std::lower_bound(places.begin(), places.end(), end);
@@ -119,7 +128,7 @@ uint32_t place_inside(const Sides &sides, uint32_t at, uint32_t word) {
   return place;
 }
 
-uint32_t place_begin(const Sides &sides, Range element, uint32_t word) {
+uint32_t place_begin(const Sides &sides, const Evidence &evidence, Range element, uint32_t word) {
   const Side &source = sides.source, &target = sides.target;
   const Range here = target.words[word];
   uint32_t begin = element.begin, core = source.next_core[begin];
@@ -134,14 +143,27 @@ uint32_t place_begin(const Sides &sides, Range element, uint32_t word) {
   uint32_t place = std::min(target.next_core[here.begin], here.end);
   if (place == here.end) place = here.begin;
   const Range key = key_of(target, here), word_there = key_of(source, there);
-  if (is_last_part(sides, word_there, key))
-    place = key.end - length_of(word_there);
+  const uint32_t w = source.word_at[core];
+  uint32_t part = no_position;
+  if (w > 0 && word_there.begin == there.begin &&
+      key_of(source, source.words[w - 1]).end == source.words[w - 1].end) {
+    if (is_last_part(sides, word_there, key))
+      part = key.end - length_of(word_there);
+    else if (links(evidence, w, word) && speaks_for(evidence, w - 1, word))
+      for (uint32_t i = key.begin + 1; i + 1 < key.end; i++)
+        if (is_hyphen(target.text[i])) {
+          part = i + 1;
+          break;
+        }
+  }
+  if (part != no_position)
+    place = part;
   else if (key.begin == place && after_article(source, word_there) == word_there.begin)
     place = after_article(target, key);
   return take_marks_before(target, place, source, {begin, core});
 }
 
-uint32_t place_end(const Sides &sides, Range element, uint32_t word) {
+uint32_t place_end(const Sides &sides, const Evidence &evidence, Range element, uint32_t word) {
   const Side &source = sides.source, &target = sides.target;
   const Range here = target.words[word];
   uint32_t end = element.end, core = source.core_end[end];
@@ -154,7 +176,13 @@ uint32_t place_end(const Sides &sides, Range element, uint32_t word) {
     core = source.core_end[end];
   }
   const Range key = key_of(target, here), word_there = key_of(source, there);
-  if (is_first_part(sides, word_there, key)) return key.begin + length_of(word_there);
+  const uint32_t w = source.word_at[core - 1];
+  if (w + 1 < source.word_count() && word_there.end == there.end) {
+    if (is_first_part(sides, word_there, key)) return key.begin + length_of(word_there);
+    if (links(evidence, w, word) && speaks_for(evidence, w + 1, word))
+      for (uint32_t i = key.end; i-- > key.begin + 1;)
+        if (is_hyphen(target.text[i])) return i;
+  }
   uint32_t place = target.core_end[here.end];
   if (place <= here.begin) place = here.end;
   return take_marks_after(target, place, source, {core, end});

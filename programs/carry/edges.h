@@ -1,6 +1,7 @@
 // The places of tags inside and around words.
 #pragma once
 
+#include "programs/carry/evidence.h"
 #include "programs/carry/side.h"
 
 namespace klib::programs {
@@ -10,10 +11,10 @@ struct Sides {
 };
 
 // Where an element begins that begins at `begin` in the source and in `word` in the translation.
-uint32_t place_begin(const Sides &sides, Range element, uint32_t word);
+uint32_t place_begin(const Sides &sides, const Evidence &evidence, Range element, uint32_t word);
 
 // Where it ends, when it ends in `word`.
-uint32_t place_end(const Sides &sides, Range element, uint32_t word);
+uint32_t place_end(const Sides &sides, const Evidence &evidence, Range element, uint32_t word);
 
 // Lets an element that ends with a closing bracket or quotation mark, and has the opening one, do
 // so in the translation; the same for its beginning.

@@ -84,7 +84,7 @@ bool find_same_text(Projection &projection, Range element, Range &found) {
   if (count == in_source && in_words)
     piece = ordinal;
   else
-    piece = named ? named : count == 1 ? only : nullptr;
+    piece = named ? named : count == 1 ? only : count > in_source ? ordinal : nullptr;
   if (!piece) return false;
   const uint32_t begin = piece->range.begin;
   found.begin = take_marks_before(target, begin, source, {element.begin, text.begin});
@@ -174,7 +174,7 @@ void reach_to_marks(const Projection &projection, Range element, Words &words) {
     uint32_t w = words.last;
     const uint32_t limit = std::min(w + longest_reach, target.word_count() - 1);
     while (w < limit && mark_after(target, w) == 0 && evidence.sources_of(w + 1).empty()) w++;
-    if (mark_after(target, w) == mark) words.last = w;
+    if (mark != '.' && mark_after(target, w) == mark) words.last = w;
   }
 }
 
@@ -254,8 +254,8 @@ void project(Projection &projection, Span &element) {
     element.dropped = true;
     return;
   }
-  Range placed{place_begin(sides, element.source, words.first),
-               place_end(sides, element.source, words.last)};
+  Range placed{place_begin(sides, projection.evidence, element.source, words.first),
+               place_end(sides, projection.evidence, element.source, words.last)};
   placed = keep_pairs_whole(sides, element.source, placed);
   if (placed.empty())
     placed = {sides.target.words[words.first].begin, sides.target.words[words.last].end};

@@ -128,10 +128,8 @@ uint32_t take_marks_before(const Side &side, uint32_t position, const Side &from
     if (from.is_blank(i)) continue;
     uint32_t before = position;
     while (before > 0 && side.is_blank(before - 1)) before--;
-    if (before == 0 || side.is_core(before - 1) ||
-        fold(side.text[before - 1]) != fold(from.text[i]))
-      break;
-    position = before - 1;
+    if (before == 0 || side.is_core(before - 1)) break;
+    if (fold(side.text[before - 1]) == fold(from.text[i])) position = before - 1;
   }
   return position;
 }
@@ -141,9 +139,8 @@ uint32_t take_marks_after(const Side &side, uint32_t position, const Side &from,
     if (from.is_blank(i)) continue;
     uint32_t next = position;
     while (next < side.size() && side.is_blank(next)) next++;
-    if (next == side.size() || side.is_core(next) || fold(side.text[next]) != fold(from.text[i]))
-      break;
-    position = next + 1;
+    if (next == side.size() || side.is_core(next)) break;
+    if (fold(side.text[next]) == fold(from.text[i])) position = next + 1;
   }
   return position;
 }
