@@ -128,14 +128,18 @@ void gather(Projection &projection, Range element, Words words) {
   inside.resize(kept);
 }
 
-// The stretch of words with the largest sum.
-Words best_stretch(const Projection &projection) {
+// The stretch of words with the largest sum. It costs a word to go beyond the end of a sentence, if
+// the element does not.
+Words best_stretch(const Projection &projection, Words words) {
   const std::vector<int64_t> &cost = projection.evidence.cost;
+  const std::vector<uint32_t> &ends = projection.sides.target.ends_before;
+  const std::vector<uint32_t> &own_ends = projection.sides.source.ends_before;
+  const int64_t end_cost = own_ends[words.last] > own_ends[words.first] ? 0 : full_weight;
   Words best{}, current{};
   int64_t best_sum = 0, sum = 0;
   uint32_t before = 0;
   for (const auto &[word, weight] : projection.inside) {
-    if (sum > 0) sum -= cost[word] - cost[before];
+    if (sum > 0) sum -= cost[word] - cost[before] + end_cost * (ends[word] - ends[before - 1]);
     if (sum <= 0) sum = 0, current.first = word;
     const int64_t outside = cost[word + 1] - cost[word] - weight;
     sum += std::max<int64_t>(weight - outside, 1);
@@ -239,7 +243,7 @@ bool find_words(Projection &projection, Span &element, Words &found) {
     element.fallback = true;
     return find_by_neighbours(projection, element, words, found);
   }
-  found = best_stretch(projection);
+  found = best_stretch(projection, words);
   reach_to_marks(projection, range, found);
   return true;
 }

@@ -65,6 +65,20 @@ void find_partners(Side &side, bool has_marks) {
   std::sort(side.openers[brackets].begin(), side.openers[brackets].end());
 }
 
+bool ends_sentence(char32_t c) {
+  return c == '.' || c == '!' || c == '?' || c == U'\u3002' || c == U'\uFF01' || c == U'\uFF1F';
+}
+
+void find_ends(Side &side) {
+  side.ends_before.resize(side.words.size() + 1);
+  uint32_t count = 0;
+  for (size_t w = 0; w < side.words.size(); w++) {
+    side.ends_before[w] = count;
+    count += ends_sentence(side.text[side.words[w].end - 1]);
+  }
+  side.ends_before.back() = count;
+}
+
 bool is_around_words(char32_t c) {
   const char32_t shape = fold(c);
   return shape == '"' || shape == '(' || shape == ')' || shape == ',' || shape == '.';
@@ -111,6 +125,7 @@ void survey(Side &side) {
     place = std::fill_n(place, side.word_at.data() + side.words[w].end - place, w);
   std::fill(place, side.word_at.data() + size + 1, side.word_count());
   find_partners(side, has_marks);
+  find_ends(side);
 }
 
 Range key_of(const Side &side, Range range) {

@@ -31,6 +31,7 @@ struct Side {
   std::vector<uint32_t> core_end;   // the end of the last letter or digit before, or 0
   std::vector<uint32_t> partners;   // of brackets and quotation marks in pairs, else no_position
   std::vector<uint32_t> openers[2], closers[2];  // of pairs: quotation marks, brackets
+  std::vector<uint32_t> ends_before;             // for each word: how many before it end a sentence
 
   uint32_t size() const { return static_cast<uint32_t>(text.size()); }
   uint32_t word_count() const { return static_cast<uint32_t>(words.size()); }
