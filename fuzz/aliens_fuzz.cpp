@@ -20,7 +20,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   require(own == source, "the argument is never written to");
   require((reduced == own.data()) == (source.find('\x9D') == std::string::npos),
           "a text without markers comes back itself");
-  bool whole = true;  // four bytes that are no markers behind every marker
+  bool whole = true;  // every marker is followed by four bytes that are not markers
   for (size_t at = 0; (at = source.find('\x9D', at)) != std::string::npos; at += 5)
     whole = whole && at + 5 <= source.size() &&
             source.find('\x9D', at + 1) >= std::min(at + 5, source.size());

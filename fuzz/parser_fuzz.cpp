@@ -1,7 +1,7 @@
 // The parser: any flags and operations on any text, as a string and as a stream.
 //
-// Every byte of a string comes back in the tokens, in order, and a stream gives the tokens that the
-// same bytes give as a string.
+// Every byte of a string comes back in the tokens, in order, and a stream has the same tokens as a
+// string of its bytes.
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-// Regular expressions: any expressions on any texts. The linear decision gives the answer of the
+// Regular expressions: any expressions on any texts. The linear decision has the answer of the
 // backtracking matcher, wherever that one ends in time.
 
 #include "fuzz/frame.h"

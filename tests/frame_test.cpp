@@ -75,7 +75,7 @@ TEST_F(Frame, BufferGrowsAndHandsItsTextOver) {
   EXPECT_EQ(buffer.size(), 2002u);
   buffer.truncate(3);
   EXPECT_EQ(take(buffer.detach()), "aba");
-  EXPECT_EQ(take(buffer.detach()), "") << "an empty buffer still gives a text";
+  EXPECT_EQ(take(buffer.detach()), "") << "an empty buffer is an empty text";
 }
 
 // Messages

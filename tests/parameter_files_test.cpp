@@ -32,7 +32,7 @@ TEST_F(ParameterFiles, AssignLines) {
             "Cannot get parameter type of parameter -1.\nI don't know this parameter: LOGGING \n");
 }
 
-// Every file tells of itself by a name that no parameter has, and moves the chain's directories.
+// Every file is seen by a name that no parameter has, and assigns other directories to the chain.
 TEST_F(ParameterFiles, ReadTheWholeChainInItsOrder) {
   std::filesystem::create_directories("a/b.c");
   const std::string assignments =
@@ -56,8 +56,7 @@ TEST_F(ParameterFiles, ReadTheWholeChainInItsOrder) {
   std::filesystem::create_directory("P");
   EXPECT_EQ(chain_of("a/x.txt"), "[lib/P][a/P]") << "directories of such names are passed over";
   EXPECT_EQ(chain_of("a/plain"), "[position.][aborted.]");
-  EXPECT_STREQ(text_of("LIB-DIRECTORY"), "no")
-      << "the other files of the chain are read all the same";
+  EXPECT_STREQ(text_of("LIB-DIRECTORY"), "no") << "the other files of the chain are still read";
   EXPECT_EQ(number_of("KTI-WIDTH"), 999999) << "a line without the mark is a comment";
 }
 

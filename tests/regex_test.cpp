@@ -27,7 +27,7 @@ std::string members(const uint8_t *bitmap, int size) {
   return "<" + show(text) + ">";
 }
 
-// The form that the last of the expressions gives: codes and counts in decimal, the byte of a
+// The compiled form of the last of the expressions: codes and counts in decimal, the byte of a
 // literal in quotes, a bitmap as its members.
 std::string form(const std::vector<const char *> &expressions) {
   regex::Compiled compiled;

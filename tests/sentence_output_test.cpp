@@ -9,7 +9,7 @@ namespace klib::test {
 
 namespace {
 
-// What kti_format adds to a file; the caller's text must have become what stands there.
+// What kti_format adds to a file; the caller's text must have become what is there.
 std::string format(std::string sentence, int32_t tick) {
   FILE *stream = Kfopen("sentence", "w");
   kti_format(stream, sentence.data(), tick);

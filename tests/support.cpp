@@ -54,7 +54,7 @@ void *reallocate(void *block, size_t size) {
     release(block);
     return nullptr;
   }
-  // Always moved, and what was there is overwritten: nobody may still read the old block.
+  // Always moved, and the old block is overwritten, so that reading it is noticed.
   void *moved = std::malloc(size);
   const size_t old_size = malloc_usable_size(block);
   std::memcpy(moved, block, std::min(old_size, size));

@@ -20,7 +20,7 @@ std::string bytes(std::string_view notation);
 std::string show(std::string_view text);
 std::string show(const char *text);
 
-// Takes over a text that the library handed out, shown in the notation, and releases it.
+// A text that the library returned, shown in the notation; it is released.
 std::string take(char *text);
 
 // Every module as it is loaded (release_modules), and the platform's own calls in force again, with

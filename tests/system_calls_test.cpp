@@ -1,5 +1,5 @@
 // Every operation that calls the platform, with its first, second, third, ... such call failing,
-// until it succeeds: the result, the report, what stands in the file, no descriptor or block left
+// until it succeeds: the result, the report, the contents of the file, no descriptor or block left
 // over, and the same operation then works.
 
 #include <cerrno>
@@ -104,7 +104,7 @@ const struct {
     {"\n", "/"},
     {"03/03/07 09:05:03 ", "@"},
     {"(\\{00\\}){3}", "~"},
-    {"Program aborted./", "!"},  // nothing is logged behind it
+    {"Program aborted./", "!"},  // the last line of the log
     {"File '([^']*)' cannot be opened./", "<no $1>"},
     {"A file could not be closed./", "<not closed>"},
     {"Length of a file could not be determined./", "<no size>"},
@@ -113,8 +113,8 @@ const struct {
     {"Could not read all of file '(\\S*)'. Read only (-?\\d+) of (\\d+) bytes/", "<$1 $3: $2>"},
 };
 
-// Each operation's result, and what becomes of it: a line for every call whose failure changes the
-// result or is reported, "CALL: RESULT; REPORT".
+// Each operation's result, and how a failure changes it: a line for every call whose failure
+// changes the result or is reported, "CALL: RESULT; REPORT".
 const struct {
   std::string (*run)();
   const char *result, *failures;
@@ -179,7 +179,7 @@ const struct {
      "open: 999999 ; <no a.par>\nsize: 999999 ; <no size>Could not open file 'a.par'/\n"
      "read: 999999 ; <a.par 13: -1>!\nclose: 7 ; <not closed>\n"
      "1 byte of read: 999999 ; <a.par 13: 1>!\n"},
-    // Kmain_loop Kstart_logging_file Klogging Kend_prog; the new log tells that the old one could
+    // Kmain_loop Kstart_logging_file Klogging Kend_prog; the new log reports that the old one could
     // not be closed
     {[] {
        char program[] = "p", option[] = "-LOG-PATHNAME", value[] = "b.log";

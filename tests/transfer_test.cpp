@@ -27,7 +27,7 @@ class Transfer : public Library {
   }
 
   // The lists of an alignment written as "0 1|2|-" ("-" is an empty list, "?" a missing one). Calls
-  // CopyFontsString and gives its result, followed by the lists where they have changed.
+  // CopyFontsString and returns its result, followed by the lists where they have changed.
   std::string copy(const std::string &source, const std::string &target, const std::string &lists) {
     std::vector<std::vector<int32_t>> given;
     std::vector<int32_t *> alignment;
