@@ -106,9 +106,10 @@ void release(Save &save) {
 
 void change_selected_font(int32_t group, int32_t number) {
   if (state.save.active) {
-    if (!contains(state.save.touched_groups, group))
+    if (!contains(state.save.touched_groups, group)) {
       state.save.selected_font[group] = state.selection.selected_font[group];
-    insert(state.save.touched_groups, group);
+      insert(state.save.touched_groups, group);
+    }
     insert(state.save.recent_groups, group);
   }
   state.selection.selected_font[group] = number;
@@ -138,11 +139,12 @@ void drop_save() {
 void take_changes(memory::ArenaVector<GroupChange> &changes) {
   for_each(state.save.recent_groups, [&](int32_t group) {
     const int32_t font = state.selection.selected_font[group];
-    changes.push_back({group, font != state.save.selected_font[group] ? font : 0, nullptr});
+    const bool changed = font != state.save.selected_font[group];
+    changes.push_back({static_cast<uint32_t>(group), changed ? font : 0, nullptr});
   });
   for_each(state.save.recent_named, [&](int32_t group) {
     const bool changed = named_font_differs(group);
-    changes.push_back({state.tables.font_group_count + group, 0,
+    changes.push_back({count_font_groups() + static_cast<uint32_t>(group), 0,
                        changed ? state.selection.named_group_fonts[group] : nullptr});
   });
   clear(state.save.recent_groups);

@@ -93,6 +93,21 @@ bool is_selected(const char *name) {
   return is_packet_selected(found->packet);
 }
 
+bool select_unless_selected(const char *name) {
+  const Name *found = find(state.tables.names, name);
+  const bool is_font = found != nullptr && found->packet == none && found->group != none;
+  // Most names are fonts, and need one lookup. A font's name may look like a named group's.
+  if (is_font && !single_font_group() && std::strchr(name, separator) == nullptr) {
+    if (state.selection.selected_font[found->group] == found->number) return false;
+    state.selection.packet_selected = false;
+    change_selected_font(found->group, found->number);
+    return true;
+  }
+  if (is_selected(name)) return false;
+  select(name);
+  return true;
+}
+
 bool names_known_group(const char *name) {
   const std::string_view whole(name);
   return find(state.tables.named_groups, whole.substr(0, whole.find(separator))) != nullptr;

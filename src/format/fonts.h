@@ -7,8 +7,8 @@
 //     font_packets.cpp       the same for packets, which may name packets
 //     font_save.cpp          saving the selection, putting it back, listing what changed
 //
-// For the transfer of codes: take_changes reports what is new for a list of changes, select and
-// is_selected are Kselect_font and Kis_font_selected that throw.
+// For the transfer of codes: take_changes reports what is new for a list of changes; select and
+// its like are Kselect_font and Kis_font_selected that throw.
 #pragma once
 
 #include <cstdint>
@@ -109,6 +109,9 @@ void select_font(const Name *found, const char *name);
 // memory::Exhausted.
 void select(const char *name);
 [[nodiscard]] bool is_selected(const char *name);
+// Both at once: selects the name unless it is in force, with the reports of both. Returns whether
+// it was selected.
+bool select_unless_selected(const char *name);
 // Whether the named group of a selection is declared: is_selected then reports nothing.
 [[nodiscard]] bool names_known_group(const char *name);
 
@@ -122,10 +125,15 @@ void drop_save();
 
 // What Kfont_changes_since_save(0, 0, 1) has to say of one group.
 struct GroupChange {
-  int32_t group;           // named groups are numbered on, after the font groups
+  uint32_t group;          // named groups are numbered on, after the font groups
   int32_t font;            // of a font group: the number of the font listed, 0 when none is
   const char *named_font;  // of a named group: the text listed; null when none is
 };
+
+// Whether there are any for take_changes.
+[[nodiscard]] inline bool has_changes() {
+  return !is_empty(state.save.recent_groups) || !is_empty(state.save.recent_named);
+}
 
 // Adds to `changes`, in ascending order, the groups that were selected since the save and since
 // this was last called. May throw memory::Exhausted.

@@ -35,6 +35,8 @@ inline void make_room(GroupSet &set, int32_t group) {
   set.words[group / 64] = 0;
 }
 
+[[nodiscard]] inline bool is_empty(const GroupSet &set) { return set.last < 0; }
+
 [[nodiscard]] inline bool contains(const GroupSet &set, int32_t group) {
   return (set.words[group / 64] >> (group % 64) & 1) != 0;
 }

@@ -35,7 +35,7 @@ size_t place_of(const FontLists &lists, Node node) {
 }
 
 void make_room(FontLists &lists) {
-  constexpr size_t least_places = 16;
+  constexpr size_t least_places = 32;
   if (2 * (lists.nodes.size() + 1) <= lists.places.size()) return;
   lists.places.assign(std::max(2 * lists.places.size(), least_places), 0);
   for (size_t i = 1; i < lists.nodes.size(); ++i)
@@ -88,10 +88,19 @@ void add_differing(const FontLists &lists, uint32_t other, uint32_t tree, int he
 uint32_t leaf_of_change(FontLists &lists, const fonts::GroupChange &change) {
   if (change.named_font == nullptr) return static_cast<uint32_t>(change.font);
   const std::string_view text(change.named_font);
-  lists.named_fonts.push_back(
-      {lists.names.size(), text.size(), fonts::names_known_group(text.data())});
+  const bool known = fonts::names_known_group(change.named_font);
+  lists.named_fonts.push_back({lists.names.size(), text.size(), known});
+  lists.all_known = lists.all_known && known;
   lists.names.insert(lists.names.end(), text.data(), text.data() + text.size() + 1);
   return static_cast<uint32_t>(lists.named_fonts.size());
+}
+
+// A font of an undefined named group is reported whenever it is asked for; it is listed in the
+// first named group.
+void add_unknown(const FontLists &lists, uint32_t tree, memory::ArenaVector<uint32_t> &groups) {
+  const uint32_t first_named = fonts::count_font_groups();
+  const uint32_t leaf = leaf_of(lists, tree, first_named);
+  if (leaf != 0 && !lists.named_fonts[leaf - 1].known) groups.push_back(first_named);
 }
 
 bool is_named(uint32_t group) { return group >= fonts::count_font_groups(); }
@@ -102,6 +111,9 @@ FontLists make_font_lists(memory::Arena &arena) {
   const uint32_t groups = fonts::count_font_groups() + fonts::count_named_groups();
   FontLists lists(arena);
   lists.height = static_cast<int>(std::bit_width(std::max(groups, 1U) - 1));
+  constexpr size_t usual_lists = 8, usual_nodes = 16;
+  lists.lists.reserve(usual_lists);
+  lists.nodes.reserve(usual_nodes);
   lists.lists.push_back({0, nullptr});
   lists.nodes.push_back({});
   return lists;
@@ -112,8 +124,7 @@ uint32_t add_font_list(FontLists &lists) {
   lists.changes.clear();
   fonts::take_changes(lists.changes);
   for (const fonts::GroupChange &change : lists.changes)
-    root = with_leaf(lists, root, lists.height, static_cast<uint32_t>(change.group),
-                     leaf_of_change(lists, change));
+    root = with_leaf(lists, root, lists.height, change.group, leaf_of_change(lists, change));
   lists.lists.push_back({root, fonts::changed_packet()});
   return static_cast<uint32_t>(lists.lists.size() - 1);
 }
@@ -121,23 +132,17 @@ uint32_t add_font_list(FontLists &lists) {
 void find_candidates(FontLists &lists, uint32_t last, uint32_t next,
                      memory::ArenaVector<uint32_t> &groups) {
   groups.clear();
-  const uint32_t root = lists.lists[next].root;
-  add_differing(lists, lists.lists[last].root, root, lists.height, 0, groups);
+  const uint32_t root = lists.lists[next].root, last_root = lists.lists[last].root;
+  if (root == last_root && lists.all_known && !fonts::has_changes()) return;
+  add_differing(lists, last_root, root, lists.height, 0, groups);
   const size_t differing = groups.size();
-  const auto add_listed = [&](uint32_t group) {
-    if (leaf_of(lists, root, group) != 0) groups.push_back(group);
-  };
-  lists.changes.clear();
-  fonts::take_changes(lists.changes);
-  for (const fonts::GroupChange &change : lists.changes)
-    add_listed(static_cast<uint32_t>(change.group));
-  // A font of an undefined named group is reported whenever it is asked for; it is listed in the
-  // first one.
-  const uint32_t first_named = fonts::count_font_groups();
-  if (fonts::count_named_groups() != 0) {
-    const uint32_t leaf = leaf_of(lists, root, first_named);
-    if (leaf != 0 && !lists.named_fonts[leaf - 1].known) groups.push_back(first_named);
+  if (fonts::has_changes()) {
+    lists.changes.clear();
+    fonts::take_changes(lists.changes);
+    for (const fonts::GroupChange &change : lists.changes)
+      if (leaf_of(lists, root, change.group) != 0) groups.push_back(change.group);
   }
+  if (!lists.all_known) add_unknown(lists, root, groups);
   if (groups.size() == differing) return;
   std::sort(groups.begin(), groups.end());
   groups.erase(std::unique(groups.begin(), groups.end()), groups.end());

@@ -35,7 +35,8 @@ struct FontLists {
         names(arena),
         changes(arena) {}
 
-  int height = 0;  // of the trees: 1 << height groups
+  int height = 0;         // of the trees: 1 << height groups
+  bool all_known = true;  // of the named fonts
   memory::ArenaVector<List> lists;
   memory::ArenaVector<Node> nodes;       // number 0 is unused
   memory::ArenaVector<uint32_t> places;  // of the nodes by their hash; 0 is a free place

@@ -68,10 +68,7 @@ void copy_up_to(Assembly &assembly, size_t end) {
 
 void write_code(Assembly &assembly, int32_t kind, const char *body, size_t length, size_t offset) {
   constexpr codes::Code font = codes::of(P_FONT), anchor = codes::of(P_ANCHOR);
-  if (kind == P_FONT) {
-    if (fonts::is_selected(body)) return;
-    fonts::select(body);
-  }
+  if (kind == P_FONT && !fonts::select_unless_selected(body)) return;
   copy_up_to(assembly, offset);
   assembly.text.append(static_cast<char>(kind == P_FONT ? font.open : anchor.open));
   assembly.text.append({body, length});
