@@ -15,7 +15,7 @@
 
 #include "klib.h"
 #include "programs/common/program.h"
-#include "programs/common/utf8.h"
+#include "programs/document/slots.h"
 
 namespace klib::programs {
 namespace {
@@ -51,7 +51,7 @@ int32_t little_endian(const char *bytes) {
   return static_cast<int32_t>(value);
 }
 
-bool is_kind(char c) { return c != '\0' && strchr("=*()<>[]", c) != nullptr; }
+bool is_kind(char c) { return c != '\0' && strchr("=*()<>[]@", c) != nullptr; }
 
 }  // namespace
 
@@ -114,7 +114,7 @@ Anchor AnchorFile::read(int32_t number) {
     Kmessage(anchor_messages, 150, "Anchor #%d read more than once.\n", number);
   std::string_view record = bytes_at(offsets_[index - 1], size);
   if (record.empty() || !is_kind(record[0]) || record.find('\0') != record.npos ||
-      find_invalid_utf8(record) != record.npos)
+      !is_valid_raw(record))
     fail(name_.c_str(), 0, "anchor %d is damaged", static_cast<int>(number));
   Anchor anchor{static_cast<Anchor::Kind>(record[0]), 0, {}};
   record.remove_prefix(1);

@@ -4,6 +4,7 @@
 #include "programs/document/extraction.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "programs/common/job_header.h"
 #include "programs/common/output_file.h"
@@ -11,6 +12,7 @@
 #include "programs/common/sentence.h"
 #include "programs/common/utf8.h"
 #include "programs/document/anchor_writer.h"
+#include "programs/document/slots.h"
 
 namespace klib::programs {
 namespace {
@@ -35,6 +37,13 @@ struct FrameItems {
   }
 };
 
+// The text of a slot, as a sentence of its own.
+struct Value {
+  size_t position;  // of the slot, in the document
+  int32_t number;
+  std::u32string text;
+};
+
 // What a document becomes, written piece by piece.
 struct Extraction {
   const DocumentKind &kind;
@@ -46,7 +55,11 @@ struct Extraction {
   std::string bytes, words;  // of the sentence
   int64_t sentences = 0, number = parameter(NumberParameter::kti_start);
   size_t written = 0;  // of the document: what is before it is in the files
-  ContentMark mark;    // of the sentences
+  std::vector<Slot> slots{};
+  size_t next_slot = 0;                                  // the first that is not in the files
+  std::unordered_map<std::u32string, int32_t> values{};  // the anchors of the texts of slots
+  std::vector<Value> due{};                              // texts that have not been written
+  ContentMark mark;                                      // of the sentences
 
   Extraction(const DocumentKind &document_kind, const Document &taken, const CodePage &code_page,
              const JobHeader &header, const char *name)
@@ -64,11 +77,62 @@ struct Extraction {
   }
 };
 
-// What is before `end` and has not been written becomes an anchor between frames.
-void write_between(Extraction &job, size_t end) {
+// The number of the text of a slot; one that is new will be written as a sentence.
+int32_t value_of(Extraction &job, const Slot &slot) {
+  std::u32string text = job.kind.read_value(job.raw(slot.begin, slot.end)), key = text;
+  for (char32_t &c : key) c &= ~bare_flag;
+  const auto [value, is_new] = job.values.try_emplace(std::move(key));
+  if (is_new) {
+    value->second = job.anchors.add(Anchor::value, "");
+    job.due.push_back({slot.begin, value->second, std::move(text)});
+  }
+  return value->second;
+}
+
+// The document from `begin` to `end`, with its slots.
+std::string with_slots(Extraction &job, size_t begin, size_t end) {
+  std::string raw;
+  const auto &slots = job.slots;
+  while (job.next_slot < slots.size() && slots[job.next_slot].begin < begin) job.next_slot++;
+  size_t position = begin;
+  for (; job.next_slot < slots.size() && slots[job.next_slot].end <= end; job.next_slot++) {
+    const Slot &slot = slots[job.next_slot];
+    raw += job.raw(position, slot.begin);
+    append_slot(slot.kind == Slot::text       ? std::to_string(value_of(job, slot))
+                : slot.kind == Slot::language ? "lang"
+                                              : "dir",
+                job.raw(slot.begin, slot.end), raw);
+    position = slot.end;
+  }
+  return raw.append(job.raw(position, end));
+}
+
+void write_sentence(Extraction &job);
+
+// Writes the texts of slots before a position.
+void write_values(Extraction &job, size_t end) {
+  size_t count = 0;
+  while (count < job.due.size() && job.due[count].position < end) {
+    Value &value = job.due[count++];
+    std::string line;
+    append_anchor(value.number, line);
+    job.kti.write(line += '\n');
+    job.sentence.clear();
+    job.sentence.number = static_cast<int32_t>(job.number);
+    job.sentence.text = std::move(value.text);
+    write_sentence(job);
+  }
+  job.due.erase(job.due.begin(), job.due.begin() + static_cast<std::ptrdiff_t>(count));
+}
+
+// What is before `end` and has not been written becomes an anchor between frames, after the texts
+// of its slots as far as they are before the paragraph of the next sentence.
+void write_between(Extraction &job, size_t end, size_t paragraph) {
   if (end == job.written) return;
+  const std::string raw = with_slots(job, job.written, end);
+  write_values(job, paragraph);
   std::string line;
-  append_anchor(job.anchors.add(Anchor::single, job.raw(job.written, end)), line);
+  append_anchor(job.anchors.add(Anchor::single, raw), line);
   job.kti.write(line += '\n');
   job.written = end;
 }
@@ -159,7 +223,8 @@ size_t add_markup(Extraction &job, FrameItems &look, size_t i) {
   } else if (item.partner != Item::none || item.reaches_out) {
     kind = item.kind == Item::open ? Anchor::opens_out : Anchor::closes_from;
   }
-  look.numbers[i] = job.anchors.add(kind, job.raw(item.begin, look.item(last).end), opened_by);
+  const std::string raw = with_slots(job, item.begin, look.item(last).end);
+  look.numbers[i] = job.anchors.add(kind, raw, opened_by);
   if (const int group = look.groups[i]; group >= 0) {
     look.is_open[group] = true;
     job.sentence.add_font(group, look.numbers[i]);
@@ -214,7 +279,7 @@ void add_kept_piece(Extraction &job, const FrameItems &look, size_t begin, size_
 }
 
 void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &frame) {
-  write_between(job, items[frame.first].begin);
+  write_between(job, items[frame.first].begin, items.front().begin);
   job.sentence.clear();
   job.sentence.number = static_cast<int32_t>(job.number);
   FrameItems look = look_at(items, frame);
@@ -231,6 +296,7 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
   }
   job.written = items[frame.last - 1].end;
   write_sentence(job);
+  write_values(job, job.written);
 }
 
 // Completes the files with the mark of their content, and gives them their names.
@@ -258,10 +324,10 @@ void extract_document(const DocumentKind &kind, const Document &document, const 
                             std::string(kind.name), document.encoding};
   Extraction job(kind, document, page, header, name);
   init_kti_format(1);
-  kind.split(document, page, wishes, [&](const std::vector<Item> &items, const Frame &frame) {
-    add_frame(job, items, frame);
-  });
-  write_between(job, document.text.size());
+  kind.split(
+      document, page, wishes, job.slots,
+      [&](const std::vector<Item> &items, const Frame &frame) { add_frame(job, items, frame); });
+  write_between(job, document.text.size(), document.text.size());
   exit_kti_format();
   finish(job, header);
 }

@@ -39,6 +39,13 @@ struct Item {
   bool is_markup() const { return kind >= open; }
 };
 
+// A piece of markup in the place of which a translation has something else (document/slots.h).
+struct Slot {
+  enum Kind { text, language, direction };
+  Kind kind;
+  size_t begin, end;  // in the text of the document, with quotes
+};
+
 // What a user wants of extraction, as far as kinds of documents know it.
 struct Wishes {
   bool translate_code = false;  // text that is code is like any other
@@ -67,9 +74,10 @@ struct DocumentKind {
   Document (*read)(const char *name, const std::string &encoding);
 
   // Gives the sentences to the sink. What is between them stays as it is. The code page is that of
-  // the language in use.
+  // the language in use. Slots are added to `slots` in their order, those of a sentence before it
+  // is given.
   void (*split)(const Document &document, const CodePage &page, const Wishes &wishes,
-                const SentenceSink &sink);
+                std::vector<Slot> &slots, const SentenceSink &sink);
 
   // Appends the characters of an item of text; those that could be markup and are not have
   // bare_flag (common/sentence.h).
@@ -77,6 +85,14 @@ struct DocumentKind {
 
   // Appends a character of a sentence as the document has it.
   void (*write_character)(char32_t character, std::string &text);
+
+  // The text of what is written in a slot of that kind, and how a text is written in its place.
+  std::u32string (*read_value)(std::string_view written);
+  void (*write_value)(std::string_view written, std::u32string_view text, std::string &result);
+
+  // What is written in another slot after a translation from one language into another.
+  void (*write_for_language)(std::string_view key, std::string_view written,
+                             const std::string &from, const std::string &to, std::string &result);
 
   // The closing tag that is made of the name of an opening one.
   std::string (*closing_tag)(std::string_view opening);

@@ -4,7 +4,10 @@
 #include "programs/document/merging.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string>
+#include <unordered_map>
+#include <utility>
 
 #include "programs/common/code_page.h"
 #include "programs/common/output_file.h"
@@ -14,6 +17,7 @@
 #include "programs/document/anchor_file.h"
 #include "programs/document/nesting.h"
 #include "programs/document/sentence_markup.h"
+#include "programs/document/slots.h"
 
 namespace klib::programs {
 namespace {
@@ -42,6 +46,9 @@ struct Merge {
   Sentence sentence;
   SentenceMarkup markup;
   std::string text, encoded;
+  std::unordered_map<int32_t, std::u32string> values{};  // the texts of slots
+  int32_t value = 0;   // the anchor of the text that is next, or 0
+  std::string held{};  // what waits for the texts of its slots
   int64_t frames = 0;
 
   Merge(FindKind find, const char *sentence_name, const char *anchor_name, const char *result_name)
@@ -54,10 +61,61 @@ struct Merge {
   Place place() const { return {sentences.name(), sentences.line(), sentences.number()}; }
 };
 
-void write(Merge &job, std::string_view text) {
+void write_encoded(Merge &job, std::string_view text) {
   job.encoded.clear();
   job.encoder.append(text, job.encoded);
   job.result.write(job.encoded);
+}
+
+// Appends what comes in the place of a slot; false when its text is not known yet.
+bool fill(const Merge &job, const SlotPlace &slot, std::string &result) {
+  const JobHeader &header = job.sentences.header();
+  if (slot.key == "lang" || slot.key == "dir") {
+    if (header.target.empty() || header.target == header.language)
+      result += slot.written;
+    else
+      job.kind.write_for_language(slot.key, slot.written, header.language, header.target, result);
+    return true;
+  }
+  int32_t number = 0;
+  std::from_chars(slot.key.data(), slot.key.data() + slot.key.size(), number);
+  const auto value = job.values.find(number);
+  if (value == job.values.end()) return false;
+  std::u32string as_written = job.kind.read_value(slot.written);
+  for (char32_t &c : as_written) c &= ~bare_flag;
+  if (value->second.empty() || value->second == as_written)
+    result += slot.written;
+  else
+    job.kind.write_value(slot.written, value->second, result);
+  return true;
+}
+
+// Writes what is held up to the first slot whose text is not known; at the end all of it.
+void write_held(Merge &job, bool at_end) {
+  std::string filled;
+  size_t position = 0;
+  for (SlotPlace slot; find_slot(job.held, position, slot); position = slot.end) {
+    filled.append(job.held, position, slot.begin - position);
+    if (fill(job, slot, filled)) continue;
+    if (at_end) {
+      filled += slot.written;
+      continue;
+    }
+    write_encoded(job, filled);
+    job.held.erase(0, slot.begin);
+    return;
+  }
+  write_encoded(job, filled.append(job.held, position));
+  job.held.clear();
+}
+
+void write(Merge &job, std::string_view text) {
+  if (job.held.empty() && text.find('\xFF') == text.npos) {
+    write_encoded(job, text);
+  } else {
+    job.held += text;
+    write_held(job, false);
+  }
 }
 
 NestedWriter::Element element_of(const Merge &job, int32_t number) {
@@ -170,8 +228,26 @@ void write_surrounded(Merge &job, std::vector<NestedWriter::Element> &around,
   write_nested(job, true, writer);
 }
 
+// Takes the frame that holds the text of slots.
+void take_value(Merge &job) {
+  std::u32string text = job.sentence.text;
+  for (char32_t &c : text) c &= ~bare_flag;
+  job.values[std::exchange(job.value, 0)] = std::move(text);
+  for (const Code &code : job.sentence.codes)
+    report(job.place(), "code-left-out", {{"anchor", code.number}},
+           "anchor %d is in the text of an attribute, and is left out",
+           static_cast<int>(code.number));
+  write_held(job, false);
+}
+
 void merge_frame(Merge &job) {
   read_sentence(job.sentences, job.page, job.sentence);
+  if (job.value != 0) {
+    take_value(job);
+    c_tick(1);
+    show_progress(++job.frames);
+    return;
+  }
   repair_markup(job.sentences, job.anchors, job.sentence, job.markup);
   NestedWriter writer(budget_of(job));
   write_nested(job, false, writer);
@@ -202,7 +278,11 @@ void merge_between(Merge &job) {
   if (job.anchors.times_read(number) > 0)
     report(place, "anchor-repeated", {{"anchor", number}}, "anchor %d is in an earlier place, too",
            static_cast<int>(number));
-  write(job, job.anchors.read(number).raw);
+  const Anchor anchor = job.anchors.read(number);
+  if (anchor.kind == Anchor::value)
+    job.value = number;
+  else
+    write(job, anchor.raw);
 }
 
 void report_lost_anchors(Merge &job, const char *name) {
@@ -236,6 +316,7 @@ void merge_document(FindKind find, const char *sentence_name, const char *anchor
     else
       merge_between(job);
   }
+  write_held(job, true);
   report_lost_anchors(job, anchor_name);
   job.encoded.clear();
   job.encoder.finish(job.encoded);

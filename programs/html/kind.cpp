@@ -8,6 +8,7 @@
 #include "programs/common/program.h"
 #include "programs/common/sentence.h"
 #include "programs/common/utf8.h"
+#include "programs/html/attributes.h"
 #include "programs/html/conversion.h"
 #include "programs/html/page_file.h"
 #include "programs/html/paragraph.h"
@@ -24,11 +25,11 @@ struct LoadedExceptions {
 };
 
 void split(const Document &page, const CodePage &code_page, const Wishes &wishes,
-           const SentenceSink &sink) {
+           std::vector<Slot> &slots, const SentenceSink &sink) {
   const LoadedExceptions exceptions;
   const size_t mark = page.text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
   Protection protection(language_code(parameter(TextParameter::language)), wishes.translate_code);
-  ParagraphReader paragraphs(page.text, mark, protection);
+  ParagraphReader paragraphs(page.text, mark, protection, slots);
   std::vector<Item> items;
   std::vector<Frame> frames;
   while (paragraphs.next(items)) {
@@ -74,6 +75,9 @@ const DocumentKind html = {.name = "html",
                            .split = split,
                            .read_text = read_text,
                            .write_character = write_character,
+                           .read_value = read_value,
+                           .write_value = write_value,
+                           .write_for_language = write_for_language,
                            .closing_tag = closing_tag,
                            .encoder = encoder};
 

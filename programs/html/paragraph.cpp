@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "programs/html/attributes.h"
 #include "programs/html/boundaries.h"
 #include "programs/html/elements.h"
 #include "programs/html/text_reader.h"
@@ -110,6 +111,17 @@ void ParagraphReader::take_text(size_t begin, size_t end, std::vector<Item> &ite
   }
 }
 
+// Takes the slots of a start tag, and of those in an element that is kept whole.
+void ParagraphReader::take_slots(const Token &start) {
+  find_slots(page_, start, protection_, slots_);
+  if (element(start.name).content != Element::preserved) return;
+  for (size_t i = start.end; i < position_;) {
+    const Token token = next_token(page_, i);
+    i = token.end;
+    if (token.kind == Token::start_tag) find_slots(page_, token, protection_, slots_);
+  }
+}
+
 // Takes the token at the position; false when the paragraph ends there.
 bool ParagraphReader::take_token(std::vector<Item> &items) {
   const Token token = next_token(page_, position_);
@@ -128,6 +140,7 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
   const Element::Content content = element(token.name).content;
   Item::Kind kind = Item::single;
   bool kept = protection_.is_on();
+  if (opens && content == Element::preserved) position_ = end_of_nested_element(page_, token, true);
   if (content == Element::inlined || content == Element::block || content == Element::caption) {
     if (opens)
       protection_.start(token.name, page_.substr(token.begin, token.end - token.begin));
@@ -135,12 +148,12 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
       protection_.end(token.name);
     if (opens) kept = protection_.is_on();
   }
+  if (opens) take_slots(token);
   switch (content) {
     case Element::block:
     case Element::separator:
       return false;
     case Element::preserved:
-      if (opens) position_ = end_of_nested_element(page_, token, true);
       return false;
     case Element::caption:
       if (opens) caption_end_ = end_of_raw_text(page_, token.end, token.name);

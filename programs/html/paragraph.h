@@ -14,21 +14,24 @@ Item part_of(std::string_view page, const Item &item, size_t begin, size_t end);
 
 class ParagraphReader {
  public:
-  // The protection follows the reader through the page.
-  ParagraphReader(std::string_view page, size_t begin, Protection &protection)
-      : page_(page), position_(begin), protection_(protection) {}
+  // The protection follows the reader through the page; slots are added as they are passed.
+  ParagraphReader(std::string_view page, size_t begin, Protection &protection,
+                  std::vector<Slot> &slots)
+      : page_(page), position_(begin), protection_(protection), slots_(slots) {}
 
   // The items of the next paragraph, often none; false behind the last one. What stands between the
   // paragraphs' items is block structure.
   bool next(std::vector<Item> &items);
 
  private:
+  void take_slots(const Token &start);
   bool take_token(std::vector<Item> &items);
   void take_text(size_t begin, size_t end, std::vector<Item> &items);
 
   std::string_view page_;
   size_t position_;
   Protection &protection_;
+  std::vector<Slot> &slots_;
   size_t caption_end_ = 0;  // until there, text without tags follows
 };
 

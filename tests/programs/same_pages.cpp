@@ -68,7 +68,8 @@ bool same_bytes(Place &page, size_t end, Place &result) {
 
 bool same_pages(Place &page, Place &result) {
   Protection protection("", true);
-  ParagraphReader paragraphs(page.text, 0, protection);
+  std::vector<Slot> slots;
+  ParagraphReader paragraphs(page.text, 0, protection, slots);
   std::vector<Item> items;
   while (paragraphs.next(items)) {
     for (const Item &item : items) {
