@@ -1,7 +1,8 @@
 // The forward-backward algorithm, scaled at each position so that no length of a line underflows.
 //
 //   state i              the partner of the position is unit i
-//   state i, alone       the position has none, and i was the last partner before it
+//   state i, staying     the position has none, or one out of order, near the diagonal; i was the
+//                        last partner before it, and the next jump begins there
 //   jump from i to k     weight(k - i) / norm(i), and a small share to any k
 //   start, end           jumps from -1 and to the number of states
 //
@@ -10,7 +11,6 @@
 #include "programs/align/chain.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 
 #include "programs/align/constants.h"
@@ -85,6 +85,17 @@ float gather(const std::array<float, 2 * longest_jump + 1> &table, int32_t state
   return sum;
 }
 
+// How close to the diagonal each state is at a position; the result is the sum.
+float find_diagonal(const Line &line, int32_t position, float *close) {
+  const float here = (static_cast<float>(position) + 0.5F) / static_cast<float>(line.positions);
+  for (int32_t i = 0; i < line.states; i++) {
+    const float there = (static_cast<float>(i) + 0.5F) / static_cast<float>(line.states);
+    const float away = diagonal_slope * (here - there);
+    close[i] = 1 / (1 + away * away);
+  }
+  return sum_of(close, line.states);
+}
+
 void multiply(const float *first, const float *second, float factor, int32_t count,
               float *product) {
   for (int32_t i = 0; i < count; i++) product[i] = factor * first[i] * second[i];
@@ -103,6 +114,18 @@ void reach_next(const Jumps &jumps, const float *likely, int32_t states, ChainSc
     if (likely[i] > negligible) spread(jumps.ahead, i, weighted[i], states, reach);
 }
 
+// How likely positions are whose partners are not in order: by state in scratch.strays, and
+// together with those that have none in scratch.stay.
+void find_strays(const Line &line, ChainScratch &scratch) {
+  for (int32_t j = 0; j < line.positions; j++) {
+    float *const strays = scratch.strays.data() + at(j) * at(line.states);
+    const float *const likelihood = line.likelihood.data() + at(j) * at(line.states);
+    const float norm = find_diagonal(line, j, strays);
+    multiply(strays, likelihood, stray_share / norm, line.states, strays);
+    scratch.stay[at(j)] = unlinked_share * line.alone[at(j)] + sum_of(strays, line.states);
+  }
+}
+
 // Fills scratch.ahead and its like, scaled so that the states of a position are 1 in sum.
 void go_forward(const Line &line, const Jumps &jumps, ChainScratch &scratch) {
   const int32_t states = line.states;
@@ -115,18 +138,17 @@ void go_forward(const Line &line, const Jumps &jumps, ChainScratch &scratch) {
     const size_t row = at(j) * at(states);
     const float *const before = scratch.likely.data() + row;
     float *const likely = scratch.likely.data() + row + at(states);
-    float *const ahead = scratch.ahead.data() + row, *const alone = scratch.alone.data() + row;
+    float *const ahead = scratch.ahead.data() + row, *const staying = scratch.staying.data() + row;
     if (j > 0) reach_next(jumps, before, states, scratch);
-    multiply(scratch.reach.data(), line.likelihood.data() + row, 1 - unlinked_share, states, ahead);
-    const float unlinked = unlinked_share * line.alone[at(j)];
+    multiply(scratch.reach.data(), line.likelihood.data() + row, linked_share, states, ahead);
     for (int32_t i = 0; i < states; i++) {
-      alone[i] = unlinked * before[i];
-      likely[i] = ahead[i] + alone[i];
+      staying[i] = scratch.stay[at(j)] * before[i];
+      likely[i] = ahead[i] + staying[i];
     }
     const float scale = 1 / sum_of(likely, states);
     for (int32_t i = 0; i < states; i++) {
       ahead[i] *= scale;
-      alone[i] *= scale;
+      staying[i] *= scale;
       likely[i] *= scale;
     }
   }
@@ -137,12 +159,14 @@ void meet(const Line &line, int32_t position, ChainScratch &scratch, Partners &p
   const int32_t states = line.states;
   const size_t row = at(position) * at(states);
   float *const linked = partners.linked.data() + row;
-  multiply(scratch.alone.data() + row, scratch.back.data(), 1, states, scratch.next.data());
-  const float unlinked = sum_of(scratch.next.data(), states);
+  multiply(scratch.staying.data() + row, scratch.back.data(), 1, states, scratch.next.data());
+  const float staying = sum_of(scratch.next.data(), states);
   multiply(scratch.ahead.data() + row, scratch.back.data(), 1, states, linked);
-  const float scale = 1 / (sum_of(linked, states) + unlinked);
-  for (int32_t i = 0; i < states; i++) linked[i] *= scale;
-  partners.unlinked[at(position)] = unlinked * scale;
+  const float scale = 1 / (sum_of(linked, states) + staying);
+  const float *const strays = scratch.strays.data() + row;
+  const float stray_scale = staying * scale / scratch.stay[at(position)];
+  for (int32_t i = 0; i < states; i++) linked[i] = linked[i] * scale + strays[i] * stray_scale;
+  partners.unlinked[at(position)] = unlinked_share * line.alone[at(position)] * stray_scale;
 }
 
 // Counts the jumps from the likely states to the next ones, all of which are `total` together.
@@ -164,12 +188,11 @@ void go_back(const Line &line, int32_t position, const Jumps &jumps, ChainScratc
   const size_t row = at(position) * at(states);
   const float *const likely = scratch.likely.data() + row;  // at the position before
   float *const next = scratch.next.data(), *const reach = scratch.reach.data();
-  multiply(line.likelihood.data() + row, scratch.back.data(), 1 - unlinked_share, states, next);
+  multiply(line.likelihood.data() + row, scratch.back.data(), linked_share, states, next);
   const float sum = sum_of(next, states);
   const float any = sum * any_jump_share / static_cast<float>(states);
-  const float unlinked = unlinked_share * line.alone[at(position)];
   for (int32_t from = 0; from < states; from++) {
-    reach[from] = any + unlinked * scratch.back[at(from)];
+    reach[from] = any + scratch.stay[at(position)] * scratch.back[at(from)];
     if (likely[from] <= negligible) continue;
     const float jumped = sum * jumps.far + gather(jumps.ahead, from, states, next);
     reach[from] += (1 - any_jump_share) * jumped * scratch.norms[at(from + 1)];
@@ -189,7 +212,7 @@ Jumps jumps_of(const JumpCounts &counts) {
   for (int32_t distance = -longest_jump; distance <= longest_jump; distance++) {
     // As usual: to the next unit, seldom to the same one or far away.
     const double away = std::abs(distance - 1);
-    const double usual = distance == 1 ? 1 : distance == 0 ? 0.3 : 0.5 / (1 + 0.5 * away * away);
+    const double usual = distance == 1 ? 1 : distance == 0 ? 0.1 : 0.5 / (1 + away * away);
     jumps.ahead[at(distance + longest_jump)] = static_cast<float>(
         (counts[at(distance + longest_jump)] + jump_weight * usual) / (sum + jump_weight));
   }
@@ -203,37 +226,32 @@ void find_partners_on_diagonal(const Line &line, Partners &partners) {
   const size_t states = at(line.states), positions = at(line.positions);
   partners.linked.resize(states * positions);
   partners.unlinked.resize(positions);
-  for (size_t j = 0; j < positions; j++) {
-    float *const linked = partners.linked.data() + j * states;
-    const float *const likelihood = line.likelihood.data() + j * states;
-    const float here = (static_cast<float>(j) + 0.5F) / static_cast<float>(positions);
-    float norm = 0, sum = 0;
-    for (size_t i = 0; i < states; i++) {
-      const float there = (static_cast<float>(i) + 0.5F) / static_cast<float>(states);
-      const float away = diagonal_slope * (here - there);
-      const float close = 1 / (1 + away * away);
-      norm += close;
-      linked[i] = close * likelihood[i];
-      sum += linked[i];
-    }
-    const float unlinked = unlinked_share / (1 - unlinked_share) * norm * line.alone[j];
-    const float scale = 1 / (sum + unlinked);
+  for (int32_t j = 0; j < line.positions; j++) {
+    float *const linked = partners.linked.data() + at(j) * states;
+    const float *const likelihood = line.likelihood.data() + at(j) * states;
+    const float norm = find_diagonal(line, j, linked);
+    multiply(linked, likelihood, (1 - unlinked_share) / norm, line.states, linked);
+    const float unlinked = unlinked_share * line.alone[at(j)];
+    const float scale = 1 / (sum_of(linked, line.states) + unlinked);
     for (size_t i = 0; i < states; i++) linked[i] *= scale;
-    partners.unlinked[j] = unlinked * scale;
+    partners.unlinked[at(j)] = unlinked * scale;
   }
 }
 
 void find_partners_in_chain(const Line &line, const Jumps &jumps, ChainScratch &scratch,
                             Partners &partners, JumpCounts &counts) {
   const size_t cells = at(line.states) * at(line.positions);
-  for (std::vector<float> *part : {&scratch.ahead, &scratch.alone, &partners.linked})
+  for (std::vector<float> *part :
+       {&scratch.ahead, &scratch.staying, &scratch.strays, &partners.linked})
     part->resize(cells);
+  scratch.stay.resize(at(line.positions));
   scratch.likely.resize(cells + at(line.states));
   for (std::vector<float> *part : {&scratch.reach, &scratch.back, &scratch.next})
     part->resize(at(line.states));
   partners.unlinked.resize(at(line.positions));
   scratch.jumped.fill(0);
   find_norms(jumps, line.states, scratch.norms);
+  find_strays(line, scratch);
   go_forward(line, jumps, scratch);
   for (int32_t i = 0; i < line.states; i++)
     scratch.back[at(i)] =

@@ -33,7 +33,7 @@ struct Partners {
 
 // Memory that is used again for the next line.
 struct ChainScratch {
-  std::vector<float> ahead, alone, likely, norms, reach, back, next;
+  std::vector<float> ahead, staying, likely, norms, reach, back, next, strays, stay;
   std::array<float, 2 * longest_jump + 1> jumped;
 };
 

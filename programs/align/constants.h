@@ -16,8 +16,12 @@ constexpr float any_stem_weight = 1;  // of a stem: that it may be any stem
 // The share of units without a partner, and how many occurrences it takes to learn which they are.
 constexpr float unlinked_share = 0.15F, unlinked_weight = 50;
 
+// The share of units whose partner is out of order: the next one follows the partner before it.
+constexpr float stray_share = 0.06F;
+constexpr float linked_share = 1 - unlinked_share - stray_share;
+
 // The share of jumps that go anywhere, and the weight of the usual jumps against those seen.
-constexpr float any_jump_share = 0.01F, jump_weight = 1;
+constexpr float any_jump_share = 0.01F, jump_weight = 5;
 
 // States and jumps that are less likely are passed over, which changes no result to speak of.
 constexpr float negligible = 1e-5F, countable = 1e-4F;

@@ -197,8 +197,13 @@ struct Enumeration {
             probability;
     }
   }
-  // `last` is the state that the next jump begins at; -1 at the start. A position without a partner
-  // at the start stays at any state.
+  double close_to_diagonal(int32_t position, int32_t state) const {
+    const double here = (position + 0.5) / line.positions, there = (state + 0.5) / line.states;
+    const double away = static_cast<double>(diagonal_slope) * (here - there);
+    return 1 / (1 + away * away);
+  }
+  // `last` is the state that the next jump begins at; -1 at the start. A position without a
+  // partner, or with one that is out of order, stays there; at the start, at any state.
   void go_on(int32_t position, int32_t last, double probability) {
     if (position == line.positions) {
       finish(probability * jump(jumps, line.states, last, line.states));
@@ -206,17 +211,25 @@ struct Enumeration {
     }
     const auto j = static_cast<size_t>(position);
     const double none = static_cast<double>(unlinked_share);
+    const double stray = static_cast<double>(stray_share);
+    double norm = 0;
+    for (int32_t i = 0; i < line.states; i++) norm += close_to_diagonal(position, i);
     for (int32_t i = 0; i < line.states; i++) {
       const double likelihood = static_cast<double>(
           line.likelihood[j * static_cast<size_t>(line.states) + static_cast<size_t>(i)]);
       partners[j] = i;
       go_on(position + 1, i,
-            probability * (1 - none) * likelihood * jump(jumps, line.states, last, i));
-      partners[j] = -1;
-      if (position == 0 || i == last)
-        go_on(position + 1, i,
-              probability * none * static_cast<double>(line.alone[j]) /
-                  (position == 0 ? line.states : 1));
+            probability * (1 - none - stray) * likelihood * jump(jumps, line.states, last, i));
+      for (int32_t from = 0; from < line.states; from++) {
+        if (position > 0 && from != last) continue;
+        const double staying = probability / (position == 0 ? line.states : 1);
+        partners[j] = i;
+        go_on(position + 1, from,
+              staying * stray * likelihood * close_to_diagonal(position, i) / norm);
+        if (i > 0) continue;
+        partners[j] = -1;
+        go_on(position + 1, from, staying * none * static_cast<double>(line.alone[j]));
+      }
     }
   }
 };
