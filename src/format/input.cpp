@@ -78,32 +78,43 @@ size_t copy_bytes(char *to, const char *from, size_t limit, uint32_t wanted) {
   return n;
 }
 
-// The same where nothing white is wanted, by words of eight bytes: only a word with a byte in 00-1F
-// or 80-9F, which contain all roles, is examined byte by byte. Writes up to seven bytes more than
-// it copies, within the limit.
+// In the first bit of each byte that may be wanted: all roles are in 00-1F and 80-9F, and what is
+// white in a built-in table is in 00-20 and 80-FF.
+template <bool white>
+uint64_t special_bytes(uint64_t word) {
+  if constexpr (white) {
+    const uint64_t below_21 = ~((word & in_each_byte(0x7F)) + in_each_byte(0x80 - 0x21));
+    return (word | below_21) & in_each_byte(0x80);
+  }
+  return ~(word | word << 1) & in_each_byte(0x40);  // neither bit 5 nor bit 6
+}
+
+// The same by words of eight bytes: only a word with special bytes is looked at more closely.
+// Writes up to seven bytes more than it copies, within the limit.
+template <bool white>
 size_t copy_words(char *to, const char *from, size_t limit, uint32_t wanted) {
   size_t n = 0;
   while (n + word_size <= limit) {
     const uint64_t word = load_word(from + n);
     store_word(to + n, word);
-    // Those with neither bit 5 nor bit 6.
-    const uint64_t special = ~(word | word << 1) & in_each_byte(0x40);
+    const uint64_t special = special_bytes<white>(word);
     if (special == 0) {
       n += word_size;
       continue;
     }
     n += first_marked_byte(special);
-    if (has_role(from[n], wanted)) return n;
+    if (is_wanted(from[n], wanted)) return n;
     ++n;
   }
-  return n + copy_bytes<false>(to + n, from + n, limit - n, wanted);
+  return n + copy_bytes<white>(to + n, from + n, limit - n, wanted);
 }
 
+template <bool white>
 size_t copy_unwanted(char *to, const char *from, size_t limit, uint32_t wanted) {
-  if ((wanted & P_WHITE) != 0) return copy_bytes<true>(to, from, limit, wanted);
   const uintptr_t distance = reinterpret_cast<uintptr_t>(from) - reinterpret_cast<uintptr_t>(to);
-  if (distance < word_size) return copy_bytes<false>(to, from, limit, wanted);
-  return copy_words(to, from, limit, wanted);
+  const bool by_words = distance >= word_size && (!white || character_types::is_built_in(c_t));
+  return by_words ? copy_words<white>(to, from, limit, wanted)
+                  : copy_bytes<white>(to, from, limit, wanted);
 }
 
 // Bytes that can be read as a whole: of a text, the next ones that are known not to be NUL (none at
@@ -142,7 +153,10 @@ int32_t read_run(parser_frame &frame, FILE *stream, std::string_view ahead, uint
   const size_t limit = std::min(ahead.size(), room);
   const bool counting = frame.counting != 0;
   char *const to = tokens.top;
-  const size_t length = copy_unwanted(to, ahead.data(), limit, wanted | (counting ? P_COUNT : 0));
+  const uint32_t stops = wanted | (counting ? P_COUNT : 0);
+  const size_t length = (wanted & P_WHITE) != 0
+                            ? copy_unwanted<true>(to, ahead.data(), limit, stops)
+                            : copy_unwanted<false>(to, ahead.data(), limit, stops);
   if (counting) count_run(frame, to, length);
   tokens.top = to + length;
   if (length == limit) [[unlikely]] {

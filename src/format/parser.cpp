@@ -119,14 +119,37 @@ void begin_token(parser_frame &frame) {
   token_stack().top = token_stack().base;
 }
 
-int32_t read_token(parser_frame &frame, FILE *stream) {
-  constexpr int32_t all_kinds = 2 * P_LINE - 1;
-  begin_token(frame);
+void begin_positions(parser_frame &frame) {
   frame.status = 0;
   frame.token_line = frame.line;
   frame.token_real_line = frame.real_line;
   frame.token_column = frame.column;
   frame.token_real_column = frame.real_column;
+}
+
+// Half of the tokens of a text read by words are single blanks, taken back before. Reads such a
+// one, and takes back the byte after it, in one step; false, with nothing done, when that is not
+// so.
+bool read_single_white(parser_frame &frame, FILE *stream) {
+  byte_stack &tokens = token_stack(), &pushback = pushback_stack();
+  if (stream != nullptr || (frame.flags & P_WHITE) == 0 || frame.counting != 0 ||
+      frame.string_pos == nullptr || pushback.top - pushback.base != 1 || tokens.size <= 2)
+    return false;
+  const char byte = *pushback.base, next = *frame.string_pos;
+  if (!is_white(u8(byte)) || next == '\0' || is_white(u8(next))) return false;
+  begin_positions(frame);
+  *pushback.base = next;
+  ++frame.string_pos;
+  *tokens.base = byte;
+  tokens.top = tokens.base + 1;
+  deliver(frame, P_WHITE);
+  return true;
+}
+
+int32_t read_token(parser_frame &frame, FILE *stream) {
+  constexpr int32_t all_kinds = 2 * P_LINE - 1;
+  begin_token(frame);
+  begin_positions(frame);
   const int32_t flags = frame.flags & all_kinds;
   int32_t byte = next_byte(frame, stream);
   if (byte < 0) return P_END;
@@ -162,7 +185,9 @@ using namespace klib::parser;
 
 int32_t parse(FILE *stream) {
   if (!is_open()) return P_END;
-  return memory::guarded<int32_t>(P_END, [&] { return read_token(p_root[parser_level], stream); });
+  parser_frame &frame = p_root[parser_level];
+  if (read_single_white(frame, stream)) return P_WHITE;
+  return memory::guarded<int32_t>(P_END, [&] { return read_token(frame, stream); });
 }
 
 int32_t parse_to(FILE *stream, int32_t line, int32_t column) {

@@ -114,6 +114,14 @@ constexpr Table western = expand(western_half);
 constexpr Table russian = expand(russian_half);
 constexpr Table greek = expand(greek_half);
 
+// Readers pass over the bytes 21-7F without looking for white space.
+static_assert([] {
+  for (const Table &table : {western, russian, greek})
+    for (size_t byte = 0x21; byte < 0x80; ++byte)
+      if ((table[byte] & white) != 0) return false;
+  return true;
+}());
+
 // The built-in named types: what the exported arrays hold first and get back at a reset.
 #define TYPE_NAMES                                                                        \
   "upper", "lower", "digit", "letter", "alphnum", "kavro", "white", "punct", "nonletter", \
