@@ -1,5 +1,5 @@
 // A tag is at the edge of a word, at the edge of its letters, or inside it. Marks around the
-// letters follow the source: those that an element has there it has here, if they are there. A
+// letters follow the source: those that a span has there it has here, if they are there. A
 // place inside a word is found by what both words share, or by the change of characters there.
 #include "programs/carry/edges.h"
 
@@ -78,29 +78,57 @@ uint32_t after_article(const Side &side, Range key) {
   return key.begin;
 }
 
-// The word of the source at the edge of an element, when it is a part of the word here.
-bool is_last_part(const Sides &sides, Range source, Range target) {
-  const uint32_t length = length_of(source);
-  if (length < 2 || length >= length_of(target)) return false;
-  const uint32_t begin = target.end - length;
-  const char32_t joint = sides.target.text[begin - 1];
-  return (is_hyphen(joint) || is_apostrophe(joint)) && are_same(sides, source, {begin, target.end});
+bool is_aligned_with(const Evidence &evidence, uint32_t source, uint32_t target) {
+  return std::ranges::binary_search(evidence.targets_of(source), target);
 }
 
-bool is_first_part(const Sides &sides, Range source, Range target) {
-  const uint32_t length = length_of(source);
-  if (length < 2 || length >= length_of(target)) return false;
-  return is_hyphen(sides.target.text[target.begin + length]) &&
-         are_same(sides, source, {target.begin, target.begin + length});
-}
-
-bool speaks_for(const Evidence &evidence, uint32_t source, uint32_t target) {
+bool is_aligned_with_alone(const Evidence &evidence, uint32_t source, uint32_t target) {
   const auto targets = evidence.targets_of(source);
   return targets.size() == 1 && targets[0] == target;
 }
 
-bool links(const Evidence &evidence, uint32_t source, uint32_t target) {
-  return std::ranges::binary_search(evidence.targets_of(source), target);
+// Whether the word begins or ends with what it is known by, so that no mark parts it from its
+// neighbour.
+bool begins_bare(const Side &side, uint32_t w) {
+  return key_of(side, side.words[w]).begin == side.words[w].begin;
+}
+bool ends_bare(const Side &side, uint32_t w) {
+  return key_of(side, side.words[w]).end == side.words[w].end;
+}
+
+// Where the part of a compound begins that is the first word `w` of a span, and not the word before
+// it, which the compound has, too: the part is that word, or both words are aligned with the
+// compound. no_position when `word` is no such compound.
+uint32_t begin_of_part(const Sides &sides, const Evidence &evidence, uint32_t w, uint32_t word) {
+  const auto &[source, target] = sides;
+  if (w == 0 || !begins_bare(source, w) || !ends_bare(source, w - 1)) return no_position;
+  const Range there = key_of(source, source.words[w]), here = key_of(target, target.words[word]);
+  const uint32_t length = length_of(there);
+  if (length > 1 && length < length_of(here)) {
+    const uint32_t place = here.end - length;
+    const char32_t joint = target.text[place - 1];
+    if ((is_hyphen(joint) || is_apostrophe(joint)) && are_same(sides, there, {place, here.end}))
+      return place;
+  }
+  if (is_aligned_with(evidence, w, word) && is_aligned_with_alone(evidence, w - 1, word))
+    for (uint32_t i = here.begin + 1; i + 1 < here.end; i++)
+      if (is_hyphen(target.text[i])) return i + 1;
+  return no_position;
+}
+
+// The same for the last word of a span and the word after it: where the part ends.
+uint32_t end_of_part(const Sides &sides, const Evidence &evidence, uint32_t w, uint32_t word) {
+  const auto &[source, target] = sides;
+  if (w + 1 == source.word_count() || !ends_bare(source, w)) return no_position;
+  const Range there = key_of(source, source.words[w]), here = key_of(target, target.words[word]);
+  const uint32_t length = length_of(there), place = here.begin + length;
+  if (length > 1 && length < length_of(here) && is_hyphen(target.text[place]) &&
+      are_same(sides, there, {here.begin, place}))
+    return place;
+  if (is_aligned_with(evidence, w, word) && is_aligned_with_alone(evidence, w + 1, word))
+    for (uint32_t i = here.end; i-- > here.begin + 1;)
+      if (is_hyphen(target.text[i])) return i;
+  return no_position;
 }
 
 // The last of the openers before `end`, or no_position when that is before `begin`.
@@ -128,70 +156,58 @@ uint32_t place_inside(const Sides &sides, uint32_t at, uint32_t word) {
   return place;
 }
 
-uint32_t place_begin(const Sides &sides, const Evidence &evidence, Range element, uint32_t word) {
-  const Side &source = sides.source, &target = sides.target;
+uint32_t place_begin(const Sides &sides, const Evidence &evidence, Range span, uint32_t word) {
+  const auto &[source, target] = sides;
   const Range here = target.words[word];
-  uint32_t begin = element.begin, core = source.next_core[begin];
-  if (core >= element.end) return here.begin;
-  const Range there = source.words[source.word_at[core]];
+  uint32_t begin = span.begin, core = source.next_core[begin];
+  if (core >= span.end) return here.begin;
+  const uint32_t w = source.word_at[core];
+  const Range there = source.words[w];
   if (begin > there.begin && source.core_end[begin] > there.begin) {
     const uint32_t place = place_inside(sides, begin, word);
     if (place != no_position) return place;
     begin = there.begin;
     core = source.next_core[begin];
   }
-  uint32_t place = std::min(target.next_core[here.begin], here.end);
-  if (place == here.end) place = here.begin;
-  const Range key = key_of(target, here), word_there = key_of(source, there);
-  const uint32_t w = source.word_at[core];
-  uint32_t part = no_position;
-  if (w > 0 && word_there.begin == there.begin &&
-      key_of(source, source.words[w - 1]).end == source.words[w - 1].end) {
-    if (is_last_part(sides, word_there, key))
-      part = key.end - length_of(word_there);
-    else if (links(evidence, w, word) && speaks_for(evidence, w - 1, word))
-      for (uint32_t i = key.begin + 1; i + 1 < key.end; i++)
-        if (is_hyphen(target.text[i])) {
-          part = i + 1;
-          break;
-        }
+  uint32_t place = target.next_core[here.begin];
+  if (place >= here.end) place = here.begin;
+  if (length_of(here) <= longest_word) {
+    const Range key = key_of(target, here), key_there = key_of(source, there);
+    const uint32_t part = begin_of_part(sides, evidence, w, word);
+    if (part != no_position)
+      place = part;
+    else if (key.begin == place && after_article(source, key_there) == key_there.begin)
+      place = after_article(target, key);
   }
-  if (part != no_position)
-    place = part;
-  else if (key.begin == place && after_article(source, word_there) == word_there.begin)
-    place = after_article(target, key);
   return take_marks_before(target, place, source, {begin, core});
 }
 
-uint32_t place_end(const Sides &sides, const Evidence &evidence, Range element, uint32_t word) {
-  const Side &source = sides.source, &target = sides.target;
+uint32_t place_end(const Sides &sides, const Evidence &evidence, Range span, uint32_t word) {
+  const auto &[source, target] = sides;
   const Range here = target.words[word];
-  uint32_t end = element.end, core = source.core_end[end];
-  if (core <= element.begin) return here.end;
-  const Range there = source.words[source.word_at[core - 1]];
+  uint32_t end = span.end, core = source.core_end[end];
+  if (core <= span.begin) return here.end;
+  const uint32_t w = source.word_at[core - 1];
+  const Range there = source.words[w];
   if (end < there.end && source.next_core[end] < there.end) {
     const uint32_t place = place_inside(sides, end, word);
     if (place != no_position) return place;
     end = there.end;
     core = source.core_end[end];
   }
-  const Range key = key_of(target, here), word_there = key_of(source, there);
-  const uint32_t w = source.word_at[core - 1];
-  if (w + 1 < source.word_count() && word_there.end == there.end) {
-    if (is_first_part(sides, word_there, key)) return key.begin + length_of(word_there);
-    if (links(evidence, w, word) && speaks_for(evidence, w + 1, word))
-      for (uint32_t i = key.end; i-- > key.begin + 1;)
-        if (is_hyphen(target.text[i])) return i;
+  if (length_of(here) <= longest_word) {
+    const uint32_t part = end_of_part(sides, evidence, w, word);
+    if (part != no_position) return part;
   }
   uint32_t place = target.core_end[here.end];
   if (place <= here.begin) place = here.end;
   return take_marks_after(target, place, source, {core, end});
 }
 
-Range keep_pairs_whole(const Sides &sides, Range element, Range placed) {
+Range keep_pairs_whole(const Sides &sides, Range span, Range placed) {
   const Side &source = sides.source, &target = sides.target;
-  const uint32_t last = element.end - 1, opener = source.partners[last];
-  if (opener != no_position && opener < last && opener >= element.begin) {
+  const uint32_t last = span.end - 1, opener = source.partners[last];
+  if (opener != no_position && opener < last && opener >= span.begin) {
     const auto &openers = target.openers[fold(source.text[last]) == ')'];
     uint32_t open = last_between(openers, placed.begin, placed.end);
     if (open == no_position)
@@ -199,8 +215,8 @@ Range keep_pairs_whole(const Sides &sides, Range element, Range placed) {
           first_between(openers, placed.end, std::min(target.next_core[placed.end], target.size()));
     if (open != no_position) placed.end = target.partners[open] + 1;
   }
-  const uint32_t closer = source.partners[element.begin];
-  if (closer != no_position && closer > element.begin && closer < element.end) {
+  const uint32_t closer = source.partners[span.begin];
+  if (closer != no_position && closer > span.begin && closer < span.end) {
     const auto &closers = target.closers[fold(source.text[closer]) == ')'];
     const uint32_t close = first_between(closers, placed.begin, placed.end);
     if (close != no_position) placed.begin = target.partners[close];

@@ -10,15 +10,15 @@ struct Sides {
   const Side &source, &target;
 };
 
-// Where an element begins that begins at `begin` in the source and in `word` in the translation.
-uint32_t place_begin(const Sides &sides, const Evidence &evidence, Range element, uint32_t word);
+// Where a span begins that begins at `begin` in the source and in `word` in the translation.
+uint32_t place_begin(const Sides &sides, const Evidence &evidence, Range span, uint32_t word);
 
 // Where it ends, when it ends in `word`.
-uint32_t place_end(const Sides &sides, const Evidence &evidence, Range element, uint32_t word);
+uint32_t place_end(const Sides &sides, const Evidence &evidence, Range span, uint32_t word);
 
-// Lets an element that ends with a closing bracket or quotation mark, and has the opening one, do
+// Lets a span that ends with a closing bracket or quotation mark, and has the opening one, do
 // so in the translation; the same for its beginning.
-Range keep_pairs_whole(const Sides &sides, Range element, Range placed);
+Range keep_pairs_whole(const Sides &sides, Range span, Range placed);
 
 // The place in the word of the translation that is like the place `at` inside a word of the source;
 // no_position when there is none.

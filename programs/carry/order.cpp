@@ -1,5 +1,5 @@
-// Elements form a tree in the source. From its leaves to its root, what one element contains is
-// parted and then taken in by the element; so every pair comes out well nested.
+// Spans form a tree in the source. From its leaves to its root, what one span contains is
+// parted and then taken in by the span; so every pair comes out well nested.
 #include "programs/carry/order.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ struct Ordering {
   Markup &markup;
   std::vector<uint32_t> first_child{}, next_child{}, order{};
 
-  Span &element(uint32_t e) const { return markup.spans[e]; }
+  Span &span(uint32_t e) const { return markup.spans[e]; }
 };
 
 bool overlap_in_source(const Span &a, const Span &b) {
@@ -31,12 +31,12 @@ Range trimmed(const Side &side, Range range, bool at_begin) {
   return range;
 }
 
-void drop(Span &element) {
-  element.dropped = true;
-  element.target.end = element.target.begin;
+void drop(Span &span) {
+  span.dropped = true;
+  span.target.end = span.target.begin;
 }
 
-// Two elements that want the same place, though both have a text of their own.
+// Two spans that want the same place, though both have a text of their own.
 void share_place(Ordering &ordering, Span &first, Span &second) {
   if (!exclude_each_other(first, second)) return;
   const Side &target = ordering.target;
@@ -73,22 +73,22 @@ void part(Ordering &ordering, Span &first, Span &second) {
   }
 }
 
-// Parts the elements of one parent, of which `first` is the first.
+// Parts the spans of one parent, of which `first` is the first.
 void part_children(Ordering &ordering, uint32_t first) {
   if (first == no_span || ordering.next_child[first] == no_span) return;
   std::vector<uint32_t> &children = ordering.order;
   children.clear();
   for (uint32_t c = first; c != no_span; c = ordering.next_child[c])
-    if (!ordering.element(c).dropped) children.push_back(c);
+    if (!ordering.span(c).dropped) children.push_back(c);
   const auto is_before = [&](uint32_t a, uint32_t b) {
-    const Range &one = ordering.element(a).target, &other = ordering.element(b).target;
+    const Range &one = ordering.span(a).target, &other = ordering.span(b).target;
     if (one.begin != other.begin) return one.begin < other.begin;
     if (one.end != other.end) return one.end > other.end;
     return a < b;
   };
   std::sort(children.begin(), children.end(), is_before);
   for (size_t i = 1; i < children.size(); i++) {
-    part(ordering, ordering.element(children[i - 1]), ordering.element(children[i]));
+    part(ordering, ordering.span(children[i - 1]), ordering.span(children[i]));
     if (is_before(children[i], children[i - 1])) std::swap(children[i - 1], children[i]);
   }
 }
@@ -104,7 +104,7 @@ void take_in(Span &parent, const Span &child) {
   parent.target.end = std::max(parent.target.end, child.target.end);
 }
 
-// What parting has taken from an element its children have lost, too.
+// What parting has taken from a span its children have lost, too.
 void keep_inside(const Span &parent, Span &child) {
   if (child.dropped) return;
   if (parent.dropped) {
@@ -117,27 +117,26 @@ void keep_inside(const Span &parent, Span &child) {
 }
 
 void settle_spans(Ordering &ordering) {
-  std::vector<Span> &elements = ordering.markup.spans;
-  const auto count = static_cast<uint32_t>(elements.size());
+  std::vector<Span> &spans = ordering.markup.spans;
+  const auto count = static_cast<uint32_t>(spans.size());
   std::vector<uint32_t> &first_child = ordering.first_child, &next = ordering.next_child;
   first_child.assign(count + 1, no_span);  // the last one: of the sentence
   next.assign(count, no_span);
   for (uint32_t e = count; e-- > 0;) {
-    const bool outermost = elements[e].parent == no_span;
-    if (!outermost) take_in(elements[elements[e].parent], elements[e]);
-    uint32_t &first = first_child[outermost ? count : elements[e].parent];
+    const bool outermost = spans[e].parent == no_span;
+    if (!outermost) take_in(spans[spans[e].parent], spans[e]);
+    uint32_t &first = first_child[outermost ? count : spans[e].parent];
     next[e] = first;
     first = e;
   }
   part_children(ordering, first_child[count]);
   for (uint32_t e = 0; e < count; e++) {
-    for (uint32_t c = first_child[e]; c != no_span; c = next[c])
-      keep_inside(elements[e], elements[c]);
+    for (uint32_t c = first_child[e]; c != no_span; c = next[c]) keep_inside(spans[e], spans[c]);
     part_children(ordering, first_child[e]);
   }
 }
 
-// Points inside an element stay inside it.
+// Points inside a span stay inside it.
 void keep_points_inside(Markup &markup) {
   for (Point &point : markup.points) {
     uint32_t parent = point.parent;
@@ -149,7 +148,7 @@ void keep_points_inside(Markup &markup) {
   }
 }
 
-// Halves of elements come in the order of the page, and at the edge of an outermost element that
+// Halves of spans come in the order of the page, and at the edge of an outermost span that
 // they would tear.
 void settle_halves(Ordering &ordering) {
   Markup &markup = ordering.markup;
@@ -168,10 +167,10 @@ void settle_halves(Ordering &ordering) {
       return markup.spans[e].target.begin < point.target;
     });
     if (next != outer.begin()) {
-      const Span &element = markup.spans[*(next - 1)];
-      if (point.target < element.target.end) {
-        const bool to_begin = point.source <= element.source.begin && element.target.begin >= least;
-        point.target = to_begin ? element.target.begin : element.target.end;
+      const Span &span = markup.spans[*(next - 1)];
+      if (point.target < span.target.end) {
+        const bool to_begin = point.source <= span.source.begin && span.target.begin >= least;
+        point.target = to_begin ? span.target.begin : span.target.end;
       }
     }
     least = point.target;
@@ -182,8 +181,9 @@ void settle_halves(Ordering &ordering) {
 struct Writer {
   const Markup &markup;
   std::vector<Code> &codes;
-  std::vector<uint32_t> open{};  // from the outermost to the innermost
-  // Points at the edges of the element that they are in, by element: the first, and the next.
+  std::vector<uint32_t> open{};                    // from the outermost to the innermost
+  std::vector<int32_t> fonts[font_group_count]{};  // the open ones of each group
+  // Points at the edges of the span that they are in, by span: the first, and the next.
   std::vector<uint32_t> at_begin{}, at_end{}, next{};
   bool crossing = false;
 
@@ -194,35 +194,36 @@ struct Writer {
 };
 
 void open_span(Writer &writer, uint32_t e) {
-  const Span &element = writer.markup.spans[e];
-  const uint32_t at = element.target.begin;
+  const Span &span = writer.markup.spans[e];
+  const uint32_t at = span.target.begin;
   if (!writer.open.empty())
-    writer.crossing |= writer.markup.spans[writer.open.back()].target.end < element.target.end;
-  writer.codes.push_back({at, element.number, element.group});
+    writer.crossing |= writer.markup.spans[writer.open.back()].target.end < span.target.end;
+  writer.codes.push_back({at, span.number, span.group});
   writer.open.push_back(e);
+  if (span.is_font()) writer.fonts[span.group].push_back(span.number);
   writer.write_points(at, writer.at_begin[e]);
 }
 
-// The font of a group that the innermost open element has, or 0.
-int32_t open_font(const Writer &writer, int group) {
-  for (auto e = writer.open.rbegin(); e != writer.open.rend(); ++e)
-    if (const Span &span = writer.markup.spans[*e]; span.group == group) return span.number;
-  return 0;
+// Closes a font; the result is the one of its group that is around it, or 0.
+int32_t close_font(Writer &writer, const Span &font) {
+  std::vector<int32_t> &fonts = writer.fonts[font.group];
+  fonts.erase(std::find(fonts.rbegin(), fonts.rend(), font.number).base() - 1);
+  return fonts.empty() ? 0 : fonts.back();
 }
 
 void close_span(Writer &writer, size_t place) {
   const uint32_t e = writer.open[place];
-  const Span &element = writer.markup.spans[e];
-  const uint32_t at = element.target.end;
+  const Span &span = writer.markup.spans[e];
+  const uint32_t at = span.target.end;
   writer.write_points(at, writer.at_end[e]);
   writer.open.erase(writer.open.begin() + static_cast<std::ptrdiff_t>(place));
-  if (element.is_font())
-    writer.codes.push_back({at, open_font(writer, element.group), element.group});
+  if (span.is_font())
+    writer.codes.push_back({at, close_font(writer, span), span.group});
   else
-    writer.codes.push_back({at, element.closer});
+    writer.codes.push_back({at, span.closer});
 }
 
-// The place of the open element that ends first, the innermost of those.
+// The place of the open span that ends first, the innermost of those.
 size_t first_to_end(const Writer &writer) {
   size_t first = writer.open.size() - 1;
   if (!writer.crossing) return first;
@@ -242,7 +243,7 @@ void close_until(Writer &writer, uint32_t at) {
   }
 }
 
-// Sorts the points into those at the edges of their element, and the others.
+// Sorts the points into those at the edges of their span, and the others.
 void sort_points(Writer &writer, std::vector<uint32_t> &others) {
   const Markup &markup = writer.markup;
   writer.at_begin.assign(markup.spans.size(), no_span);
@@ -271,7 +272,7 @@ void sort_points(Writer &writer, std::vector<uint32_t> &others) {
   });
 }
 
-// Elements from the outside to the inside.
+// Spans from the outside to the inside.
 void sort_spans(const Markup &markup, std::vector<uint32_t> &order) {
   for (uint32_t e = 0; e < markup.spans.size(); e++)
     if (!markup.spans[e].dropped) order.push_back(e);
@@ -293,20 +294,19 @@ void settle_order(const Side &source, const Side &target, Markup &markup) {
 void write_codes(const Markup &markup, std::vector<Code> &codes) {
   codes.clear();
   Writer writer{markup, codes};
-  std::vector<uint32_t> points, elements;
+  std::vector<uint32_t> points, spans;
   sort_points(writer, points);
-  sort_spans(markup, elements);
-  auto point = points.begin(), element = elements.begin();
-  while (point != points.end() || element != elements.end()) {
+  sort_spans(markup, spans);
+  auto point = points.begin(), span = spans.begin();
+  while (point != points.end() || span != spans.end()) {
     const uint32_t point_at = point != points.end() ? markup.points[*point].target : no_position;
-    const uint32_t begin =
-        element != elements.end() ? markup.spans[*element].target.begin : no_position;
+    const uint32_t begin = span != spans.end() ? markup.spans[*span].target.begin : no_position;
     const uint32_t at = std::min(point_at, begin);
     close_until(writer, at);
     if (point_at <= begin)
       codes.push_back({at, markup.points[*point++].number});
     else
-      open_span(writer, *element++);
+      open_span(writer, *span++);
   }
   close_until(writer, no_position);
 }

@@ -1,4 +1,4 @@
-// Brings the places of the elements and points of a sentence into an order that can be written.
+// Brings the places of the spans and points of a sentence into an order that can be written.
 #pragma once
 
 #include "programs/carry/evidence.h"
@@ -6,11 +6,11 @@
 
 namespace klib::programs {
 
-// Lets elements contain what they contain in the source, keeps those apart that are apart there,
-// and moves points to where no element that does not contain them is torn by them.
+// Lets spans contain what they contain in the source, keeps those apart that are apart there,
+// and moves points to where no span that does not contain them is torn by them.
 void settle_order(const Side &source, const Side &target, Markup &markup);
 
-// Writes the codes of the elements and points to `codes`, in their order.
+// Writes the codes of the spans and points to `codes`, in their order.
 void write_codes(const Markup &markup, std::vector<Code> &codes);
 
 }  // namespace klib::programs

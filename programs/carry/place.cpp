@@ -16,7 +16,7 @@ void place_markup(const std::vector<Link> &alignment, Placement &placement) {
   constexpr size_t rounds = 64;  // of nesting that are looked at as a whole
   Projection projection{sides, placement.evidence, markup.spans,
                         rounds * (alignment.size() + placement.source.word_count() + 64)};
-  for (Span &element : markup.spans) project(projection, element);
+  for (Span &span : markup.spans) project(projection, span);
   place_points(sides, placement.evidence, markup.points);
   settle_order(placement.source, placement.target, markup);
   write_codes(markup, placement.codes);
@@ -24,10 +24,10 @@ void place_markup(const std::vector<Link> &alignment, Placement &placement) {
     put_kept_back(placement.source, placement.evidence, markup, placement.target, placement.codes);
   placement.dropped_fonts = markup.lost_fonts;
   placement.fallback_anchors = 0;
-  for (const Span &element : markup.spans) {
-    if (element.is_font())
-      placement.dropped_fonts += element.dropped;
-    else if (element.fallback)
+  for (const Span &span : markup.spans) {
+    if (span.is_font())
+      placement.dropped_fonts += span.dropped;
+    else if (span.fallback)
       placement.fallback_anchors += 2;
   }
   for (const Point &point : markup.points) placement.fallback_anchors += point.fallback;

@@ -9,8 +9,9 @@
 namespace klib::programs {
 namespace {
 
-constexpr uint32_t cut_reach = 4;     // words on each side of a cut
-constexpr uint32_t phrase_reach = 8;  // words before a mark that may belong to the same phrase
+constexpr uint32_t cut_reach = 4;         // words on each side of a cut
+constexpr uint32_t phrase_reach = 8;      // words before a mark that may belong to the same phrase
+constexpr uint32_t longest_phrase = 500;  // characters
 constexpr size_t links_looked_at = 16;
 
 // Where the places of the source are that both texts share from the beginning, or from the end.
@@ -83,7 +84,8 @@ uint32_t before_mark(const Placing &placing, uint32_t place, uint32_t w, char32_
            });
   };
   const uint32_t begin = target.word_at[place - 1];
-  for (uint32_t i = place; i < target.size(); i++) {
+  const uint32_t end = std::min(target.size(), place + longest_phrase);
+  for (uint32_t i = place; i < end; i++) {
     if (target.kinds[i] == CharKind::mark && !is_hyphen(target.text[i]) &&
         !is_apostrophe(target.text[i]))
       return fold(target.text[i]) == fold(mark) ? target.core_end[i] : place;

@@ -1,6 +1,6 @@
-// The text of an element that is in the translation as it is belongs there. Other elements go to
+// The text of a span that is in the translation as it is belongs there. Other spans go to
 // the stretch of the translation for which most speaks: each word that is aligned with one inside
-// the element speaks for it, each word between that is aligned with others speaks against it, and
+// the span speaks for it, each word between that is aligned with others speaks against it, and
 // each that is aligned with nothing a little. So a stray pair of the alignment, far from the rest,
 // moves nothing, and a gap is filled unless its words clearly belong to something else.
 #include "programs/carry/projection.h"
@@ -10,7 +10,8 @@
 namespace klib::programs {
 namespace {
 
-constexpr uint32_t longest_reach = 8;  // words
+constexpr uint32_t longest_reach = 8;    // words
+constexpr uint32_t longest_text = 1000;  // characters of a text that is looked for as it is
 constexpr uint32_t words_at_edges = 16;
 constexpr size_t links_at_edges = 16;
 
@@ -18,18 +19,18 @@ struct Words {  // from the first to the last
   uint32_t first, last;
 };
 
-// The words that an element has letters or digits of, or all of its words when it has none.
-Words words_of(const Side &source, Range element) {
-  uint32_t begin = source.next_core[element.begin], end = source.core_end[element.end];
-  if (begin >= end || begin >= element.end) begin = element.begin, end = element.end;
+// The words that a span has letters or digits of, or all of its words when it has none.
+Words words_of(const Side &source, Range span) {
+  uint32_t begin = source.next_core[span.begin], end = source.core_end[span.end];
+  if (begin >= end || begin >= span.end) begin = span.begin, end = span.end;
   return {source.word_at[begin], source.word_at[end - 1]};
 }
 
-// Whether the text of a piece goes on as the element does.
-bool is_text_of(const Sides &sides, Range element, uint32_t begin) {
-  const uint32_t length = element.end - element.begin;
+// Whether the text of a piece goes on as the span does.
+bool is_text_of(const Sides &sides, Range span, uint32_t begin) {
+  const uint32_t length = span.end - span.begin;
   if (length > sides.target.size() - begin) return false;
-  return sides.source.view(element) == sides.target.view({begin, begin + length});
+  return sides.source.view(span) == sides.target.view({begin, begin + length});
 }
 
 // Whether nothing goes on that would be part of the same word.
@@ -43,11 +44,12 @@ bool ends_there(const Side &side, uint32_t end) {
 }
 
 // The occurrence of the text in the translation that the alignment names or that is as many-th as
-// the element's in the source.
-bool find_same_text(Projection &projection, Range element, Range &found) {
+// the span's in the source.
+bool find_same_text(Projection &projection, Range span, Range &found) {
   const auto &[source, target] = projection.sides;
   const Evidence &evidence = projection.evidence;
-  const Range text = key_of(source, element);
+  const Range text = key_of(source, span);
+  if (text.end - text.begin > longest_text) return false;
   const uint32_t first_end = std::min(text.end, source.words[source.word_at[text.begin]].end);
   const Range first = key_of(source, {text.begin, first_end});
   if (first.begin != text.begin) return false;
@@ -67,7 +69,7 @@ bool find_same_text(Projection &projection, Range element, Range &found) {
     in_words |= piece.range.begin == text.begin;
   }
   const auto pieces = find_pieces(evidence.target_pieces, source.view(first));
-  const Words words = words_of(source, element);
+  const Words words = words_of(source, span);
   const TextPiece *named = nullptr, *ordinal = nullptr, *only = nullptr;
   for (const TextPiece &piece : pieces) {
     if (!is_it(target, piece)) continue;
@@ -87,26 +89,26 @@ bool find_same_text(Projection &projection, Range element, Range &found) {
     piece = named ? named : count == 1 ? only : count > in_source ? ordinal : nullptr;
   if (!piece) return false;
   const uint32_t begin = piece->range.begin;
-  found.begin = take_marks_before(target, begin, source, {element.begin, text.begin});
+  found.begin = take_marks_before(target, begin, source, {span.begin, text.begin});
   found.end =
-      take_marks_after(target, begin + (text.end - text.begin), source, {text.end, element.end});
+      take_marks_after(target, begin + (text.end - text.begin), source, {text.end, span.end});
   return true;
 }
 
-// Collects the words of the translation that are aligned with words of the element.
-void gather(Projection &projection, Range element, Words words) {
+// Collects the words of the translation that are aligned with words of the span.
+void gather(Projection &projection, Range span, Words words) {
   const Side &source = projection.sides.source;
   const Evidence &evidence = projection.evidence;
   auto &inside = projection.inside;
   inside.clear();
-  const uint32_t core_begin = source.next_core[element.begin];
-  const bool has_core = core_begin < element.end;
+  const uint32_t core_begin = source.next_core[span.begin];
+  const bool has_core = core_begin < span.end;
   const bool few = projection.work_left == 0;
   for (uint32_t w = words.first; w <= words.last; w++) {
     if (few && w == words.first + words_at_edges && w + words_at_edges <= words.last)
       w = words.last - words_at_edges + 1;
-    const Range word{std::max(source.words[w].begin, element.begin),
-                     std::min(source.words[w].end, element.end)};
+    const Range word{std::max(source.words[w].begin, span.begin),
+                     std::min(source.words[w].end, span.end)};
     if (has_core && !source.has_core(word)) continue;
     auto targets = evidence.targets_of(w);
     if (few && targets.size() > links_at_edges) targets = targets.first(links_at_edges);
@@ -129,7 +131,7 @@ void gather(Projection &projection, Range element, Words words) {
 }
 
 // The stretch of words with the largest sum. It costs a word to go beyond the end of a sentence, if
-// the element does not.
+// the span does not.
 Words best_stretch(const Projection &projection, Words words) {
   const std::vector<int64_t> &cost = projection.evidence.cost;
   const std::vector<uint32_t> &ends = projection.sides.target.ends_before;
@@ -157,13 +159,13 @@ char32_t mark_after(const Side &side, uint32_t word) {
   return mark < range.end ? fold(side.text[mark]) : 0;
 }
 
-// Words that are aligned with nothing belong to the element when they stand between it and a mark
+// Words that are aligned with nothing belong to the span when they stand between it and a mark
 // that stands there in the source, too.
-void reach_to_marks(const Projection &projection, Range element, Words &words) {
+void reach_to_marks(const Projection &projection, Range span, Words &words) {
   const auto &[source, target] = projection.sides;
   const Evidence &evidence = projection.evidence;
-  const uint32_t first = source.word_at[element.begin], last = source.word_at[element.end - 1];
-  if (first > 0 && element.begin == source.words[first].begin) {
+  const uint32_t first = source.word_at[span.begin], last = source.word_at[span.end - 1];
+  if (first > 0 && span.begin == source.words[first].begin) {
     const char32_t mark = mark_after(source, first - 1);
     uint32_t w = words.first;
     const uint32_t limit = w - std::min(w, longest_reach);
@@ -173,8 +175,8 @@ void reach_to_marks(const Projection &projection, Range element, Words &words) {
     }
   }
   const Range word = source.words[last];
-  if (element.end < word.end && source.next_core[element.end] >= word.end) {
-    const char32_t mark = fold(source.text[element.end]);
+  if (span.end < word.end && source.next_core[span.end] >= word.end) {
+    const char32_t mark = fold(source.text[span.end]);
     uint32_t w = words.last;
     const uint32_t limit = std::min(w + longest_reach, target.word_count() - 1);
     while (w < limit && mark_after(target, w) == 0 && evidence.sources_of(w + 1).empty()) w++;
@@ -182,10 +184,9 @@ void reach_to_marks(const Projection &projection, Range element, Words &words) {
   }
 }
 
-// An element without aligned words goes around the unaligned words between the translations of its
+// A span without aligned words goes around the unaligned words between the translations of its
 // neighbours, a pair of anchors else around the word of the nearest of them.
-bool find_by_neighbours(const Projection &projection, const Span &element, Words words,
-                        Words &found) {
+bool find_by_neighbours(const Projection &projection, const Span &span, Words words, Words &found) {
   const auto &[source, target] = projection.sides;
   const Evidence &evidence = projection.evidence;
   const uint32_t before = evidence.aligned_before[words.first];
@@ -202,11 +203,11 @@ bool find_by_neighbours(const Projection &projection, const Span &element, Words
       return true;
     }
   }
-  if (element.is_font()) return false;
+  if (span.is_font()) return false;
   bool to_right =
       before == no_position || (after != no_position && after - words.last <= words.first - before);
-  if (element.parent != no_span && before != no_position && after != no_position) {
-    const Range around = projection.spans[element.parent].source;
+  if (span.parent != no_span && before != no_position && after != no_position) {
+    const Range around = projection.spans[span.parent].source;
     const bool before_is_in = source.words[before].end > around.begin;
     const bool after_is_in = source.words[after].begin < around.end;
     if (before_is_in != after_is_in) to_right = after_is_in;
@@ -228,9 +229,9 @@ Words whole_translation(const Side &target) {
   return {target.word_at[target.next_core[0]], target.word_at[target.core_end[size] - 1]};
 }
 
-bool find_words(Projection &projection, Span &element, Words &found) {
+bool find_words(Projection &projection, Span &span, Words &found) {
   const Side &source = projection.sides.source;
-  const Range range = element.source;
+  const Range range = span.source;
   const bool has_core = source.has_core(range);
   if (has_core && source.core_end[range.begin] == 0 &&
       source.next_core[range.end] == source.size()) {
@@ -240,8 +241,8 @@ bool find_words(Projection &projection, Span &element, Words &found) {
   const Words words = words_of(source, range);
   gather(projection, range, words);
   if (projection.inside.empty()) {
-    element.fallback = true;
-    return find_by_neighbours(projection, element, words, found);
+    span.fallback = true;
+    return find_by_neighbours(projection, span, words, found);
   }
   found = best_stretch(projection, words);
   reach_to_marks(projection, range, found);
@@ -250,20 +251,20 @@ bool find_words(Projection &projection, Span &element, Words &found) {
 
 }  // namespace
 
-void project(Projection &projection, Span &element) {
+void project(Projection &projection, Span &span) {
   const Sides &sides = projection.sides;
-  if (find_same_text(projection, element.source, element.target)) return;
+  if (find_same_text(projection, span.source, span.target)) return;
   Words words;
-  if (!find_words(projection, element, words)) {
-    element.dropped = true;
+  if (!find_words(projection, span, words)) {
+    span.dropped = true;
     return;
   }
-  Range placed{place_begin(sides, projection.evidence, element.source, words.first),
-               place_end(sides, projection.evidence, element.source, words.last)};
-  placed = keep_pairs_whole(sides, element.source, placed);
+  Range placed{place_begin(sides, projection.evidence, span.source, words.first),
+               place_end(sides, projection.evidence, span.source, words.last)};
+  placed = keep_pairs_whole(sides, span.source, placed);
   if (placed.empty())
     placed = {sides.target.words[words.first].begin, sides.target.words[words.last].end};
-  element.target = placed;
+  span.target = placed;
 }
 
 }  // namespace klib::programs

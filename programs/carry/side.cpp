@@ -7,6 +7,7 @@ namespace klib::programs {
 namespace {
 
 constexpr int quotes = 0, brackets = 1;
+constexpr uint32_t most_marks = 16;  // around a word that are looked at
 
 // Quotation marks that come in pairs; the single ones may be apostrophes.
 bool is_quote(char32_t c) {
@@ -139,6 +140,7 @@ Range key_of(const Side &side, Range range) {
 }
 
 uint32_t take_marks_before(const Side &side, uint32_t position, const Side &from, Range marks) {
+  marks.begin = std::max(marks.begin, marks.end - std::min(marks.end, most_marks));
   for (uint32_t i = marks.end; i-- > marks.begin;) {
     if (from.is_blank(i)) continue;
     uint32_t before = position;
@@ -150,6 +152,7 @@ uint32_t take_marks_before(const Side &side, uint32_t position, const Side &from
 }
 
 uint32_t take_marks_after(const Side &side, uint32_t position, const Side &from, Range marks) {
+  marks.end = std::min(marks.end, marks.begin + most_marks);
   for (uint32_t i = marks.begin; i < marks.end; i++) {
     if (from.is_blank(i)) continue;
     uint32_t next = position;

@@ -24,7 +24,7 @@ struct Side {
   std::u32string text;
   std::vector<Range> words;  // of the alignment: not empty, in order, only blanks between them
 
-  // Found by survey(). The first has an element for each character, the others one more.
+  // Found by survey(). The first has a span for each character, the others one more.
   std::vector<CharKind> kinds;
   std::vector<uint32_t> word_at;    // the word that the character is in, or else the next one
   std::vector<uint32_t> next_core;  // the first letter or digit from here on, or the end
@@ -55,8 +55,9 @@ void survey(Side &side);
 // or all of it when there is nothing else.
 Range key_of(const Side &side, Range range);
 
-// Takes the marks of `from`, the innermost first, in `side` before `position`, as far as they are
-// there; the result is the position before the last one taken. Blanks between them do not count.
+// Takes the marks of `from`, the innermost first, in `side` before `position`, leaving out those
+// that are not there; the result is the position before the last one taken. Blanks between them do
+// not count.
 uint32_t take_marks_before(const Side &side, uint32_t position, const Side &from, Range marks);
 // The same after `position`.
 uint32_t take_marks_after(const Side &side, uint32_t position, const Side &from, Range marks);

@@ -15,7 +15,7 @@ struct Reader {
   const Side &source;
   AnchorKinds *kinds;
   Markup &markup;
-  uint32_t selected[font_group_count];  // the element of each group's font
+  uint32_t selected[font_group_count];  // the span of each group's font
 
   std::vector<Span> &spans() const { return markup.spans; }
 };
@@ -25,20 +25,20 @@ uint32_t innermost(const Reader &reader) {
 }
 
 uint32_t open_span(Reader &reader, uint32_t at, int32_t number, int group) {
-  const auto element = static_cast<uint32_t>(reader.spans().size());
+  const auto span = static_cast<uint32_t>(reader.spans().size());
   reader.spans().push_back({{at, not_closed}, number, 0, group, innermost(reader)});
-  reader.markup.open.push_back(element);
-  return element;
+  reader.markup.open.push_back(span);
+  return span;
 }
 
-// Elements that cross this one are no longer inside it.
+// Spans that cross this one are no longer inside it.
 void close_span(Reader &reader, uint32_t closed, uint32_t at) {
   std::vector<uint32_t> &open = reader.markup.open;
-  Span &element = reader.spans()[closed];
-  element.source.end = at;
+  Span &span = reader.spans()[closed];
+  span.source.end = at;
   const auto place = std::find(open.rbegin(), open.rend(), closed).base() - 1;
   for (auto inner = place + 1; inner != open.end(); ++inner)
-    if (reader.spans()[*inner].parent == closed) reader.spans()[*inner].parent = element.parent;
+    if (reader.spans()[*inner].parent == closed) reader.spans()[*inner].parent = span.parent;
   open.erase(place);
 }
 
@@ -97,30 +97,30 @@ void take_anchor(Reader &reader, const Code &code) {
   }
 }
 
-// Takes blanks off the edges; an element without text is none, but its anchors are points.
+// Takes blanks off the edges; a span without text is none, but its anchors are points.
 void take_empty_spans_out(Reader &reader) {
   Markup &markup = reader.markup;
   std::vector<uint32_t> renumbered(markup.spans.size());
   std::vector<Point> points;
   uint32_t kept = 0;
   for (uint32_t e = 0; e < markup.spans.size(); e++) {
-    Span element = markup.spans[e];
-    Range &range = element.source;
+    Span span = markup.spans[e];
+    Range &range = span.source;
     const bool unclosed = range.end == not_closed;
     const uint32_t end = unclosed ? reader.source.size() : range.end, begin = range.begin;
     if (unclosed) range.end = end;
     while (!range.empty() && reader.source.is_blank(range.begin)) range.begin++;
     while (!range.empty() && reader.source.is_blank(range.end - 1)) range.end--;
-    if (element.parent != no_span) element.parent = renumbered[element.parent];
-    renumbered[e] = element.parent;
-    if (!range.empty() && (element.is_font() || !unclosed)) {
+    if (span.parent != no_span) span.parent = renumbered[span.parent];
+    renumbered[e] = span.parent;
+    if (!range.empty() && (span.is_font() || !unclosed)) {
       renumbered[e] = kept;
-      markup.spans[kept++] = element;
-    } else if (element.is_font()) {
+      markup.spans[kept++] = span;
+    } else if (span.is_font()) {
       markup.lost_fonts++;
     } else {
-      points.push_back({begin, element.number, Point::single, element.parent});
-      if (!unclosed) points.push_back({end, element.closer, Point::single, element.parent});
+      points.push_back({begin, span.number, Point::single, span.parent});
+      if (!unclosed) points.push_back({end, span.closer, Point::single, span.parent});
     }
   }
   markup.spans.resize(kept);

@@ -1,4 +1,4 @@
-// The markup of a sentence as elements around stretches of its text, and points between characters.
+// The markup of a sentence as spans around stretches of its text, and points between characters.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,7 @@ struct Span {
   int32_t number;         // of the font or the opening anchor
   int32_t closer;         // the closing anchor, or 0
   int group;              // of a font, else -1
-  uint32_t parent;        // the innermost element around it, which comes before it, or no_span
+  uint32_t parent;        // the innermost span around it, which comes before it, or no_span
   Range target{};         // where it goes
   bool dropped = false;   // a font that has no place
   bool fallback = false;  // none of its words is aligned
@@ -30,12 +30,12 @@ struct Span {
 
 // An anchor by itself.
 struct Point {
-  // What is said of its element, the other half of which is in another sentence.
+  // What is said of its span, the other half of which is in another sentence.
   enum Role { single, opens_out, closes_from };
   uint32_t source;
   int32_t number;
   Role role;
-  uint32_t parent;  // the innermost element around it, or no_span
+  uint32_t parent;  // the innermost span around it, or no_span
   uint32_t target = 0;
   bool fallback = false;  // it had to go to other words than its own
 };
@@ -45,8 +45,7 @@ struct Markup {
   std::vector<Point> points;  // in their order
   int64_t lost_fonts = 0;     // fonts without any text
 
-  std::unordered_map<int32_t, uint32_t>
-      pairs;  // room for read_markup(): elements by opening anchor
+  std::unordered_map<int32_t, uint32_t> pairs;  // room for read_markup(): spans by opening anchor
   std::vector<uint32_t> open;
 };
 
