@@ -172,9 +172,10 @@ uint64_t hash_of(std::u32string_view text) {
 std::span<const TextPiece> find_pieces(const std::vector<TextPiece> &pieces,
                                        std::u32string_view text) {
   const uint64_t hash = hash_of(text);
-  const auto range = std::ranges::equal_range(pieces, hash, {}, &TextPiece::hash);
-  if (range.size() > most_alike) return {};
-  return {range.begin(), range.end()};
+  const auto first = std::ranges::lower_bound(pieces, hash, {}, &TextPiece::hash);
+  const auto last = std::ranges::upper_bound(pieces, hash, {}, &TextPiece::hash);
+  if (static_cast<size_t>(last - first) > most_alike) return {};
+  return {first, last};
 }
 
 void weigh_evidence(const Side &source, const Side &target, const std::vector<Link> &alignment,
