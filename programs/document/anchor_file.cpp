@@ -51,7 +51,7 @@ int32_t little_endian(const char *bytes) {
   return static_cast<int32_t>(value);
 }
 
-bool is_kind(char c) { return c != '\0' && strchr("=*()<>[]@", c) != nullptr; }
+bool is_kind(char c) { return c != '\0' && strchr("=*()<>[]@&", c) != nullptr; }
 
 }  // namespace
 

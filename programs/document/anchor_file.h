@@ -20,7 +20,8 @@ struct Anchor {
     closes_from = '>',  // a closing tag that was opened before its sentence
     kept = '[',         // a piece of a sentence that comes back as it is, up to its end
     kept_end = ']',     // where that piece ends
-    value = '@'         // the next frame is the text of slots with this number
+    value = '@',        // the next frame is the text of slots with this number
+    spelling = '&'      // how characters that cannot be seen are written from here on
   };
   Kind kind;
   int32_t partner;  // of a closing tag of a pair and the end of a piece: the number of the first

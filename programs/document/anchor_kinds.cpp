@@ -80,7 +80,7 @@ AnchorKinds::Entry AnchorKinds::find(int32_t number) {
   if (begin >= end) fail_at(number);
   const auto length = std::min(static_cast<size_t>(end - begin), longest_start);
   const std::string_view start = read(text_, begin, length);
-  if (start.empty() || strchr("=*()<>[]@", start[0]) == nullptr || start[0] == '\0')
+  if (start.empty() || strchr("=*()<>[]@&", start[0]) == nullptr || start[0] == '\0')
     fail_at(number);
   Entry entry{static_cast<Anchor::Kind>(start[0]), 0};
   if (entry.kind == Anchor::close || entry.kind == Anchor::kept_end) {

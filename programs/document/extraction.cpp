@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "programs/common/job_header.h"
 #include "programs/common/output_file.h"
@@ -13,6 +14,7 @@
 #include "programs/common/utf8.h"
 #include "programs/document/anchor_writer.h"
 #include "programs/document/slots.h"
+#include "programs/document/spellings.h"
 
 namespace klib::programs {
 namespace {
@@ -58,8 +60,11 @@ struct Extraction {
   std::vector<Slot> slots{};
   size_t next_slot = 0;                                  // the first that is not in the files
   std::unordered_map<std::u32string, int32_t> values{};  // the anchors of the texts of slots
-  std::vector<Value> due{};                              // texts that have not been written
-  ContentMark mark;                                      // of the sentences
+  Spellings spellings{kind};
+  bool has_spellings = false;               // whether the document has references of that kind
+  std::vector<std::string_view> spelled{};  // in the sentence
+  std::vector<Value> due{};                 // texts that have not been written
+  ContentMark mark;                         // of the sentences
 
   Extraction(const DocumentKind &document_kind, const Document &taken, const CodePage &code_page,
              const JobHeader &header, const char *name)
@@ -278,6 +283,35 @@ void add_kept_piece(Extraction &job, const FrameItems &look, size_t begin, size_
   job.sentence.add_anchor(job.anchors.add(Anchor::kept_end, "", number));
 }
 
+// Writes how the sentence has its characters that cannot be seen, when that is new.
+void write_spellings(Extraction &job) {
+  if (!job.spellings.are_in_force(job.spelled)) {
+    std::string record, line;
+    for (const std::string_view spelling : job.spelled)
+      record.append(record.empty() ? "" : " ").append(spelling);
+    append_anchor(job.anchors.add(Anchor::spelling, record), line);
+    job.kti.write(line += '\n');
+    job.spellings.take(record);
+    job.spellings.end_frame();
+  }
+  job.spelled.clear();
+}
+
+// Writes the first spelling of each character that the document has a reference for.
+void begin_spellings(Extraction &job) {
+  job.kind.find_spellings(job.document.text, job.spelled);
+  std::vector<std::string_view> first;
+  std::unordered_set<std::u32string> seen;
+  for (const std::string_view spelling : job.spelled) {
+    std::u32string character;
+    job.kind.read_text(spelling, character);
+    if (spelling.starts_with('&') && seen.insert(character).second) first.push_back(spelling);
+  }
+  job.has_spellings = !first.empty();
+  job.spelled = first;
+  write_spellings(job);
+}
+
 void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &frame) {
   write_between(job, items[frame.first].begin, items.front().begin);
   job.sentence.clear();
@@ -291,9 +325,13 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
     } else if (look.item(i).is_markup()) {
       i = add_markup(job, look, i);
     } else {
-      add_text(job, look.item(i));
+      const Item &item = look.item(i);
+      add_text(job, item);
+      if (job.has_spellings && item.kind == Item::text)
+        job.kind.find_spellings(job.raw(item.begin, item.end), job.spelled);
     }
   }
+  write_spellings(job);
   job.written = items[frame.last - 1].end;
   write_sentence(job);
   write_values(job, job.written);
@@ -324,6 +362,7 @@ void extract_document(const DocumentKind &kind, const Document &document, const 
                             std::string(kind.name), document.encoding};
   Extraction job(kind, document, page, header, name);
   init_kti_format(1);
+  begin_spellings(job);
   kind.split(
       document, page, wishes, job.slots,
       [&](const std::vector<Item> &items, const Frame &frame) { add_frame(job, items, frame); });

@@ -83,6 +83,10 @@ struct DocumentKind {
   // bare_flag (common/sentence.h).
   void (*read_text)(std::string_view raw, std::u32string &text);
 
+  // Appends how each character of a text that cannot be seen is written: itself or a reference.
+  // False when all are themselves.
+  bool (*find_spellings)(std::string_view raw, std::vector<std::string_view> &spellings);
+
   // Appends a character of a sentence as the document has it.
   void (*write_character)(char32_t character, std::string &text);
 

@@ -14,10 +14,12 @@
 #include "programs/common/program.h"
 #include "programs/common/sentence.h"
 #include "programs/common/sentence_file.h"
+#include "programs/common/utf8.h"
 #include "programs/document/anchor_file.h"
 #include "programs/document/nesting.h"
 #include "programs/document/sentence_markup.h"
 #include "programs/document/slots.h"
+#include "programs/document/spellings.h"
 
 namespace klib::programs {
 namespace {
@@ -47,7 +49,8 @@ struct Merge {
   SentenceMarkup markup;
   std::string text, encoded;
   std::unordered_map<int32_t, std::u32string> values{};  // the texts of slots
-  int32_t value = 0;   // the anchor of the text that is next, or 0
+  int32_t value = 0;  // the anchor of the text that is next, or 0
+  Spellings spellings{kind};
   std::string held{};  // what waits for the texts of its slots
   int64_t frames = 0;
 
@@ -67,8 +70,20 @@ void write_encoded(Merge &job, std::string_view text) {
   job.result.write(job.encoded);
 }
 
+// Appends a text as the value of an attribute.
+void write_value(Merge &job, std::string_view written, std::u32string_view text,
+                 std::string &result) {
+  std::string value;
+  job.kind.write_value(written, text, value);
+  for (size_t i = 0; i < value.size();) {
+    const size_t begin = i;
+    const std::string_view spelling = job.spellings.next(next_utf8(value, i));
+    result += spelling.empty() ? std::string_view(value).substr(begin, i - begin) : spelling;
+  }
+}
+
 // Appends what comes in the place of a slot; false when its text is not known yet.
-bool fill(const Merge &job, const SlotPlace &slot, std::string &result) {
+bool fill(Merge &job, const SlotPlace &slot, std::string &result) {
   const JobHeader &header = job.sentences.header();
   if (slot.key == "lang" || slot.key == "dir") {
     if (header.target.empty() || header.target == header.language)
@@ -86,7 +101,7 @@ bool fill(const Merge &job, const SlotPlace &slot, std::string &result) {
   if (value->second.empty() || value->second == as_written)
     result += slot.written;
   else
-    job.kind.write_value(slot.written, value->second, result);
+    write_value(job, slot.written, value->second, result);
   return true;
 }
 
@@ -159,6 +174,15 @@ void write_code(const Merge &job, const Code &code, bool closers_are_written,
   }
 }
 
+void write_character(Merge &job, char32_t c, std::string &text) {
+  const std::string_view spelling =
+      job.spellings.are_all_themselves() ? std::string_view() : job.spellings.next(c);
+  if (spelling.empty())
+    job.kind.write_character(c, text);
+  else
+    text += spelling;
+}
+
 // Writes the characters of the sentence from `begin` to before `end`.
 void write_characters(Merge &job, size_t begin, size_t end, NestedWriter &writer) {
   const std::u32string &text = job.sentence.text;
@@ -172,7 +196,7 @@ void write_characters(Merge &job, size_t begin, size_t end, NestedWriter &writer
     } else {
       job.text.clear();
       for (; i < end && text[i] != ' ' && text[i] != (U'<' | bare_flag); i++)
-        job.kind.write_character(text[i], job.text);
+        write_character(job, text[i], job.text);
       writer.text(job.text);
     }
   }
@@ -265,6 +289,7 @@ void merge_frame(Merge &job) {
     note(job.place(), "reopened", {{"anchor", number}},
          "the element of anchor %d is closed and opened again", static_cast<int>(number));
   write(job, writer.result());
+  job.spellings.end_frame();
   c_tick(1);
   show_progress(++job.frames);
 }
@@ -281,6 +306,8 @@ void merge_between(Merge &job) {
   const Anchor anchor = job.anchors.read(number);
   if (anchor.kind == Anchor::value)
     job.value = number;
+  else if (anchor.kind == Anchor::spelling)
+    job.spellings.take(anchor.raw);
   else
     write(job, anchor.raw);
 }

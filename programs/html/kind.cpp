@@ -46,6 +46,18 @@ void read_text(std::string_view raw, std::u32string &text) {
   }
 }
 
+bool find_spellings(std::string_view raw, std::vector<std::string_view> &spellings) {
+  bool any_reference = false;
+  for (TextReader reader(raw); !reader.at_end();) {
+    const size_t begin = reader.position();
+    const char32_t c = reader.next().character;
+    if (c <= ' ' || !is_invisible(c)) continue;
+    spellings.push_back(raw.substr(begin, reader.position() - begin));
+    any_reference = any_reference || raw[begin] == '&';
+  }
+  return any_reference;
+}
+
 void write_character(char32_t c, std::string &text) {
   if (c == '<')
     text += "&lt;";
@@ -74,6 +86,7 @@ const DocumentKind html = {.name = "html",
                            .read = read_page,
                            .split = split,
                            .read_text = read_text,
+                           .find_spellings = find_spellings,
                            .write_character = write_character,
                            .read_value = read_value,
                            .write_value = write_value,

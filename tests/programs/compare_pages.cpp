@@ -1,25 +1,19 @@
 // compare_pages PAGE RESULT: whether RESULT is PAGE, but for the freedoms that same_pages() gives.
 // Says where they differ otherwise.
 //
-// The pages must be in an encoding that has ASCII as it is. A page in UTF-8 may have its references
-// as characters of UTF-8, another one only as references.
+// The pages are compared as UTF-8.
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
 
+#include "programs/html/page_file.h"
 #include "tests/programs/same_pages.h"
 
 using namespace klib::test;
 
 namespace {
 
-std::string read(const char *name) {
-  std::ostringstream content;
-  content << std::ifstream(name, std::ios::binary).rdbuf();
-  return content.str();
-}
+std::string read(const char *name) { return klib::programs::read_page(name, "").text; }
 
 }  // namespace
 

@@ -78,6 +78,39 @@ TEST_F(Encodings, ThatAreNoneOrDoNotFitAreRefused) {
   }
 }
 
+TEST_F(Encodings, InvisibleCharactersAreWrittenAsThePageHasThem) {
+  static const struct {
+    const char *page, *merged, *translated;  // the second sentence has "x", which becomes A0 and AD
+  } rows[] = {
+      {"<p>a&nbsp;b<p>x", "<p>a&nbsp;b<p>x", "<p>a&nbsp;b<p>&nbsp;\xC2\xAD"},
+      {"<p>a\xC2\xA0"
+       "b&#160;c&nbsp;d<p>x",
+       "<p>a\xC2\xA0"
+       "b&#160;c&nbsp;d<p>x",
+       "<p>a\xC2\xA0"
+       "b&#160;c&nbsp;d<p>&nbsp;\xC2\xAD"},
+      {"<p>a\xC2\xA0"
+       "b<p>x<p>&shy;c",
+       "<p>a\xC2\xA0"
+       "b<p>x<p>&shy;c",
+       "<p>a\xC2\xA0"
+       "b<p>\xC2\xA0&shy;<p>&shy;c"},
+      {"<p>a&zwj;b&#x2003;c&lrm;<p>x", "<p>a&zwj;b&#x2003;c&lrm;<p>x",
+       "<p>a&zwj;b&#x2003;c&lrm;<p>\xC2\xA0\xC2\xAD"},
+  };
+  for (const auto &row : rows) {
+    const std::string meta = "<meta charset=utf-8>";
+    std::string merged;
+    extract(meta + row.page, merged);
+    EXPECT_EQ(merged, meta + row.merged);
+    std::string kti = read("job.kti");
+    kti.replace(kti.find("1 x") + 2, 1, coded("{9D}00A0{AD}"));
+    write("out.kti", kti);
+    run("kmerge", "-LANGUAGE ENGLISH out.kti job.anc result.html");
+    EXPECT_EQ(read("result.html"), meta + row.translated);
+  }
+}
+
 TEST_F(Encodings, CharactersThatAPageLacksBecomeReferences) {
   static const struct {
     const char *page, *result;
