@@ -21,9 +21,11 @@ void plain_write(benchmark::State &state, const std::string &bytes) {
   const std::string path = temporary_file("written");
   const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
   size_t written = 0;
+  std::string text;
   for (auto _ : state) {
     if (++written % lines_per_file == 0 && ::ftruncate(file, 0) != 0) return;
-    if (::write(file, bytes.data(), bytes.size()) < 0) return;
+    text = bytes;  // klib takes a sentence in memory that it may change
+    if (::write(file, text.data(), text.size()) < 0) return;
   }
   ::close(file);
 }

@@ -78,14 +78,10 @@ size_t copy_bytes(char *to, const char *from, size_t limit, uint32_t wanted) {
   return n;
 }
 
-// In the first bit of each byte that may be wanted: all roles are in 00-1F and 80-9F, and what is
-// white in a built-in table is in 00-20 and 80-FF.
+// Of eight bytes those that may be wanted: all roles are in 00-1F and 80-9F.
 template <bool white>
 uint64_t special_bytes(uint64_t word) {
-  if constexpr (white) {
-    const uint64_t below_21 = ~((word & in_each_byte(0x7F)) + in_each_byte(0x80 - 0x21));
-    return (word | below_21) & in_each_byte(0x80);
-  }
+  if constexpr (white) return character_types::may_be_white(word);
   return ~(word | word << 1) & in_each_byte(0x40);  // neither bit 5 nor bit 6
 }
 

@@ -114,7 +114,7 @@ constexpr Table western = expand(western_half);
 constexpr Table russian = expand(russian_half);
 constexpr Table greek = expand(greek_half);
 
-// Readers pass over the bytes 21-7F without looking for white space.
+// See may_be_white.
 static_assert([] {
   for (const Table &table : {western, russian, greek})
     for (size_t byte = 0x21; byte < 0x80; ++byte)

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "klib.h"
+#include "text/byte_blocks.h"
 
 namespace klib::character_types {
 
@@ -39,5 +40,11 @@ void choose(std::string_view language);
 
 // One of the library's own tables, whose words never change; programs may install others.
 [[nodiscard]] bool is_built_in(const uint32_t *table);
+
+// Of eight bytes those that may be white in a built-in table, 00-20 and 80-FF: a bit in each.
+[[nodiscard]] inline uint64_t may_be_white(uint64_t word) {
+  const uint64_t below_21 = ~((word & in_each_byte(0x7F)) + in_each_byte(0x80 - 0x21));
+  return (word | below_21) & in_each_byte(0x80);
+}
 
 }  // namespace klib::character_types

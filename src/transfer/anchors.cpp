@@ -12,7 +12,7 @@
 // absolute value. Positions end at 2147483647: no text is stored beyond.
 //
 // Nothing in an index is trusted. A text is as long as its entries say only as far as the text file
-// has that many bytes, and no more memory is taken than that.
+// has that many bytes, and beyond 64 KB no more memory is taken than that.
 
 #include <algorithm>
 #include <charconv>
@@ -38,6 +38,9 @@ constexpr int32_t entry_size = 4;
 // The most that is read at once from a file without positions, such as a pipe: no pipe that an
 // ordinary user may make holds more.
 constexpr int64_t unseekable_read = 1 << 20;
+
+// Texts up to this length are read without asking first whether the file has so many bytes.
+constexpr int32_t unmeasured = 65536;
 
 struct State {
   int32_t counter = 0;            // number of the next anchor
@@ -164,7 +167,7 @@ char *read_anchor(int32_t text_file, int32_t n) {
   }
   const auto length = static_cast<int32_t>(std::min<int64_t>(wanted, INT32_MAX));
   const bool found = start >= 0 && platform::calls.seek(text_file, start, SEEK_SET) == start;
-  const int32_t room = bytes_there(text_file, length);
+  const int32_t room = length <= unmeasured ? length : bytes_there(text_file, length);
   auto *text = static_cast<char *>(Kmalloc(static_cast<uint32_t>(room) + 1));
   if (text == nullptr) return nullptr;
   if (!found) Kmessage(MESSAGE_SEEK_ERROR);

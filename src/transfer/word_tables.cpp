@@ -43,21 +43,43 @@ static_assert([] {
 // What most sentences need.
 constexpr size_t reserved_words = 32, reserved_codes = 8, reserved_bodies = 64;
 
-// The offset of the first byte at `at` or after it that is (not) white; the size when there is
-// none.
-template <bool wanted>
-size_t find_white(std::string_view text, size_t at) {
+// Looks for white space in a text.
+struct Scanner {
+  std::string_view text;
   const uint32_t *types = c_t;
-  while (at < text.size() && ((types[u8(text[at])] & character_types::white) != 0) != wanted) ++at;
+  bool by_words = character_types::is_built_in(c_t);
+
+  [[nodiscard]] bool is_white(size_t at) const {
+    return (types[u8(text[at])] & character_types::white) != 0;
+  }
+};
+
+// The offset of the first byte at `at` or after it that may be white or open a code; the size when
+// there is none.
+size_t find_special(const Scanner &scanner, size_t at) {
+  const std::string_view text = scanner.text;
+  if (!scanner.by_words) return at;
+  for (; at + word_size <= text.size(); at += word_size) {
+    const uint64_t special = character_types::may_be_white(load_word(text.data() + at));
+    if (special != 0) return at + first_marked_byte(special);
+  }
   return at;
 }
 
-// Likewise for the first byte that is white or opens a code of the sentence.
-size_t find_text_end(std::string_view text, size_t at) {
-  const uint32_t *types = c_t;
-  while (at < text.size() && (types[u8(text[at])] & character_types::white) == 0 &&
-         codes_in_sentence[u8(text[at])] == 0)
-    ++at;
+// Likewise for the first byte that is white or, with `codes`, opens a code of the sentence.
+template <bool codes>
+size_t find_word_end(const Scanner &scanner, size_t at) {
+  const std::string_view text = scanner.text;
+  for (;; ++at) {
+    at = find_special(scanner, at);
+    if (at >= text.size() || scanner.is_white(at)) return at;
+    if (codes && codes_in_sentence[u8(text[at])] != 0) return at;
+  }
+}
+
+// Likewise for the first byte that is not white.
+size_t find_word(const Scanner &scanner, size_t at) {
+  while (at < scanner.text.size() && scanner.is_white(at)) ++at;
   return at;
 }
 
@@ -190,11 +212,12 @@ SourceTable read_source_words(std::string_view source, memory::Arena &arena) {
   Reading reading{.table = table};
   table.words.reserve(reserved_words);
   open_word(reading);
+  const Scanner scanner{.text = source};
   for (size_t at = 0; at < source.size();) {
-    if (const size_t end = find_text_end(source, at); end != at) {
+    if (const size_t end = find_word_end<true>(scanner, at); end != at) {
       add_text(reading, source.substr(at, end - at));
       at = end;
-    } else if (const size_t word = find_white<false>(source, at); word != at) {
+    } else if (const size_t word = find_word(scanner, at); word != at) {
       if (word < source.size()) open_word(reading);
       at = word;
     } else {
@@ -210,11 +233,11 @@ SourceTable read_source_words(std::string_view source, memory::Arena &arena) {
 TargetTable read_target_words(std::string_view target, memory::Arena &arena) {
   TargetTable table{.text = target, .words = memory::ArenaVector<TargetWord>(arena)};
   table.words.reserve(reserved_words);
-  for (size_t at = find_white<false>(target, 0); at < target.size();) {
-    const size_t end = find_white<true>(target, at);
-    table.words.push_back(
-        {.start = static_cast<uint32_t>(at), .length = static_cast<uint32_t>(end - at)});
-    at = find_white<false>(target, end);
+  const Scanner scanner{.text = target};
+  for (size_t at = find_word(scanner, 0); at < target.size();) {
+    const size_t end = find_word_end<false>(scanner, at);
+    table.words.push_back({static_cast<uint32_t>(at), static_cast<uint32_t>(end - at)});
+    at = find_word(scanner, end);
   }
   return table;
 }
