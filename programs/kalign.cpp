@@ -1,14 +1,15 @@
 // kalign finds out which words of two texts translate each other. docs/pipeline.md describes the
 // files, programs/align the method.
-#include <algorithm>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "programs/align/material.h"
 #include "programs/align/tokens.h"
 #include "programs/common/line_reader.h"
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
+#include "programs/frame/job_files.h"
 
 namespace klib::programs {
 namespace {
@@ -96,6 +97,18 @@ void align_files(const char *source, const char *target, const char *out_name) {
   out.publish();
 }
 
+// All jobs together, so that none replaces the result of another.
+void check_files(std::span<const char *const> names, size_t group) {
+  std::vector<std::string> inputs = align::files_of(material), outputs;
+  for (size_t i = 0; i < names.size(); i++)
+    (i % group == group - 1 ? outputs : inputs).emplace_back(names[i]);
+  if (saved_model) outputs.emplace_back(saved_model);
+  if (token_prefix)
+    for (const char *side : {".source", ".target"})
+      outputs.push_back(std::string(token_prefix).append(side));
+  check_job_files(inputs, outputs);
+}
+
 void align_all(std::span<const char *const> names) {
   constexpr size_t group = 3;
   if (names.empty() || names.size() % group != 0)
@@ -103,6 +116,7 @@ void align_all(std::span<const char *const> names) {
          names.size() == 1 ? "" : "s", group);
   if (names.size() > group && (saved_model || token_prefix))
     fail("kalign", 0, "--save and --tokens are for one job alone");
+  check_files(names, group);
   for (; !names.empty(); names = names.subspan(group)) {
     try {
       align_files(names[0], names[1], names[2]);

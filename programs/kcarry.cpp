@@ -259,8 +259,11 @@ void open_files(Carry &job, const char *translation, const char *alignment) {
 void carry(const char *sentences, const char *translation, const char *alignment, const char *out) {
   if (alignment && strcmp(alignment, "-") == 0 && strcmp(translation, "-") == 0)
     fail("standard input", 0, "cannot be both TRANSLATION and ALIGNMENT");
-  const std::string inputs[] = {sentences, translation, alignment ? alignment : "",
-                                with_type(sentences, "anc"), with_type(sentences, "anx")};
+  std::vector<std::string> inputs = align::files_of(material);
+  inputs.insert(inputs.end(),
+                {sentences, translation, with_type(sentences, "anc"), with_type(sentences, "anx")});
+  for (const char *name : {alignment, source_tokens, target_tokens})
+    if (name) inputs.emplace_back(name);
   const std::string outputs[] = {out};
   check_job_files(inputs, outputs);
   check_sentence_file(out);

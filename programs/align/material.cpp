@@ -75,6 +75,13 @@ void read_memory(const char *source_name, const char *target_name, Alignment &al
 
 }  // namespace
 
+std::vector<std::string> files_of(const Material &material) {
+  std::vector<std::string> names(material.memories.begin(), material.memories.end());
+  names.insert(names.end(), material.lexicons.begin(), material.lexicons.end());
+  if (material.model) names.emplace_back(material.model);
+  return names;
+}
+
 void start_alignment(const Material &material, const char *source_name, Alignment &alignment) {
   if (material.model) load_model(material.model, alignment.model);
   for (const char *name : material.lexicons) read_lexicon(name, alignment);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "programs/align/align.h"
@@ -18,6 +19,9 @@ struct Material {
 
 // The most jobs that an option may ask for.
 constexpr int64_t most_jobs = 256;
+
+// The names of all files that are read.
+std::vector<std::string> files_of(const Material &material);
 
 // A run of the aligner: add lines after start_alignment() and align_words() them.
 struct Alignment {

@@ -528,7 +528,11 @@ TEST_F(Kalign, RefusesWhatDoesNotFit) {
       {"--model model two two out", "model: is a model of another version; train it again\n"},
       {"--model none two two out", "none: cannot be read: No such file or directory\n"},
       {"two two", "kalign: 2 file names, but each job takes 3\n"},
-      {"--save s two two out two two out", "kalign: --save and --tokens are for one job alone\n"},
+      {"--save s two two out two two o", "kalign: --save and --tokens are for one job alone\n"},
+      {"two two out two two out",
+       "out: is the same file as out, which this job uses, too: nothing is written\n"},
+      {"--memory two two --save two three three out",
+       "two: is the same file as two, which this job uses, too: nothing is written\n"},
   };
   for (const auto &row : rows) {
     const Outcome outcome = run("kalign", row.arguments);
