@@ -23,7 +23,7 @@ namespace klib::programs {
 namespace {
 
 const char *engine, *translation, *cache_name, *folder, *encoding, *html;
-bool copy, marks_unknown;
+bool copy, marks_unknown, translate_code;
 align::Material material;
 int64_t jobs, timeout;
 
@@ -125,10 +125,11 @@ void run_on_pages(Run &run, std::vector<Task> &tasks, const std::function<void(s
       tasks, run.jobs, [&](const Place &place) { return place_for_people(run, place); }, ended);
 }
 
-// Sets an option of another program whose job is run here.
-void set_option(const Program &program, const char *name, const char *value) {
+// Sets an option of another program whose job is run here: a text, or whether it is given.
+template <typename Value>
+void set_option(const Program &program, const char *name, Value value) {
   for (const Option &option : program.options)
-    if (strcmp(option.name, name) == 0) *std::get<const char **>(option.place) = value;
+    if (strcmp(option.name, name) == 0) *std::get<Value *>(option.place) = value;
 }
 
 // Runs the job of another program on files, with the parameters of this one.
@@ -143,6 +144,7 @@ void extract_pages(Run &run) {
   for (const PageFiles &page : run.pages)
     tasks.push_back({page.page, page.records(), [&page] {
                        set_option(kextract, "encoding", encoding);
+                       set_option(kextract, "translate-code", translate_code);
                        run_job(kextract, {page.coded(), page.page});
                      }});
   run_on_pages(run, tasks, [&](size_t) { show_run(run); });
@@ -264,6 +266,8 @@ const Option options[] = {
     {"timeout", "SECONDS", NumberOption{&timeout, 600, 0, 1000000},
      "give up an engine that is silent for so long (600; 0: never)"},
     {"mark-unknown", nullptr, &marks_unknown, "let Apertium mark unknown words with a '*'"},
+    {"translate-code", nullptr, &translate_code,
+     "offer the text of code, kbd, samp and tt for translation, too"},
     {"encoding", "NAME", &encoding, "the encoding of pages that do not say it (utf-8)"},
 };
 
