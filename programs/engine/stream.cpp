@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,7 +28,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr size_t block_size = 65536;
-constexpr milliseconds tick(100), end_is_held_back(300);
+constexpr milliseconds tick(100), end_is_held_back(500);
 
 class Descriptor {
  public:
@@ -95,9 +96,11 @@ struct Stream {
   pid_t process = -1;
   bool has_ended = false;  // its status is known
   int status = 0;
+  bool was_over = false;  // it had ended in the last turn, with nothing to read
   bool all_is_sent = false;
   std::string outgoing, incoming;
   size_t written = 0;  // of outgoing
+  int unread = -1;     // bytes in the command's input when they were last counted
   Clock::time_point moved_at = Clock::now();
   StreamEnd end;
 
@@ -268,9 +271,17 @@ bool everything_is_written(const Stream &stream) {
 }
 
 // Closes the command's input when nothing is left to say, and either all is answered or the moment
-// is over in which a command that does not wait for the end would have ended.
+// is over in which a command that does not wait for the end would have ended. The moment begins
+// when the command has read everything.
 void close_input_in_time(Stream &stream, Clock::duration quiet) {
   if (stream.input.get() < 0 || !everything_is_written(stream)) return;
+  int unread = 0;
+  if (ioctl(stream.input.get(), FIONREAD, &unread) == 0 && unread != stream.unread) {
+    stream.unread = unread;
+    stream.moved_at = Clock::now();
+    quiet = {};
+  }
+  if (unread > 0 && stream.end.answered < stream.end.sent) return;
   if (stream.end.answered == stream.end.sent || quiet >= end_is_held_back) stream.input.reset();
 }
 
@@ -292,8 +303,11 @@ bool turn(Stream &stream) {
   if (ready > 0 && pipes[1].revents != 0) send(stream);
   const Clock::duration quiet = Clock::now() - stream.moved_at;
   close_input_in_time(stream, quiet);
-  // A child of the command that lives on may hold its output open.
-  if (ready == 0 && quiet >= tick && look_for_end(stream)) stream.output.reset();
+  // A child of the command that lives on may hold its output open. What the command itself has
+  // written is there before its end, so it is looked for once more after that.
+  const bool is_over = ready == 0 && quiet >= tick && look_for_end(stream);
+  if (is_over && stream.was_over) stream.output.reset();
+  stream.was_over = is_over;
   return check_time(stream, quiet);
 }
 

@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <iterator>
 
 #include "programs/common/tell.h"
@@ -13,8 +14,15 @@ constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP};
 volatile sig_atomic_t noted = 0;
 struct sigaction earlier[std::size(signals)], earlier_pipe;
 
+volatile time_t noted_at = 0;
+
+// One signal may come twice, to the process and to its group.
 void note_signal(int signal) {
-  if (noted != 0) {
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  if (noted == 0) {
+    noted_at = now.tv_sec;
+  } else if (now.tv_sec - noted_at >= 2) {
     std::signal(signal, SIG_DFL);
     raise(signal);
   }

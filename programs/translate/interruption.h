@@ -1,5 +1,5 @@
 // Signals that ask a long run to end: it ends at the next good place, where temporary files are
-// removed and what is kept is saved. A second signal ends it at once.
+// removed and what is kept is saved. A signal two seconds later ends it at once.
 #pragma once
 
 namespace klib::programs {
