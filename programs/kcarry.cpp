@@ -1,6 +1,5 @@
 // kcarry carries the format codes of a sentence file into a translation, along a word alignment.
 // docs/pipeline.md describes the files, and what the result promises.
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -270,7 +269,7 @@ void carry(const char *sentences, const char *translation, const char *alignment
   const auto owner = std::make_unique<Carry>(sentences, out);
   Carry &job = *owner;
   job.anchor_name = with_type(sentences, "anc");
-  if (access(job.anchor_name.c_str(), F_OK) == 0) {
+  if (is_there(job.anchor_name)) {
     job.anchors = std::make_unique<AnchorKinds>(job.anchor_name);
     check_same_job(sentences, job.sentences.header(), job.anchor_name.c_str(),
                    job.anchors->header());
@@ -294,9 +293,9 @@ void carry(const char *sentences, const char *translation, const char *alignment
   if (!job.is_prepared() && (job.translation->next() || (job.alignment && job.alignment->next())))
     fail_at_lines(job, job.totals.sentences);
   job.out.finish();
-  job.out.publish();
   exit_kti_format();
   show_summary(job);
+  job.out.publish();  // nothing that can fail comes after it
 }
 
 void carry_without_file(const char *sentences, const char *translation, const char *out) {

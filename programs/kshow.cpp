@@ -17,6 +17,7 @@
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
+#include "programs/frame/exhaustion.h"
 #include "programs/frame/job_files.h"
 #include "programs/report/report.h"
 
@@ -186,11 +187,11 @@ void show(const char *given_name) {
   make_code_page(parameter(TextParameter::language), job->page);
   printf("%-9s %-9s %-9s %s\n", "raw", "real", "kind", "text");
   show_tokens(*job, stream.get());
-  if (ferror(stream.get())) report(name, 0, "cannot be read: %s", strerror(errno));
+  if (ferror(stream.get())) report(name, 0, "cannot be read: %s", error_text(errno));
   errno = 0;
   if (fflush(stdout) != 0 || ferror(stdout))
     fail("standard output", 0, "cannot be written: %s",
-         errno != 0 ? strerror(errno) : "an earlier write failed");
+         errno != 0 ? error_text(errno) : "an earlier write failed");
   if (job->cut > 0)
     report({name}, "cut-off", {{"codes", job->cut}},
            job->cut == 1 ? "%lld code is cut off" : "%lld codes are cut off",

@@ -12,6 +12,7 @@
 #include <new>
 
 #include "programs/common/utf8.h"
+#include "programs/frame/icu_memory.h"
 
 namespace klib::programs::align {
 namespace {
@@ -52,6 +53,7 @@ UTransliterator *to_ascii() {
   static const std::unique_ptr<UTransliterator, CloseTransliterator> transliterator = [] {
     constexpr std::u16string_view id = u"Any-Latin; Latin-ASCII; Lower";
     UErrorCode error = U_ZERO_ERROR;
+    guard_icu_memory();
     UTransliterator *const opened = utrans_openU(id.data(), static_cast<int32_t>(id.size()),
                                                  UTRANS_FORWARD, nullptr, 0, nullptr, &error);
     check(error);
@@ -63,6 +65,7 @@ UTransliterator *to_ascii() {
 UBreakIterator *word_breaks() {
   static const std::unique_ptr<UBreakIterator, CloseBreaks> breaks = [] {
     UErrorCode error = U_ZERO_ERROR;
+    guard_icu_memory();
     UBreakIterator *const opened = ubrk_open(UBRK_WORD, "", nullptr, 0, &error);
     check(error);
     return std::unique_ptr<UBreakIterator, CloseBreaks>(opened);

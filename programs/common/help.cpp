@@ -8,6 +8,7 @@
 
 #include "programs/common/engine_parameters.h"
 #include "programs/common/languages.h"
+#include "programs/frame/exhaustion.h"
 
 namespace klib::programs {
 namespace {
@@ -71,7 +72,7 @@ void append_parameters(const Program &program, std::string &text) {
 bool print(const Program &program, const std::string &text) {
   fwrite(text.data(), 1, text.size(), stdout);
   if (fflush(stdout) == 0 && !ferror(stdout)) return true;
-  fprintf(stderr, "%s: standard output cannot be written: %s\n", program.name, strerror(errno));
+  fprintf(stderr, "%s: standard output cannot be written: %s\n", program.name, error_text(errno));
   return false;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <string>
 
 namespace klib::programs {
 
@@ -13,6 +14,9 @@ using InputFile = std::unique_ptr<FILE, CloseInput>;
 
 // Opens a file to be read; "-" is standard input. A failure ends the job (fail()).
 InputFile open_input(const char *name);
+
+// Whether there is a file of this name; that it cannot be told ends the job.
+bool is_there(const std::string &name);
 
 // What messages call the file: "standard input" for "-".
 const char *input_name(const char *name);

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "programs/common/program.h"
+#include "programs/frame/exhaustion.h"
 #include "programs/frame/temporary_files.h"
 
 namespace klib::programs {
@@ -100,7 +101,7 @@ OutputFile::OutputFile(const std::string &name)
     const int error = errno;
     if (descriptor_ >= 0) close(descriptor_);
     if (!temporary_.empty()) remove_temporary_file(temporary_);
-    fail(name_.c_str(), 0, "cannot be written: %s", strerror(error));
+    fail(name_.c_str(), 0, "cannot be written: %s", error_text(error));
   }
 }
 
@@ -116,7 +117,7 @@ void OutputFile::write(std::string_view text) {
 }
 
 void OutputFile::check() {
-  if (ferror(stream_)) fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+  if (ferror(stream_)) fail(name_.c_str(), 0, "could not be written: %s", error_text(errno));
 }
 
 void OutputFile::replace(size_t position, std::string_view bytes) {
@@ -124,25 +125,27 @@ void OutputFile::replace(size_t position, std::string_view bytes) {
   check();
   if (!write_out() || pwrite(descriptor_, bytes.data(), bytes.size(),
                              static_cast<off_t>(position)) != static_cast<ssize_t>(bytes.size()))
-    fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+    fail(name_.c_str(), 0, "could not be written: %s", error_text(errno));
 }
 
 void OutputFile::finish() {
   fflush(stream_);
   check();
   if (!write_out() || close(std::exchange(descriptor_, -1)) != 0)
-    fail(name_.c_str(), 0, "could not be written: %s", strerror(errno));
+    fail(name_.c_str(), 0, "could not be written: %s", error_text(errno));
 }
 
 void OutputFile::remove_old() {
   if (temporary_.empty() || unlink(target_.c_str()) == 0 || errno == ENOENT) return;
-  fail(name_.c_str(), 0, "cannot be replaced: %s", strerror(errno));
+  fail(name_.c_str(), 0, "cannot be replaced: %s", error_text(errno));
 }
+
+void OutputFile::withdraw() { unlink(target_.c_str()); }
 
 void OutputFile::publish() {
   if (temporary_.empty()) return;
   if (!keep_temporary_file(temporary_, target_))
-    fail(name_.c_str(), 0, "cannot be replaced: %s", strerror(errno));
+    fail(name_.c_str(), 0, "cannot be replaced: %s", error_text(errno));
   temporary_.clear();
 }
 

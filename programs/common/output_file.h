@@ -23,6 +23,7 @@ class OutputFile {
   OutputFile(const OutputFile &) = delete;
   OutputFile &operator=(const OutputFile &) = delete;
 
+  const char *name() const { return name_.c_str(); }
   FILE *stream() { return stream_; }
   int descriptor() { return descriptor_; }  // for a file that is written without the stream
   void write(std::string_view text);
@@ -32,7 +33,8 @@ class OutputFile {
   // Removes what has the name now, for a job of several files of which this must not be beside new
   // ones.
   void remove_old();
-  void publish();  // finish() first, for all files of a job before the first is published
+  void withdraw();  // what publish() has put there
+  void publish();   // finish() first, for all files of a job before the first is published
 
  private:
   static ssize_t take(void *file, const char *bytes, size_t count);

@@ -24,6 +24,7 @@
 #include "programs/common/arguments.h"
 #include "programs/common/engine_parameters.h"
 #include "programs/common/output_file.h"
+#include "programs/frame/exhaustion.h"
 #include "programs/frame/job_files.h"
 #include "programs/frame/temporary_files.h"
 
@@ -88,12 +89,12 @@ void find_share_directory() {
 
 // Whether the program cannot go on; nothing is thrown through the library.
 template <class Work>
-void guarded(const char *file, Work work) {
+void guarded(Work work) {
   try {
     work();
   } catch (const Failed &) {  // told where it happened
   } catch (const std::bad_alloc &) {
-    report(file, 0, "not enough memory");
+    end_without_memory();
   }
 }
 
@@ -109,7 +110,8 @@ void empty_languages_not_given() {
 }
 
 void start() {
-  guarded(run->program, [] {
+  if (!skparm) return;
+  guarded([] {
     find_share_directory();
     empty_languages_not_given();
   });
@@ -155,7 +157,7 @@ void check_log() {
   if (parameter(NumberParameter::logging) == 0 || path[0] == '\0') return;
   const std::string name = with_type(path, "log");
   const std::unique_ptr<FILE, int (*)(FILE *)> log(fopen(name.c_str(), "ae"), fclose);
-  if (!log) report(name.c_str(), 0, "cannot be written: %s", strerror(errno));
+  if (!log) report(name.c_str(), 0, "cannot be written: %s", error_text(errno));
 }
 
 // The first name of a group as the library can take it.
@@ -195,10 +197,11 @@ void do_job() {
   const bool takes_all = arguments.job->files == Job::any_files;
   const std::span<const char *const> names = all.subspan(
       run->names_done, takes_all ? all.size() : static_cast<size_t>(arguments.job->files));
+  if (!skparm) return;  // no memory, from the beginning
   run->names_done += names.size();
   run->jobs++;
   const char *file = takes_all ? run->program : names[0];
-  guarded(file, [&] {
+  guarded([&] {
     check_own_outputs(std::vector<std::string>(names.begin(), names.end()));
     check_log();
     Kstart_logging_file(parameter(TextParameter::log_pathname));
@@ -236,7 +239,8 @@ K_process_function process_function(size_t count) {
 int run_jobs(const Program &program, const Arguments &arguments) {
   const bool takes_all = arguments.job->files == Job::any_files;
   const size_t group = takes_all ? 1 : static_cast<size_t>(arguments.job->files);
-  std::vector<std::string> texts = {program.name};
+  // The library ends the process when it has no memory, instead of doing without.
+  std::vector<std::string> texts = {program.name, "-DEBUG", "1"};
   texts.insert(texts.end(), arguments.parameters.begin(), arguments.parameters.end());
   const size_t count = takes_all ? 1 : arguments.names.size();
   for (size_t i = 0; i < count; i++) {
@@ -262,20 +266,21 @@ void run_with_report(const Program &program, const Arguments &arguments) {
   if (arguments.report && strcmp(arguments.report, "-") != 0) file.emplace(arguments.report);
   const ToScripts to_scripts(!arguments.report ? nullptr : file ? file->stream() : stdout);
   const int jobs = run_jobs(program, arguments);
-  if (current.jobs < jobs) report(program.name, 0, "not enough memory");
+  if (current.jobs < jobs) end_without_memory();
   tell_scripts(nullptr);
   if (file && !current.report_is_withheld) file->finish(), file->publish();
   if (arguments.report && !file && (fflush(stdout) != 0 || ferror(stdout)))
-    report("standard output", 0, "cannot be written: %s", strerror(errno));
+    report("standard output", 0, "cannot be written: %s", error_text(errno));
 }
 
 }  // namespace
 
 int run_program(const Program &program, int argc, char **argv) {
   prepare_process();
+  const EndsWithoutMemory ends(program.name);
   start_telling(program.name, false);
   Arguments arguments;
-  guarded(program.name, [&] {
+  guarded([&] {
     arguments.outcome = Arguments::bad;
     arguments = read_arguments(program, argc, argv);
     if (arguments.outcome != Arguments::run) return;
@@ -289,7 +294,7 @@ int run_program(const Program &program, int argc, char **argv) {
 
 void set_parameter(TextParameter name, const std::string &value) {
   char *copy = string_copy(value.c_str());
-  if (!copy) throw std::bad_alloc();
+  if (!copy) end_without_memory();
   Kfree(text_parameter(name));
   text_parameter(name) = copy;
 }

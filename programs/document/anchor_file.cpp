@@ -15,7 +15,9 @@
 
 #include "klib.h"
 #include "programs/common/program.h"
+#include "programs/common/utf8.h"
 #include "programs/document/slots.h"
+#include "programs/frame/exhaustion.h"
 
 namespace klib::programs {
 namespace {
@@ -28,7 +30,7 @@ int open_file(const std::string &name, int64_t &size) {
   const int descriptor = open(name.c_str(), O_RDONLY | O_CLOEXEC);
   struct stat status = {};
   if (descriptor < 0 || fstat(descriptor, &status) != 0)
-    fail(name.c_str(), 0, "cannot be read: %s", strerror(errno));
+    fail(name.c_str(), 0, "cannot be read: %s", error_text(errno));
   if (!S_ISREG(status.st_mode)) {
     close(descriptor);
     fail(name.c_str(), 0, "is no ordinary file");
@@ -41,7 +43,7 @@ std::string read_bytes(int descriptor, const std::string &name, int64_t from, in
   std::string bytes(static_cast<size_t>(size), '\0');
   errno = 0;
   if (pread(descriptor, bytes.data(), bytes.size(), from) != size)
-    fail(name.c_str(), 0, "cannot be read: %s", errno != 0 ? strerror(errno) : "it ends early");
+    fail(name.c_str(), 0, "cannot be read: %s", errno != 0 ? error_text(errno) : "it ends early");
   return bytes;
 }
 

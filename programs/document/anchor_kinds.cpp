@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "programs/common/program.h"
+#include "programs/frame/exhaustion.h"
 
 namespace klib::programs {
 namespace {
@@ -24,7 +25,7 @@ AnchorKinds::Window AnchorKinds::open(const std::string &name) {
   Window window{name, std::unique_ptr<FILE, Closer>(fopen(name.c_str(), "rbe"))};
   struct stat status = {};
   if (!window.stream || fstat(fileno(window.stream.get()), &status) != 0)
-    fail(name.c_str(), 0, "cannot be read: %s", strerror(errno));
+    fail(name.c_str(), 0, "cannot be read: %s", error_text(errno));
   if (!S_ISREG(status.st_mode)) fail(name.c_str(), 0, "is no ordinary file");
   window.size = status.st_size;
   return window;
@@ -43,7 +44,7 @@ std::string_view AnchorKinds::read(Window &window, int64_t position, size_t leng
         fread(window.bytes.data(), 1, window.bytes.size(), window.stream.get()) !=
             window.bytes.size())
       fail(window.name.c_str(), 0, "cannot be read: %s",
-           errno != 0 ? strerror(errno) : "it ends early");
+           errno != 0 ? error_text(errno) : "it ends early");
   }
   return {window.bytes.data() + (position - window.begin), static_cast<size_t>(end - position)};
 }

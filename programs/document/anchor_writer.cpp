@@ -42,9 +42,4 @@ void AnchorWriter::finish(const std::string &mark) {
   index_.finish();
 }
 
-void AnchorWriter::publish() {
-  text_.publish();
-  index_.publish();
-}
-
 }  // namespace klib::programs

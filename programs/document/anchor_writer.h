@@ -22,8 +22,10 @@ class AnchorWriter {
 
   // All files of a job are finished before the first is published. The header gets the mark.
   void finish(const std::string &mark);
-  void publish();
+  OutputFile &text() { return text_; }
+  OutputFile &index() { return index_; }
 
+  int32_t count() const { return static_cast<int32_t>(offsets_.size()); }
   const ContentMark &mark() const { return mark_; }  // of the anchors
 
  private:

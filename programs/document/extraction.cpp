@@ -337,6 +337,19 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
   write_values(job, job.written);
 }
 
+// Gives the files their names, all or none: an old JOB.kti goes first, the new one comes last.
+void publish(Extraction &job) {
+  OutputFile *const files[] = {&job.txt, &job.anchors.text(), &job.anchors.index(), &job.kti};
+  job.kti.remove_old();
+  size_t published = 0;
+  try {
+    for (OutputFile *file : files) file->publish(), published++;
+  } catch (const Failed &) {
+    for (size_t i = 0; i < published; i++) files[i]->withdraw();
+    throw;
+  }
+}
+
 // Completes the files with the mark of their content, and gives them their names.
 void finish(Extraction &job, const JobHeader &header) {
   job.mark.add(job.anchors.mark().text());
@@ -345,10 +358,9 @@ void finish(Extraction &job, const JobHeader &header) {
   job.kti.finish();
   job.txt.finish();
   job.anchors.finish(mark);
-  job.kti.remove_old();
-  job.txt.publish();
-  job.anchors.publish();
-  job.kti.publish();
+  record({job.kti.name()}, "totals",
+         {{"sentences", job.sentences}, {"anchors", job.anchors.count()}});
+  publish(job);
 }
 
 }  // namespace

@@ -349,10 +349,10 @@ void merge_document(FindKind find, const char *sentence_name, const char *anchor
   job.encoder.finish(job.encoded);
   job.result.write(job.encoded);
   job.result.finish();
-  job.result.publish();
   record({sentence_name}, "totals", {{"sentences", job.frames}, {"anchors", job.anchors.count()}});
   c_exit(message_set, 1, "No sentence has been merged.\n", message_set, 2,
          "One sentence has been merged.\n", message_set, 3, "%d sentences have been merged.\n");
+  job.result.publish();  // nothing that can fail comes after it
 }
 
 }  // namespace klib::programs

@@ -26,8 +26,7 @@ struct Entry {
 constinit Entry entries[most_files] = {};
 
 void remove_and_end(int signal) {
-  for (const Entry &entry : entries)
-    if (entry.name[0] != '\0' && entry.owner == getpid()) unlink(entry.name);
+  remove_all_temporary_files();
   std::signal(signal, SIG_DFL);
   raise(signal);
 }
@@ -109,6 +108,11 @@ bool keep_temporary_file(const std::string &name, const std::string &target) {
   if (rename(name.c_str(), target.c_str()) != 0) return false;
   forget(name);
   return true;
+}
+
+void remove_all_temporary_files() {
+  for (const Entry &entry : entries)
+    if (entry.name[0] != '\0' && entry.owner == getpid()) unlink(entry.name);
 }
 
 void remove_temporary_file(const std::string &name) {

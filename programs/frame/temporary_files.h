@@ -16,6 +16,9 @@ int make_temporary_file(const std::string &target, std::string &name);
 // Gives a temporary file its name for good; false with errno when that is not possible.
 bool keep_temporary_file(const std::string &name, const std::string &target);
 
+// Removes all temporary files of this process; may be called from a signal's handler.
+void remove_all_temporary_files();
+
 // Removes a temporary file.
 void remove_temporary_file(const std::string &name);
 

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "programs/common/program.h"
+#include "programs/frame/icu_memory.h"
 
 namespace klib::programs {
 namespace {
@@ -23,6 +24,7 @@ UBreakIterator *sentence_iterator() {
   static const std::unique_ptr<UBreakIterator, void (*)(UBreakIterator *)> iterator(
       [] {
         UErrorCode error = U_ZERO_ERROR;
+        guard_icu_memory();
         UBreakIterator *opened = ubrk_open(UBRK_SENTENCE, "", nullptr, 0, &error);
         check(error);
         return opened;

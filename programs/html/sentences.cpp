@@ -17,6 +17,7 @@
 #include <string>
 
 #include "klib.h"
+#include "programs/common/input_file.h"
 #include "programs/common/program.h"
 #include "programs/html/boundaries.h"
 #include "programs/html/text_reader.h"
@@ -306,8 +307,9 @@ void find_frames(const CodePage &code_page, std::string_view page, std::vector<I
 
 void load_sentence_exceptions() {
   const Text name(Klib_pathname("SentenceExceptions", 1), Kfree);
+  if (!name || !is_there(name.get())) return;
   struct stat status;
-  if (!name || stat(name.get(), &status) != 0) return;
+  if (stat(name.get(), &status) != 0) fail_reading(name.get());
   exceptions_loaded = Klist_in(name.get()) == 0;
   if (status.st_size > 0 && (!exceptions_loaded || l_length == 0))
     fail(name.get(), 0, "cannot be read, or holds no line");
