@@ -105,14 +105,19 @@ inline constexpr std::array<uint8_t, 64> item_sizes = [] {
 // byte c / 8.
 class Bitmap {
  public:
-  Bitmap() = default;
-  Bitmap(const uint8_t *bytes, size_t size) {
-    for (size_t i = 0; i < size; i += 8)
-      for (size_t k = 0; k < 8; ++k) words_[i / 8] |= uint64_t{bytes[i + k]} << (k * 8);
+  Bitmap() = default;  // of no certain members, but Bitmap{} has none
+  Bitmap(const uint8_t *bytes, size_t size) : words_{} {
+    for (size_t i = 0; i < size; i += 8) {
+      uint64_t word = 0;
+      for (size_t k = 0; k < 8; ++k) word |= uint64_t{bytes[i + k]} << (k * 8);
+      words_[i / 8] = word;
+    }
   }
   void store(uint8_t *bytes, size_t size) const {
-    for (size_t i = 0; i < size; i += 8)
-      for (size_t k = 0; k < 8; ++k) bytes[i + k] = static_cast<uint8_t>(words_[i / 8] >> (k * 8));
+    for (size_t i = 0; i < size; i += 8) {
+      const uint64_t word = words_[i / 8];
+      for (size_t k = 0; k < 8; ++k) bytes[i + k] = static_cast<uint8_t>(word >> (k * 8));
+    }
   }
   void add(uint8_t value) { words_[value / 64] |= uint64_t{1} << value % 64; }
   void add(uint8_t first, uint8_t last) {
@@ -141,7 +146,7 @@ class Bitmap {
   }
 
  private:
-  std::array<uint64_t, 4> words_{};
+  std::array<uint64_t, 4> words_;
 };
 
 struct Expression {

@@ -97,7 +97,7 @@ Error put_bracket(Compilation &c) {
   if (!has_room(c, 1 + 16)) return form_too_long;
   const bool negated = *c.at == '^';
   if (negated) ++c.at;
-  Bitmap bitmap;
+  Bitmap bitmap{};
   bool wide = false;
   uint8_t previous = 0;
   const char *at = c.at;

@@ -20,16 +20,19 @@ size_t lowest(uint64_t bits) { return static_cast<size_t>(std::countr_zero(bits)
 Bitmap bytes_of_set(const uint8_t *item) { return {item + 1, operand_size(plain(*item))}; }
 
 // Adds a set as its ranges. Result: its number.
-uint8_t add_set(Walk &walk, Bitmap bitmap) {
+uint8_t add_set(Walk &walk, const Bitmap &bitmap) {
   constexpr size_t words = 4;
-  bitmap.put_nul(false);  // is not inside the text
+  const auto members = [&](size_t i) {
+    return i == 0 ? bitmap.word(i) & ~uint64_t{1} : bitmap.word(i);  // NUL is not inside the text
+  };
   size_t firsts = walk.ranges, lasts = walk.ranges;
   Set &set = walk.set[walk.sets];
   set.first = static_cast<uint16_t>(walk.ranges);
   for (size_t i = 0; i < words; ++i) {
-    const uint64_t word = bitmap.word(i);
-    const uint64_t below = i != 0 ? bitmap.word(i - 1) >> 63 : 0;
-    const uint64_t above = i + 1 != words ? bitmap.word(i + 1) << 63 : 0;
+    const uint64_t word = members(i);
+    if (word == 0) continue;
+    const uint64_t below = i != 0 ? members(i - 1) >> 63 : 0;
+    const uint64_t above = i + 1 != words ? members(i + 1) << 63 : 0;
     for (uint64_t left = word & ~(word << 1 | below); left != 0; left &= left - 1)
       walk.range[firsts++].first = static_cast<uint8_t>(64 * i + lowest(left));
     for (uint64_t left = word & ~(word >> 1 | above); left != 0; left &= left - 1)
@@ -101,7 +104,7 @@ uint64_t members_of(Walk &walk, const uint8_t *item, const Block &block) {
 }
 
 Bitmap bytes_held(const uint8_t *item, const uint8_t *past) {
-  Bitmap held;
+  Bitmap held{};
   for (; item != past; item = next_item(item)) {
     switch (const Code code = plain(*item)) {
       case literal:

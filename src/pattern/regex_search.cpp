@@ -60,13 +60,24 @@ bool fits_at_end(const Stretch &stretch, const Subject &subject) {
          fits(stretch, subject.text, subject.text + (subject.length - stretch.width));
 }
 
+// From an item with which a stretch has ended to the one with which another begins, or to the end.
+const uint8_t *find_stretch(const uint8_t *item) {
+  const auto is_passed = [](const uint8_t *at) {
+    const Counts counts = counts_of(at);
+    return *at == group_start || *at == group_end || counts.least != counts.most ||
+           plain(*at) == back_reference;
+  };
+  while (is_passed(item)) item = next_item(item);
+  return item;
+}
+
 // Whether a text has what an expression of several stretches cannot do without: the rarest of them,
 // and the last one at its end, if the expression ends there.
 bool has_stretches(const Stretch &start, const Subject &subject) {
   Stretch rarer;
   const Stretch *rarest = &start;
-  for (const uint8_t *item = start.past; !is_end(item);) {
-    const Stretch next = stretch_from(next_item(item));
+  for (const uint8_t *item = start.past; !is_end(item = find_stretch(item));) {
+    const Stretch next = stretch_from(item);
     item = next.past;
     if (*item == end_anchor && !fits_at_end(next, subject)) return false;
     if (next.common >= rarest->common) continue;
