@@ -26,13 +26,6 @@ Words words_of(const Side &source, Range span) {
   return {source.word_at[begin], source.word_at[end - 1]};
 }
 
-// Whether the text of a piece goes on as the span does.
-bool is_text_of(const Sides &sides, Range span, uint32_t begin) {
-  const uint32_t length = span.end - span.begin;
-  if (length > sides.target.size() - begin) return false;
-  return sides.source.view(span) == sides.target.view({begin, begin + length});
-}
-
 // Whether nothing goes on that would be part of the same word.
 bool ends_there(const Side &side, uint32_t end) {
   if (end == side.size() || side.is_blank(end) || is_hyphen(side.text[end])) return true;
@@ -43,55 +36,62 @@ bool ends_there(const Side &side, uint32_t end) {
   return (side.kinds[end] == CharKind::unspaced) != (side.kinds[end - 1] == CharKind::unspaced);
 }
 
-// The occurrence of the text in the translation that the alignment names or that is as many-th as
-// the span's in the source.
-bool find_same_text(Projection &projection, Range span, Range &found) {
-  const auto &[source, target] = projection.sides;
+// Whether the text begins where the piece does.
+bool is_text_at(const Side &side, const TextPiece &piece, std::u32string_view text) {
+  const uint32_t begin = piece.range.begin, end = begin + static_cast<uint32_t>(text.size());
+  return end <= side.size() && ends_there(side, end) && side.view({begin, end}) == text;
+}
+
+bool is_named(const Evidence &evidence, Words words, uint32_t target) {
+  auto links = evidence.sources_of(target);
+  if (links.size() > links_at_edges) links = links.first(links_at_edges);
+  return std::any_of(links.begin(), links.end(), [&](const Link &link) {
+    const auto w = static_cast<uint32_t>(link.source);
+    return w >= words.first && w <= words.last;
+  });
+}
+
+// The first word of a text, or an empty range when a text like this is not looked for.
+Range first_word_of(const Side &source, Range text) {
+  const uint32_t length = text.end - text.begin;
+  if (length > longest_text || (length == 1 && source.kinds[text.begin] > CharKind::digit))
+    return {};
+  const uint32_t end = std::min(text.end, source.words[source.word_at[text.begin]].end);
+  const Range first = key_of(source, {text.begin, end});
+  return first.begin == text.begin ? first : Range{};
+}
+
+// Finds the text of the span in the translation. Where it occurs as often as in the source, it is
+// the occurrence that is as many-th; else the one that the alignment names, or if there is none,
+// the one that is as many-th or the only one.
+bool find_same_text(const Projection &projection, Range span, Range &found) {
+  const Side &source = projection.sides.source, &target = projection.sides.target;
   const Evidence &evidence = projection.evidence;
-  const Range text = key_of(source, span);
-  if (text.end - text.begin > longest_text) return false;
-  const uint32_t first_end = std::min(text.end, source.words[source.word_at[text.begin]].end);
-  const Range first = key_of(source, {text.begin, first_end});
-  if (first.begin != text.begin) return false;
-  if (text.end - text.begin == 1 && source.kinds[text.begin] > CharKind::digit) return false;
-  const auto is_it = [&](const Side &side, const TextPiece &piece) {
-    const uint32_t end = piece.range.begin + (text.end - text.begin);
-    if (end > side.size() || !ends_there(side, end)) return false;
-    return &side == &source ? source.view(text) == source.view({piece.range.begin, end})
-                            : is_text_of(projection.sides, text, piece.range.begin);
-  };
-  uint32_t before = 0, count = 0, in_source = 0;
-  bool in_words = false;
+  const Range text = key_of(source, span), first = first_word_of(source, text);
+  if (first.empty()) return false;
+  const std::u32string_view view = source.view(text);
+  uint32_t in_source = 0, before = 0;
+  bool is_counted = false;
   for (const TextPiece &piece : find_pieces(evidence.source_pieces, source.view(first))) {
-    if (!is_it(source, piece)) continue;
+    if (!is_text_at(source, piece, view)) continue;
     in_source++;
     before += piece.range.begin < text.begin;
-    in_words |= piece.range.begin == text.begin;
+    is_counted |= piece.range.begin == text.begin;
   }
-  const auto pieces = find_pieces(evidence.target_pieces, source.view(first));
-  const Words words = words_of(source, span);
-  const TextPiece *named = nullptr, *ordinal = nullptr, *only = nullptr;
-  for (const TextPiece &piece : pieces) {
-    if (!is_it(target, piece)) continue;
-    only = &piece;
-    if (count++ == before) ordinal = &piece;
-    for (const Link &link :
-         evidence.sources_of(piece.word)
-             .first(std::min(evidence.sources_of(piece.word).size(), links_at_edges))) {
-      const auto w = static_cast<uint32_t>(link.source);
-      if (!named && w >= words.first && w <= words.last) named = &piece;
-    }
+  uint32_t count = 0;
+  const TextPiece *named = nullptr, *as_manyth = nullptr, *last = nullptr;
+  for (const TextPiece &piece : find_pieces(evidence.target_pieces, source.view(first))) {
+    if (!is_text_at(target, piece, view)) continue;
+    if (count++ == before) as_manyth = &piece;
+    if (!named && is_named(evidence, words_of(source, span), piece.word)) named = &piece;
+    last = &piece;
   }
-  const TextPiece *piece = nullptr;
-  if (count == in_source && in_words)
-    piece = ordinal;
-  else
-    piece = named ? named : count == 1 ? only : count > in_source ? ordinal : nullptr;
+  const TextPiece *piece = count == in_source && is_counted ? as_manyth : named;
+  if (!piece && (count > in_source || count == 1)) piece = as_manyth ? as_manyth : last;
   if (!piece) return false;
-  const uint32_t begin = piece->range.begin;
-  found.begin = take_marks_before(target, begin, source, {span.begin, text.begin});
-  found.end =
-      take_marks_after(target, begin + (text.end - text.begin), source, {text.end, span.end});
+  const uint32_t begin = piece->range.begin, end = begin + (text.end - text.begin);
+  found = {take_marks_before(target, begin, source, {span.begin, text.begin}),
+           take_marks_after(target, end, source, {text.end, span.end})};
   return true;
 }
 
