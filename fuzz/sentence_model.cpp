@@ -1,10 +1,11 @@
-// Reading through the programs' own splitting of sentences into pieces.
+// Reading through the programs' own structure of a sentence.
 #include "fuzz/sentence_model.h"
 
 #include <algorithm>
 
 #include "fuzz/frame.h"
 #include "programs/common/code_page.h"
+#include "programs/common/sentence.h"
 #include "programs/common/sentence_file.h"
 #include "programs/common/utf8.h"
 
@@ -14,35 +15,27 @@ using namespace programs;
 
 namespace {
 
-Sentence read_sentence(const SentenceFile &file, const CodePage &page) {
+Sentence read_model(const SentenceFile &file, const CodePage &page) {
   Sentence sentence{file.number(), {}, {}};
-  std::vector<Piece> pieces;
-  split_sentence(file, file.text(), pieces);
+  programs::Sentence read;
+  read_sentence(file, page, read);
   Fonts fonts{};
   bool in_word = false;
-  std::string half;  // of a surrogate pair
-  for (const Piece &piece : pieces) {
-    require(half.empty() || piece.kind == Piece::alien, "surrogate pairs stay together");
-    if (piece.kind == Piece::anchor) sentence.anchors.push_back(piece.number);
-    if (piece.kind == Piece::font) fonts[static_cast<size_t>(piece.group)] = piece.number;
-    if (piece.kind == Piece::blank) in_word = false;
-    if (piece.kind != Piece::text && piece.kind != Piece::alien) continue;
-    if (!in_word) sentence.words.emplace_back();
-    in_word = true;
-    const std::string bytes = half + std::string(piece.bytes);
-    half.clear();
-    for (size_t position = 0; position < bytes.size();) {
-      const char32_t c = next_character(page, bytes, position);
-      if (c == 0 && bytes.size() == 5) {
-        half = bytes;
-        continue;
-      }
-      require(c != 0, "every byte is a character of the language");
-      append_utf8(c, sentence.words.back().text);
-      sentence.words.back().fonts.push_back(fonts);
-    }
+  auto code = read.codes.begin();
+  for (size_t i = 0; i <= read.text.size(); i++) {
+    for (; code != read.codes.end() && code->at == i; ++code)
+      if (code->is_font())
+        fonts[static_cast<size_t>(code->group)] = code->number;
+      else
+        sentence.anchors.push_back(code->number);
+    if (i == read.text.size()) break;
+    const bool starts_word = read.text[i] != ' ' && !in_word;
+    in_word = read.text[i] != ' ';
+    if (!in_word) continue;
+    if (starts_word) sentence.words.emplace_back();
+    append_utf8(read.text[i] & ~bare_flag, sentence.words.back().text);
+    sentence.words.back().fonts.push_back(fonts);
   }
-  require(half.empty(), "surrogate pairs are whole");
   std::sort(sentence.anchors.begin(), sentence.anchors.end());
   return sentence;
 }
@@ -56,7 +49,7 @@ std::vector<Sentence> read_sentences(const char *name, const std::string &langua
   std::vector<Sentence> sentences;
   SentenceFile file(name);
   for (SentenceFile::Kind kind; (kind = file.next()) != SentenceFile::end;)
-    sentences.push_back(kind == SentenceFile::frame ? read_sentence(file, page)
+    sentences.push_back(kind == SentenceFile::frame ? read_model(file, page)
                                                     : Sentence{-1, {file.number()}, {}});
   return sentences;
 }

@@ -217,13 +217,18 @@ void fail_at_lines(Carry &job, int64_t sentences) {
   throw Failed{};
 }
 
+// "1 font", "2 fonts".
+std::string counted(int64_t count, const char *what) {
+  return std::to_string(count).append(" ").append(what).append(count == 1 ? "" : "s");
+}
+
 void show_summary(const Carry &job) {
   const Totals &totals = job.totals;
   note(job.sentences.name(), 0,
-       "%lld sentences carried: %lld fonts dropped, %lld anchors placed by a fallback, %lld bad "
-       "alignment pairs, %lld without translation",
-       static_cast<long long>(totals.sentences), static_cast<long long>(totals.fonts),
-       static_cast<long long>(totals.anchors), static_cast<long long>(totals.pairs),
+       "%s carried: %s dropped, %s placed by a fallback, %s, %lld without translation",
+       counted(totals.sentences, "sentence").c_str(), counted(totals.fonts, "font").c_str(),
+       counted(totals.anchors, "anchor").c_str(),
+       counted(totals.pairs, "bad alignment pair").c_str(),
        static_cast<long long>(totals.untranslated));
 }
 

@@ -4,7 +4,6 @@
 
 #include <cstring>
 
-#include "programs/common/letters.h"
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
 
@@ -129,7 +128,6 @@ void make_code_page(const char *language, CodePage &page) {
     if (c == 0) continue;
     page.character[byte] = c;
     page.byte[c] = static_cast<unsigned char>(byte);
-    page.letter[byte] = is_letter(c);
   }
 }
 

@@ -13,7 +13,6 @@ namespace klib::programs {
 struct CodePage {
   char32_t character[256];      // of each byte; 0: the byte never comes from text
   unsigned char byte[0x10000];  // of each character; 0: it has none
-  bool letter[256];             // whether the character of the byte is one (is_letter())
 };
 
 // Makes a language that of the library's character table (initCT) while it lives, where the library

@@ -35,33 +35,6 @@ bool inside(std::string_view code, char close, std::string_view &body) {
   return true;
 }
 
-Piece anchor_piece(const SentenceFile &file, std::string_view code) {
-  std::string_view body;
-  if (!inside(code, anchor_end, body)) fail(file.name(), file.line(), "an anchor is cut off");
-  const int32_t number = whole_number(body);
-  if (number < 0) fail(file.name(), file.line(), "an anchor without a number");
-  return {Piece::anchor, code, number};
-}
-
-Piece font_piece(const SentenceFile &file, std::string_view code) {
-  std::string_view body;
-  if (!inside(code, font_end, body)) fail(file.name(), file.line(), "a font code is cut off");
-  const size_t separator = std::min(body.find(font_separator), body.size());
-  const int group = font_group(body.data(), separator);
-  const int32_t number = whole_number(body.substr(std::min(separator + 1, body.size())));
-  if (group < 0 || number < 0)
-    fail(file.name(), file.line(), "unknown font '%s'", readable(body).c_str());
-  return {Piece::font, code, number, group};
-}
-
-void split_text(std::string_view text, std::vector<Piece> &pieces) {
-  for (size_t begin = 0, end; begin < text.size(); begin = end) {
-    const bool blank = text[begin] == ' ';
-    end = std::min(blank ? text.find_first_not_of(' ', begin) : text.find(' ', begin), text.size());
-    pieces.push_back({blank ? Piece::blank : Piece::text, text.substr(begin, end - begin)});
-  }
-}
-
 }  // namespace
 
 SentenceFile::SentenceFile(const char *name, bool fits_language)
@@ -118,37 +91,6 @@ SentenceFile::Kind SentenceFile::next() {
   if (ferror(stream_.get())) fail_reading(name());
   if (!feof(stream_.get())) fail(name(), line_, "holds a NUL byte");
   return end;
-}
-
-void split_sentence(const SentenceFile &file, const std::string &text, std::vector<Piece> &pieces) {
-  pieces.clear();
-  const std::string_view whole(text);
-  size_t position = 0;
-  init_parser(P_ALIEN | P_ANCHOR | P_FONT);
-  parse_from_string(text.c_str());
-  try {
-    for (int32_t kind; (kind = parse(nullptr)) != P_END;) {
-      const std::string_view bytes = whole.substr(position, strlen(token()));
-      position += bytes.size();
-      switch (kind) {
-        case P_ALIEN:
-          pieces.push_back({Piece::alien, bytes});
-          break;
-        case P_ANCHOR:
-          pieces.push_back(anchor_piece(file, bytes));
-          break;
-        case P_FONT:
-          pieces.push_back(font_piece(file, bytes));
-          break;
-        default:
-          split_text(bytes, pieces);
-      }
-    }
-  } catch (...) {
-    exit_parser();
-    throw;
-  }
-  exit_parser();
 }
 
 }  // namespace klib::programs

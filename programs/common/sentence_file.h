@@ -1,4 +1,4 @@
-// A sentence file, read frame by frame, and the pieces of a sentence.
+// A sentence file, read frame by frame.
 #pragma once
 
 #include <cstdint>
@@ -44,18 +44,5 @@ class SentenceFile {
   int32_t number_ = 0;
   int64_t line_ = 2, next_line_ = 2;
 };
-
-struct Piece {
-  enum Kind { text, blank, alien, anchor, font };
-  Kind kind;
-  std::string_view bytes;  // as they stand in the sentence, codes included
-  int32_t number = 0;      // of the anchor, or of the font (0: plain)
-  int group = 0;           // of the font, its place in font_groups
-};
-
-// Splits the text of a frame, which must outlive the pieces: text without blanks, runs of blanks,
-// single aliens, anchors and fonts. A code that is cut, an anchor without a number and an unknown
-// font end the job; `file` says where.
-void split_sentence(const SentenceFile &file, const std::string &text, std::vector<Piece> &pieces);
 
 }  // namespace klib::programs
