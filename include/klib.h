@@ -131,7 +131,7 @@ KLIB_API int32_t abort_function(K_ANY);
    their defaults, then the command line's values; then, for each group of file names, what the
    parameter files of the group's first name assign. A program that embeds the library calls
    Kstart_prog and Kend_prog instead. Operations that are called before either, or after
-   Kdestroy_kparm, see every parameter at its default. */
+   Kdestroy_kparm, use the default of every parameter. */
 
 typedef void (*K_process_function)(K_ANY); /* takes files_per_call file names of type char * */
 typedef void (*K_hook)(void);
@@ -168,8 +168,8 @@ KLIB_API void Kprocess(const char *file_name);
 
    One log file at a time, opened for appending and flushed after every message. Each non-empty line
    begins with the local time at which its first byte was written, "yy/mm/dd hh:mm:ss ", and ends
-   only where a message holds a line feed. "LOGGING" decides whether a log is started and stopped;
-   while one is open, everything is written. */
+   only where a message contains a line feed. "LOGGING" decides whether a log is started and
+   stopped; while one is open, everything is written. */
 
 /* Starts the log in the file `path` with its three-character type replaced by "log", if "LOGGING"
    is set and `path` is not empty; a log that is open is closed once the new one is. A path without
@@ -180,7 +180,8 @@ KLIB_API void Kstart_logging_file(const char *path);
 /* Closes the log, if "LOGGING" is set and one is open. */
 KLIB_API void Kstop_logging_file(void);
 
-/* Writes a text of any length to the log; nothing without one. Write errors are not reported. */
+/* Writes a text of any length to the log; without an open log nothing happens. Write errors are not
+ * reported. */
 KLIB_API void Klogging(const char *message);
 
 /* ==== Parameter tables ========================================================================
@@ -190,9 +191,9 @@ KLIB_API void Klogging(const char *message);
    before the tables are made and after they are destroyed. A text is owned by its table: to change
    one directly, release the old one with Kfree and store a new one from string_copy.
 
-   The main loop makes the tables and, for each group of files, calls Kinit_parameters; a processing
-   function that does not want its group's parameter files to count for the next group ends with
-   Kcleanup_parameters. */
+   The main loop makes the tables and, for each group of files, calls Kinit_parameters. What the
+   parameter files of a group assign stays for the next group, unless the processing function ends
+   with Kcleanup_parameters. */
 
 KLIB_API extern int32_t *kparm;
 KLIB_API extern char **skparm;
@@ -209,14 +210,14 @@ KLIB_API void Ksourcecode_defaults_for_parms(const char *directory);
 /* Saves all values and sets up the font tables (P_init_fonts). */
 KLIB_API void Kinit_parameters(void);
 
-/* Releases the font tables (P_cleanup_fonts) and brings the saved values back. */
+/* Releases the font tables (P_cleanup_fonts) and restores the saved values. */
 KLIB_API void Kcleanup_parameters(void);
 
 /* Copies all values to the one save slot, replacing what it held. The slot outlives the tables. */
 KLIB_API void Ksave_parameter_values(void);
 
-/* Brings the saved values back and empties the slot. Nothing happens while the slot is empty or the
-   tables do not exist. */
+/* Restores the saved values and empties the slot. Nothing happens while the slot is empty or the
+ * tables do not exist. */
 KLIB_API void Krestore_parameter_values(void);
 
 /* Releases both tables; harmless when repeated. */
@@ -225,8 +226,8 @@ KLIB_API void Kdestroy_kparm(void);
 /* ==== Command line ============================================================================
 
    Any number of assignments, each a '-' with a parameter name and its value as the next argument,
-   then the file names. Names are compared whole and with case; numeric parameters come first. The
-   value is taken unchanged, also when it begins with '-'. */
+   then the file names. Names must match exactly, case included; numeric parameters come first. The
+   value is taken unchanged, even when it begins with '-'. */
 
 /* Assigns the values and returns the index of the first file name, or `argc` when there is none;
    with `argc` of 1 or less that is `argc`. Element 0 of `argv` is never read. Numbers are decimal;
@@ -368,8 +369,8 @@ KLIB_API char *Kpathname(const char *name);
 /* ==== Language names ==========================================================================
 
    Eighteen languages have a long name ("GERMAN"), which the language parameters hold, and a
-   short form ("DE"), which names directories. Names are compared whole and with case. The
-   results are constant texts: neither changed nor released by the caller. */
+   short form ("DE"), which names directories. Names must match exactly, case included. The results
+   are constant texts: the caller neither changes nor releases them. */
 
 /* The long name of a short form, and the short form of a long name; "UNKNOWN" without one. */
 KLIB_API const char *Klang_sh_lo(const char *short_name);
@@ -578,11 +579,11 @@ KLIB_API void Kselect_font(char *name);
 
 /* 1 when the name is in force, else 0. A packet is in force when it was selected last; after
    another selection, when all that it names is; after a font group was added, not. Reports
-   "Undefined font '%s'.\n" and answers for font 0 of group 0; "Undefined named font group '%s'\n",
-   then as above, with the answer 0 after an abort. A packet met while the fields of another are
-   tested is reported as "Recursive font loop in font packet. Sorry\n" and the program is aborted;
-   it is then tested like any packet, or answered 0 when its own test is not finished. After a
-   packet has been tested, the next one in the same packet is not reported. */
+   "Undefined font '%s'.\n" and returns the answer for font 0 of group 0; "Undefined named font
+   group '%s'\n", then as above, with the answer 0 after an abort. A packet met while the fields of
+   another are tested is reported as "Recursive font loop in font packet. Sorry\n" and the program
+   is aborted; it is then tested like any packet, or answered 0 when its own test is not finished.
+   After a packet has been tested, the next one in the same packet is not reported. */
 KLIB_API int32_t Kis_font_selected(char *name);
 
 /* A new list of new texts: the bodies of the font codes of `text` in order, perhaps none. A code
@@ -593,7 +594,7 @@ KLIB_API char **Kfonts_in_string(const char *text);
    existed at the save. single_font is not part of a save. */
 KLIB_API void Ksave_font_state(void);
 
-/* Puts the saved selection back and ends the save. Nothing happens without a save. */
+/* Restores the saved selection and ends the save. Nothing happens without a save. */
 KLIB_API void Krestore_font_state(void);
 
 /* Ends the save and leaves the selection as it is. Nothing happens without a save. */
@@ -638,8 +639,8 @@ KLIB_API extern int32_t _count_length[16];
 KLIB_API extern int32_t current_sentence_number;
 
 /* Sets a counter to `start`; its value is shown in the log ("%d ", no line feed) when it reaches
-   `start` + `step`, and from there on at distances of `step`. With step 0 it is not shown. A
-   negative step shows the value at every count. */
+   `start` + `step`, and then every `step`. With step 0 it is not shown. A negative step shows the
+   value at every count. */
 KLIB_API void init_counter(int32_t counter, int32_t start, int32_t step);
 
 /* The counter's value, after `delta` was added when it is positive; 0 shows the value, negative
@@ -670,7 +671,7 @@ KLIB_API void init_kti_format(int32_t numbered);
    newlines, carriage returns and tabs become blanks, runs of blanks one blank, and blanks become
    newlines where a line would grow wider than the width; words are never broken, however narrow
    the width is. Its number is counter 0, or current_sentence_number when `tick` is
-   negative. Unless `tick` is 0, counter 0 then moves on by "KTI-STEP". Errors of the stream are
+   negative. Unless `tick` is 0, counter 0 then advances by "KTI-STEP". Errors of the stream are
    not reported: look at ferror. */
 KLIB_API void kti_format(FILE *stream, char *sentence, int32_t tick);
 
@@ -843,7 +844,7 @@ KLIB_API extern const uint32_t *fc_t;
 KLIB_API extern int32_t fc_t_len;
 
 /* Makes the language's table the active one: Russian for texts that begin with "RU", Greek for
-   "GR", Western for all others. Upper and lower case count. Kstart_prog calls it. Kmain_loop and
+   "GR", Western for all others. Case matters. Kstart_prog calls it. Kmain_loop and
    parameter lines do not: a program that runs the main loop calls it itself. */
 KLIB_API void initCT(const char *language);
 
@@ -1127,7 +1128,7 @@ KLIB_API int32_t *positions_of(const char *s, int32_t c, int32_t *count);
 KLIB_API int32_t ustrcmp(const char *a, const char *b);
 
 /* Chooses the active upper-case table: Russian for texts that begin with "RU", Greek for "GR",
-   Western for all others. Upper and lower case count. */
+ * Western for all others. Case matters. */
 KLIB_API void initUpcase(const char *language);
 
 /* Upper-cases in place: bytes of the type "lower" (cprops) are mapped through the active upper-case
