@@ -40,13 +40,13 @@ struct TokenFiles {
       : source(prefix + ".source"), target(prefix + ".target") {}
 };
 
-void add_side(const LineReader &file, align::LanguageModel &language, OutputFile *tokens,
+void add_side(std::string_view line, align::LanguageModel &language, OutputFile *tokens,
               std::vector<align::Unit> &units) {
-  align::read_units(file.line(), language.vocabulary, units);
+  align::read_units(line, language.vocabulary, units);
   if (!tokens) return;
   std::vector<align::Token> found;
-  align::divide_into_tokens(file.line(), units, found);
-  tokens->write(align::token_line(file.line(), found));
+  align::divide_into_tokens(line, units, found);
+  tokens->write(align::token_line(line, found));
 }
 
 [[noreturn]] void fail_at_lines(LineReader &source, LineReader &target) {
@@ -65,8 +65,9 @@ void add_texts(const char *source_name, const char *target_name, TokenFiles *tok
     const bool has_source = source.next(), has_target = target.next();
     if (has_source != has_target) fail_at_lines(source, target);
     if (!has_source) return;
-    add_side(source, alignment.model.source, tokens ? &tokens->source : nullptr, units);
-    add_side(target, alignment.model.target, tokens ? &tokens->target : nullptr, partners);
+    add_side(align::source_line(source.line()), alignment.model.source,
+             tokens ? &tokens->source : nullptr, units);
+    add_side(target.line(), alignment.model.target, tokens ? &tokens->target : nullptr, partners);
     align::add_units(units, partners, alignment.model, alignment.corpus);
   }
 }

@@ -39,7 +39,7 @@ std::string text_of(const Sentence &sentence) {
     const char32_t c = flagged & ~bare_flag;
     append_utf8(c >= 0xD800 && c <= 0xDFFF ? replacement : c, text);
   }
-  return text;
+  return align::source_line(text);
 }
 
 // Bytes as characters. The tokens are in order.

@@ -228,7 +228,7 @@ void add_units(const std::vector<Unit> &source, const std::vector<Unit> &target,
 
 void add_line(std::string_view source, std::string_view target, Model &model, Corpus &corpus) {
   std::vector<Unit> units, partners;
-  read_units(source, model.source.vocabulary, units);
+  read_units(source_line(source), model.source.vocabulary, units);
   read_units(target, model.target.vocabulary, partners);
   add_units(units, partners, model, corpus);
 }

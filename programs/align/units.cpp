@@ -6,6 +6,7 @@
 //   古い家です。        -> 古い 家 です .
 #include "programs/align/units.h"
 
+#include <algorithm>
 #include <string>
 
 #include "programs/align/characters.h"
@@ -131,6 +132,12 @@ void read_word(WordReader &reader) {
 }
 
 }  // namespace
+
+std::string source_line(std::string_view line) {
+  std::string text(line);
+  std::replace(text.begin(), text.end(), '\v', '\x01');
+  return text;
+}
 
 void read_units(std::string_view line, Vocabulary &vocabulary, std::vector<Unit> &units) {
   units.clear();

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,6 +20,10 @@ struct Unit {
   int32_t begin, end;   // bytes of the line
   bool without_blanks;  // its script has no blanks between words
 };
+
+// A line of a source as read_units() takes it. A sentence of kextract may have a vertical tab in a
+// word; in a translation it parts words. Here it becomes a control of the same length.
+std::string source_line(std::string_view line);
 
 // Reads the units of a line of UTF-8. Every word has at least one; they are in order.
 void read_units(std::string_view line, Vocabulary &vocabulary, std::vector<Unit> &units);

@@ -489,6 +489,9 @@ TEST_F(Kalign, TakesAnyNamesAndStreams) {
   EXPECT_EQ(read("out"), "0-0 1-1 2-2\n\n");
   const Outcome piped = run("kalign", "- target -", "cat source | ");
   EXPECT_EQ(piped.output, "0-0 1-1 2-2\n\n") << piped.errors;
+  write("source", "One\vtwo three\n");
+  EXPECT_EQ(run("kalign", "source source out").status, 0);
+  EXPECT_EQ(read("out"), "0-0 0-1 1-2\n");
   write("ja", "USBを\n");
   write("en", "the USB\n");
   EXPECT_EQ(run("kalign", "--tokens t ja en -").status, 0);
