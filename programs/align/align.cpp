@@ -19,7 +19,7 @@ namespace {
 
 constexpr size_t pairs_at_once = 12'000'000;  // 8 bytes each, and the candidates
 constexpr size_t pairs_of_line = 4'000'000;   // a line with more is cut
-constexpr size_t pairs_of_piece = 400 * 400;  // ... into pieces with about as many
+constexpr size_t pairs_of_piece = 200 * 200;  // ... into pieces with about as many
 constexpr size_t stretches_of_part = 16;      // that a thread takes at a time
 
 // One of `parts` equal parts of the units.
