@@ -2,6 +2,7 @@
 #include "programs/report/report.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <memory>
@@ -51,7 +52,7 @@ TEST(ReportText, Badges) {
 
 // What sha256sum says of the script, in base64.
 TEST(ReportText, ThePolicyNamesTheScript) {
-  const std::string name = testing::TempDir() + "report_script";
+  const std::string name = testing::TempDir() + "report_script." + std::to_string(getpid());
   const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(name.c_str(), "wb"), fclose);
   const std::string script = report_script();
   fwrite(script.data(), 1, script.size(), file.get());
