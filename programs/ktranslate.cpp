@@ -69,9 +69,16 @@ void name_pages(std::span<const char *const> names, Run &run) {
   if (names.size() != 2)
     fail("ktranslate", 0, "%zu file names: it takes IN and OUT, or any number with --out-dir",
          names.size());
-  check_result_name(names[0], names[1]);
+  check_result_name(names[0], names[1], "its result");
   run.pages.emplace_back().page = names[0];
   run.pages.back().result = names[1];
+}
+
+void check_report_name(const Run &run) {
+  for (const PageFiles &page : run.pages) {
+    check_result_name(page.page.c_str(), html, "the report");
+    check_result_name(page.result.c_str(), html, "the report");
+  }
 }
 
 // An engine knows its languages; what the user or a parameter file says goes before.
@@ -135,6 +142,7 @@ void set_option(const Program &program, const char *name, Value value) {
 // Runs the job of another program on files, with the parameters of this one.
 void run_job(const Program &program, const std::vector<std::string> &files) {
   std::vector<const char *> names;
+  names.reserve(files.size());
   for (const std::string &file : files) names.push_back(file.c_str());
   program.job.run({names.data(), names.size()});
 }
@@ -217,6 +225,7 @@ void translate(std::span<const char *const> names) {
   check_options();
   Run run;
   name_pages(names, run);
+  if (html) check_report_name(run);
   set_languages();
   run.jobs = jobs > 0 ? jobs : std::max<int64_t>(std::thread::hardware_concurrency(), 1);
   const Interruptible interruptible;

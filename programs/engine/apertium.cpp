@@ -37,7 +37,7 @@ constexpr struct {
 };
 
 std::string language_code(const std::string &name) {
-  const std::string code = name.substr(0, name.find('_'));
+  std::string code = name.substr(0, name.find('_'));
   for (const auto &[three, two] : language_codes)
     if (code == three) return two;
   return code;
@@ -165,7 +165,7 @@ StreamEnd align(Apertium &engine, Batch &batch, size_t first, size_t last,
   batch.marked.clear();
   mark_batch(batch, first, last);
   Run run{engine, engine.rest, {}};
-  const StreamEnd end = run.pass(batch.marked);
+  StreamEnd end = run.pass(batch.marked);
   ApertiumAnswer answer;
   for (size_t i = first; i < first + run.answers.size(); i++) {
     ApertiumTranslation &translation = translations[i];
@@ -198,7 +198,7 @@ StreamEnd align_batch(Apertium &engine, Batch &batch, size_t lost,
     engine.aligns = lost == 0;
     first = std::min(tried_first, translations.size());
     if (!engine.aligns) return {};
-    const StreamEnd end = align(engine, batch, 0, first, translations, changed);
+    StreamEnd end = align(engine, batch, 0, first, translations, changed);
     if (end.kind != StreamEnd::good) return end;
     engine.aligns = changed * most_changed <= static_cast<int64_t>(first) + most_changed;
     if (!engine.aligns) drop_alignments(translations);
@@ -241,6 +241,7 @@ StreamEnd translate_batch(Apertium &engine, const std::vector<std::string> &sent
                           std::vector<ApertiumTranslation> &translations) {
   translations.clear();
   std::vector<std::string> blocks;
+  blocks.reserve(sentences.size());
   for (const std::string &sentence : sentences) blocks.push_back(apertium_block(sentence));
   Run analysis{engine, engine.first, {}}, plain{engine, engine.rest, {}};
   StreamEnd end = analysis.pass(blocks);

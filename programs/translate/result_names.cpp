@@ -63,10 +63,10 @@ std::vector<std::string> result_names(std::span<const char *const> pages,
   return names;
 }
 
-void check_result_name(const char *page, const char *result) {
+void check_result_name(const char *page, const char *result, const char *what) {
   if (strcmp(page, "-") != 0 && strcmp(result, "-") != 0 && is_same_file(page, result) &&
       !std::filesystem::is_character_file(result))
-    fail(page, 0, "would be replaced by its result: choose another name");
+    fail(page, 0, "would be replaced by %s: choose another name", what);
 }
 
 void make_folders(const std::string &result) {

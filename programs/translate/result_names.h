@@ -13,8 +13,8 @@ namespace klib::programs {
 std::vector<std::string> result_names(std::span<const char *const> pages,
                                       const std::string &directory);
 
-// Ends the job (fail()) when the result would replace its own page.
-void check_result_name(const char *page, const char *result);
+// Ends the job (fail()) when what is to be written, such as "its result", would replace the page.
+void check_result_name(const char *page, const char *result, const char *what);
 
 // Makes the folders on the way to a result. A failure ends the job (fail()).
 void make_folders(const std::string &result);

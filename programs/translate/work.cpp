@@ -53,7 +53,7 @@ struct Reader {
     size_t size = 0;
     if (colon == rest.npos) return rest = {}, "";
     std::from_chars(rest.data(), rest.data() + colon, size);
-    const std::string field(rest.substr(colon + 1, size));
+    std::string field(rest.substr(colon + 1, size));
     rest.remove_prefix(std::min(colon + 1 + size, rest.size()));
     return field;
   }

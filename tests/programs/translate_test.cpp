@@ -160,6 +160,8 @@ TEST_F(Translate, NamesThatAreRefused) {
       {"site/a.html site/sub/../a.html", "would be replaced by its result"},
       {"--out-dir site site/a.html", "would be replaced by a result"},
       {"--out-dir out site/a.html site/sub/../a.html", "has the same result as"},
+      {"--html site/a.html site/a.html x", "would be replaced by the report"},
+      {"--html x site/a.html x", "would be replaced by the report"},
       {"--out-dir out -", "has no name for a result"},
       {"--out-dir out", "no file names"},
   };
