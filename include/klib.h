@@ -899,8 +899,9 @@ KLIB_API char **Kcharacter_types_regex(void);
    room is asked for before anything else.
 
    Time grows with the length of the text times that of the expression. Only back-references to what
-   can vary in length take more: one such in an expression the square of the length of the text (up
-   to 16384 bytes), several a higher power. */
+   can vary in length can take more: one such in an expression at most the square of the length of
+   the text (up to 131072 bytes), which the usual texts do not come near, and several a higher
+   power. To decide such a one may take 300 KB of the stack. */
 
 /* Result: 1 when a line of the loaded word list (Klist_in), taken as an expression, matches
    somewhere in the text; -1 when none does, or the list is empty. */

@@ -15,6 +15,7 @@
 //
 // Tested by regex_test.cpp.
 
+#include <algorithm>
 #include <cstring>
 
 #include "frame/messages.h"
@@ -47,6 +48,14 @@ constexpr std::array<bool, 256> ordinary = [] {
   std::array<bool, 256> table{};
   table.fill(true);
   for (const char byte : {'\0', '\n', '\\', '[', '.', '$', '*'}) table[u8(byte)] = false;
+  return table;
+}();
+
+// Members of a bracket expression that stand for themselves and leave the set narrow.
+constexpr std::array<bool, 256> plain_member = [] {
+  std::array<bool, 256> table{};
+  std::fill_n(table.begin(), 0x80, true);
+  for (const char byte : {'\0', '\n', '-', ']'}) table[u8(byte)] = false;
   return table;
 }();
 
@@ -101,7 +110,9 @@ Error put_bracket(Compilation &c) {
   bool wide = false;
   uint8_t previous = 0;
   const char *at = c.at;
-  for (const char *const first = at; at == first || *at != ']'; ++at) {
+  for (const char *const first = at;; ++at) {
+    for (; plain_member[u8(*at)]; ++at) bitmap.add(previous = u8(*at));
+    if (*at == ']' && at != first) break;
     const bool range = at != first && *at == '-' && at[1] != ']';
     if (range) ++at;
     if (*at == '\0' || (*at == '\n' && !range)) return bracket_not_closed;
