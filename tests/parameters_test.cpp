@@ -29,29 +29,35 @@ TEST_F(Parameters, StartAtTheirDefaults) {
 }
 
 TEST_F(Parameters, AreFoundByTheirWholeName) {
+  constexpr int32_t texts = parameters::numeric_count;  // text N is the combined number texts + N
   static const struct {
     const char *name;
     int32_t number, type;
   } rows[] = {
-      {"LOGGING", 31, 0x24},   {"LIB-DIRECTORY", 64, 0x24},
-      {"PC-EXDIR", 101, 0x04}, {"LEFT-MARGIN", 13, 0x21},
-      {"", 19, 0x24},          {"COLOR", 63, 0x24},
-      {"logging", -1, 0},      {"LOG", -1, 0},
-      {"LOGGING ", -1, 0},     {"INTERLEAF2", 62, 0x04},
-      {"FONT", 79, 0x31},      {"DIRECTION", 85, 0x04},
+      {"LOGGING", 31, 0x24},
+      {"LIB-DIRECTORY", texts + 1, 0x24},
+      {"PC-EXDIR", texts + 38, 0x04},
+      {"LEFT-MARGIN", 13, 0x21},
+      {"", 19, 0x24},
+      {"COLOR", 63, 0x24},
+      {"logging", -1, 0},
+      {"LOG", -1, 0},
+      {"LOGGING ", -1, 0},
+      {"INTERLEAF2", 62, 0x04},
+      {"FONT", texts + 16, 0x31},
+      {"DIRECTION", texts + 22, 0x04},
   };
   for (const auto &row : rows) {
     EXPECT_EQ(parameters::parameter_number(row.name), row.number) << row.name;
     EXPECT_EQ(parameters::parameter_type(row.number), row.type) << row.name;
   }
   log();
-  for (const int32_t number : {0, 102, INT32_MIN, INT32_MAX})
+  std::string reports;
+  for (const int32_t number : {0, texts + parameters::text_count + 1, INT32_MIN, INT32_MAX}) {
     EXPECT_EQ(parameters::parameter_type(number), 0) << number;
-  EXPECT_EQ(log(),
-            "Cannot get parameter type of parameter 0.\n"
-            "Cannot get parameter type of parameter 102.\n"
-            "Cannot get parameter type of parameter -2147483648.\n"
-            "Cannot get parameter type of parameter 2147483647.\n");
+    reports += "Cannot get parameter type of parameter " + std::to_string(number) + ".\n";
+  }
+  EXPECT_EQ(log(), reports);
 }
 
 TEST_F(Parameters, ReadNumbersFromTheStartOfAText) {
@@ -147,7 +153,7 @@ TEST_F(Parameters, LanguageAndDirectionDecideTheLanguageFlag) {
 struct CommandLine {
   std::vector<std::string> arguments;
   int32_t first;
-  std::string assigned;  // "number=value" of what differs from the defaults
+  std::string assigned;  // "NAME=value" of what differs from the defaults
   bool usage;
 };
 
@@ -155,33 +161,32 @@ std::string differences() {
   std::string result;
   for (const auto &row : parameters::numeric_definitions)
     if (kparm[row.number - 1] != row.default_value)
-      result += std::to_string(row.number) + "=" + std::to_string(kparm[row.number - 1]) + " ";
+      result += std::string(row.name) + "=" + std::to_string(kparm[row.number - 1]) + " ";
   for (const auto &row : parameters::text_definitions)
     if (skparm[row.number - 1] != std::string(row.default_value))
-      result += std::to_string(parameters::numeric_count + row.number) + "=" +
-                skparm[row.number - 1] + " ";
+      result += std::string(row.name) + "=" + skparm[row.number - 1] + " ";
   return result;
 }
 
 TEST_F(Parameters, CommandLineAssignsUpToTheFirstFileName) {
   const std::vector<CommandLine> rows = {
       {{}, 1, "", false},
-      {{"-LOGGING", "2", "a.txt"}, 3, "31=2 ", false},
+      {{"-LOGGING", "2", "a.txt"}, 3, "LOGGING=2 ", false},
       {{"a.txt", "-LOGGING", "0"}, 1, "", false},
       {{"-logging", "1", "a.txt"}, 2, "", true},
       {{"-LOG", "1"}, 2, "", true},
-      {{"-bad", "-LOGGING", "3", "x"}, 4, "31=3 ", true},
-      {{"-LEFT-MARGIN", "-5"}, 3, "13=-5 ", false},
-      {{"-", "7"}, 3, "19=7 ", false},
+      {{"-bad", "-LOGGING", "3", "x"}, 4, "LOGGING=3 ", true},
+      {{"-LEFT-MARGIN", "-5"}, 3, "LEFT-MARGIN=-5 ", false},
+      {{"-", "7"}, 3, "=7 ", false},
       {{"-FONT",
         "a\xFF"
         "b",
         "-LANGUAGE", "ENGLISH"},
        5,
-       "65=ENGLISH 79=a\xFF"
+       "LANGUAGE=ENGLISH FONT=a\xFF"
        "b ",
        false},
-      {{"-LOGGING", "2", "-TASK"}, 4, "31=2 ", true},
+      {{"-LOGGING", "2", "-TASK"}, 4, "LOGGING=2 ", true},
       {{"-TASK", "", ""}, 3, "", false},
   };
   for (CommandLine row : rows) {
@@ -205,7 +210,8 @@ TEST_F(Parameters, UsageListsEveryName) {
             "Usage:  [-parameter value] ... filename ...\n"
             "Legal parameters are: \n"
             "KTI-WIDTH\nUSE-NLS\n");
-  EXPECT_EQ(std::count(usage.begin(), usage.end(), '\n'), 2 + 100 + 1);
+  EXPECT_EQ(std::count(usage.begin(), usage.end(), '\n'),
+            2 + (parameters::numeric_count + parameters::text_count - 1) + 1);
   EXPECT_EQ(usage.substr(usage.find("PC-EXDIR")), "PC-EXDIR\nProgram aborted.\n");
   Kusage(2, 3);
   Kusage(-1, 3);
