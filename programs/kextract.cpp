@@ -10,6 +10,7 @@ namespace {
 
 const char *encoding;  // the value of --encoding
 bool translate_code;
+const char *offer;  // the value of --offer
 
 void extract(const char *sentences, const char *page) {
   const std::string inputs[] = {page};
@@ -17,9 +18,16 @@ void extract(const char *sentences, const char *page) {
                                  with_type(sentences, "anc"), with_type(sentences, "anx")};
   check_job_files(inputs, outputs);
   check_family(sentences);
+  for (std::string_view left = offer ? offer : ""; !left.empty();) {
+    const std::string_view name = left.substr(0, left.find(','));
+    left.remove_prefix(std::min(name.size() + 1, left.size()));
+    if (name != "textarea" && name != "pre" && name != "svg")
+      fail("kextract", 0, "--offer: '%.*s' is none of textarea, pre and svg",
+           static_cast<int>(std::min<size_t>(name.size(), 40)), name.data());
+  }
   const DocumentKind &kind = kind_of_file(page);
   extract_document(kind, kind.read(page, encoding ? encoding : ""),
-                   {.translate_code = translate_code}, sentences);
+                   {.translate_code = translate_code, .offer = offer ? offer : ""}, sentences);
 }
 
 constexpr const char *purpose =
@@ -37,6 +45,8 @@ constexpr Parameter parameters[] = {
 };
 
 constexpr Option options[] = {
+    {"offer", "NAMES", &offer,
+     "offer the text of textarea, pre and svg, too: those named, commas between"},
     {"translate-code", nullptr, &translate_code,
      "offer the text of code, kbd, samp and tt for translation, too"},
     {"encoding", "NAME", &encoding, "the encoding of a page that does not say it (utf-8)"},

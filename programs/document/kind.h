@@ -49,6 +49,7 @@ struct Slot {
 // What a user wants of extraction, as far as kinds of documents know it.
 struct Wishes {
   bool translate_code = false;  // text that is code is like any other
+  std::string_view offer{};     // names of elements whose text is else kept whole, commas between
 };
 
 // The items of one sentence that are in its frame: from the first to before the last.

@@ -4,6 +4,7 @@
 // pushed and popped once.
 #include "programs/html/paragraph.h"
 
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 
@@ -111,6 +112,33 @@ void ParagraphReader::take_text(size_t begin, size_t end, std::vector<Item> &ite
   }
 }
 
+bool ParagraphReader::is_offered(std::string_view name) const {
+  for (std::string_view left = offer_; !left.empty();) {
+    const std::string_view offered = left.substr(0, left.find(','));
+    if (equal_names(offered, name)) return true;
+    left.remove_prefix(std::min(offered.size() + 1, left.size()));
+  }
+  return false;
+}
+
+// Takes text up to white space that is no single blank, which ends the paragraph; true when there
+// is none before `end`.
+bool ParagraphReader::take_verbatim(size_t end, std::vector<Item> &items) {
+  for (size_t i = position_; i < end;) {
+    const size_t begin = i;
+    while (i < end && is_html_white(page_[i])) i++;
+    if (i > begin && page_.substr(begin, i - begin) != " ") {
+      take_text(position_, begin, items);
+      position_ = i;
+      return false;
+    }
+    while (i < end && !is_html_white(page_[i])) i++;
+  }
+  take_text(position_, end, items);
+  position_ = end;
+  return true;
+}
+
 // Takes the slots of a start tag, and of those in an element that is kept whole.
 void ParagraphReader::take_slots(const Token &start) {
   find_slots(page_, start, protection_, slots_);
@@ -125,6 +153,8 @@ void ParagraphReader::take_slots(const Token &start) {
 // Takes the token at the position; false when the paragraph ends there.
 bool ParagraphReader::take_token(std::vector<Item> &items) {
   const Token token = next_token(page_, position_);
+  if (token.kind == Token::text && token.begin < verbatim_end_)
+    return take_verbatim(token.end, items);
   position_ = token.end;
   if (token.kind == Token::text) {
     take_text(token.begin, token.end, items);
@@ -137,7 +167,24 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
     return true;
   }
   const bool opens = token.kind == Token::start_tag;
-  const Element::Content content = element(token.name).content;
+  Element::Content content = element(token.name).content;
+  if (token.begin < drawing_end_ && content != Element::raw)
+    content = equal_names(token.name, "tspan") || equal_names(token.name, "a") ||
+                      equal_names(token.name, "textpath")
+                  ? Element::inlined
+                  : Element::block;
+  if (opens && is_offered(token.name)) {
+    if (content == Element::raw) {
+      verbatim_end_ = end_of_raw_text(page_, token.end, token.name);
+      content = Element::caption;
+    } else if (content == Element::preserved) {
+      verbatim_end_ = end_of_nested_element(page_, token, true);
+      content = Element::block;
+    } else if (content == Element::nested) {
+      drawing_end_ = end_of_nested_element(page_, token, false);
+      content = Element::block;
+    }
+  }
   Item::Kind kind = Item::single;
   bool kept = protection_.is_on();
   if (opens && content == Element::preserved) position_ = end_of_nested_element(page_, token, true);
@@ -182,8 +229,12 @@ bool ParagraphReader::next(std::vector<Item> &items) {
   if (position_ < caption_end_) {
     // Tags have no meaning here but would have one elsewhere: such a text is left alone.
     const std::string_view caption = page_.substr(position_, caption_end_ - position_);
-    if (caption.find('<') == std::string_view::npos) take_text(position_, caption_end_, items);
-    position_ = caption_end_;
+    if (caption.find('<') != std::string_view::npos)
+      position_ = caption_end_;
+    else if (position_ < verbatim_end_)
+      take_verbatim(caption_end_, items);
+    else
+      take_text(position_, caption_end_, items), position_ = caption_end_;
     return true;
   }
   while (position_ < page_.size() && take_token(items)) {

@@ -16,8 +16,8 @@ class ParagraphReader {
  public:
   // The protection follows the reader through the page; slots are added as they are passed.
   ParagraphReader(std::string_view page, size_t begin, Protection &protection,
-                  std::vector<Slot> &slots)
-      : page_(page), position_(begin), protection_(protection), slots_(slots) {}
+                  std::vector<Slot> &slots, std::string_view offer = "")
+      : page_(page), position_(begin), protection_(protection), slots_(slots), offer_(offer) {}
 
   // The items of the next paragraph, often none; false behind the last one. What stands between the
   // paragraphs' items is block structure.
@@ -26,13 +26,18 @@ class ParagraphReader {
  private:
   void take_slots(const Token &start);
   bool take_token(std::vector<Item> &items);
+  bool is_offered(std::string_view name) const;
+  bool take_verbatim(size_t end, std::vector<Item> &items);
   void take_text(size_t begin, size_t end, std::vector<Item> &items);
 
   std::string_view page_;
   size_t position_;
   Protection &protection_;
   std::vector<Slot> &slots_;
-  size_t caption_end_ = 0;  // until there, text without tags follows
+  std::string_view offer_;   // elements whose text is offered instead of being kept whole
+  size_t verbatim_end_ = 0;  // until there, white space but for single blanks stays as it is
+  size_t drawing_end_ = 0;   // until there, svg
+  size_t caption_end_ = 0;   // until there, text without tags follows
 };
 
 }  // namespace klib::programs

@@ -53,6 +53,22 @@ TEST_F(Keep, BlocksAreNotOffered) {
   EXPECT_EQ(offered("<p><code>a</code><p translate=no><code>b</code>", "--translate-code"), "a/");
 }
 
+TEST_F(Keep, WhatIsKeptWholeIsOfferedOnDemand) {
+  static const struct {
+    const char *offer, *body, *text;
+  } rows[] = {
+      {"textarea", "a<textarea>\n b c\n\n d  &lt;e</textarea>f<pre>g</pre>", "a/b c/d/<e/f/"},
+      {"pre", "<pre>a <b>b</b>\n  c\td. E</pre>f<textarea>g</textarea>", "a b/c/d./E/f/"},
+      {"svg", "a<svg><title>b</title><text>c <tspan>d</tspan></text><text>e</text></svg>f",
+       "a/b/c d/e/f/"},
+      {"pre,svg", "<pre>a</pre><svg><g/><desc>b</desc></svg><textarea>c</textarea>", "a/b/"},
+  };
+  for (const auto &row : rows)
+    EXPECT_EQ(offered(row.body, std::string("--offer ") + row.offer), row.text) << row.body;
+  EXPECT_EQ(run("kextract", "--offer pre,div job.kti job.htm").errors,
+            "kextract: --offer: 'div' is none of textarea, pre and svg\n");
+}
+
 TEST_F(Keep, PiecesOfSentencesComeBack) {
   static const struct {
     const char *body, *translation, *alignment, *result;
