@@ -1,5 +1,8 @@
 // kextract takes a page apart: its sentences with format codes, their words for the translation,
 // and everything else as anchors. docs/pipeline.md describes the files.
+#include <algorithm>
+#include <string_view>
+
 #include "programs/common/program.h"
 #include "programs/document/extraction.h"
 #include "programs/frame/job_files.h"
@@ -11,6 +14,7 @@ namespace {
 const char *encoding;  // the value of --encoding
 bool translate_code;
 const char *offer;  // the value of --offer
+const char *placeable;
 
 void extract(const char *sentences, const char *page) {
   const std::string inputs[] = {page};
@@ -25,9 +29,16 @@ void extract(const char *sentences, const char *page) {
       fail("kextract", 0, "--offer: '%.*s' is none of textarea, pre and svg",
            static_cast<int>(std::min<size_t>(name.size(), 40)), name.data());
   }
+  const auto is_plain = [](char c) { return c > ' ' && c <= '~'; };
+  const std::string_view form = placeable ? placeable : "#";
+  if (form.empty() || !std::ranges::all_of(form, is_plain))
+    fail("kextract", 0, "--placeable: the form must be one word of ASCII, such as XXQ#");
   const DocumentKind &kind = kind_of_file(page);
   extract_document(kind, kind.read(page, encoding ? encoding : ""),
-                   {.translate_code = translate_code, .offer = offer ? offer : ""}, sentences);
+                   {.placeable = placeable ? placeable : "",
+                    .translate_code = translate_code,
+                    .offer = offer ? offer : ""},
+                   sentences);
 }
 
 constexpr const char *purpose =
@@ -47,6 +58,9 @@ constexpr Parameter parameters[] = {
 constexpr Option options[] = {
     {"offer", "NAMES", &offer,
      "offer the text of textarea, pre and svg, too: those named, commas between"},
+    {"placeable", "FORM", &placeable,
+     "put a word into JOB.txt for each image, formula or other atom in a sentence;\n"
+     "'#' in FORM is its number there"},
     {"translate-code", nullptr, &translate_code,
      "offer the text of code, kbd, samp and tt for translation, too"},
     {"encoding", "NAME", &encoding, "the encoding of a page that does not say it (utf-8)"},

@@ -60,6 +60,8 @@ struct Extraction {
   std::vector<Slot> slots{};
   size_t next_slot = 0;                                  // the first that is not in the files
   std::unordered_map<std::u32string, int32_t> values{};  // the anchors of the texts of slots
+  std::string_view placeable{};                          // the word for atoms, or none
+  int32_t atoms = 0;                                     // in the sentence
   Spellings spellings{kind};
   bool has_spellings = false;               // whether the document has references of that kind
   std::vector<std::string_view> spelled{};  // in the sentence
@@ -312,16 +314,43 @@ void begin_spellings(Extraction &job) {
   write_spellings(job);
 }
 
+// Adds an atom as a word that stands for it, apart from letters around it.
+void add_atom(Extraction &job, const Item &item, bool letter_follows) {
+  const int32_t number = job.anchors.add(Anchor::kept, with_slots(job, item.begin, item.end));
+  std::u32string &text = job.sentence.text;
+  const auto is_word = [](char32_t c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+           (c >= 0x80 && c < bare_flag);
+  };
+  const bool after_letter = !text.empty() && text.back() != ' ' && is_word(text.back());
+  job.sentence.add_anchor(number);
+  if (after_letter) text += ' ';
+  job.atoms++;
+  for (const char c : job.placeable) {
+    if (c != '#')
+      text += static_cast<unsigned char>(c);
+    else
+      for (const char digit : std::to_string(job.atoms)) text += static_cast<unsigned char>(digit);
+  }
+  if (letter_follows) text += ' ';
+  job.sentence.add_anchor(job.anchors.add(Anchor::kept_end, "", number));
+}
+
 void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &frame) {
   write_between(job, items[frame.first].begin, items.front().begin);
   job.sentence.clear();
   job.sentence.number = static_cast<int32_t>(job.number);
+  job.atoms = 0;
   FrameItems look = look_at(items, frame);
   for (size_t i = 0; i < look.size(); i++) {
     const size_t kept_end = end_of_kept_piece(look, i);
     if (kept_end > i) {
       add_kept_piece(job, look, i, kept_end);
       i = kept_end - 1;
+    } else if (look.item(i).atom && !job.placeable.empty()) {
+      const size_t next = look.content_after[i];
+      const bool is_next = next == i + 1 && look.item(next).kind == Item::text;
+      add_atom(job, look.item(i), is_next && look.item(next).lettered);
     } else if (look.item(i).is_markup()) {
       i = add_markup(job, look, i);
     } else {
@@ -374,6 +403,7 @@ void extract_document(const DocumentKind &kind, const Document &document, const 
                             std::string(kind.name), document.encoding};
   Extraction job(kind, document, page, header, name);
   init_kti_format(1);
+  job.placeable = wishes.placeable;
   begin_spellings(job);
   kind.split(
       document, page, wishes, job.slots,

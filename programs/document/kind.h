@@ -27,6 +27,7 @@ struct Item {
   size_t partner = none;  // of a tag that is one of a properly nested pair: the other's place
   bool visible = false;   // text that has a character to see
   bool lettered = false;  // text that has a letter or a digit
+  bool atom = false;      // a single piece of markup that is like a word: an image, a formula
   bool kept = false;      // not to be translated; of a tag: what is in its element
   // A tag without partner, of an element that may have been opened before the paragraph or may be
   // closed after it: nothing in the paragraph crosses it.
@@ -48,8 +49,9 @@ struct Slot {
 
 // What a user wants of extraction, as far as kinds of documents know it.
 struct Wishes {
-  bool translate_code = false;  // text that is code is like any other
-  std::string_view offer{};     // names of elements whose text is else kept whole, commas between
+  std::string_view placeable{};  // the word for what is like a word without being text
+  bool translate_code = false;   // text that is code is like any other
+  std::string_view offer{};      // names of elements whose text is else kept whole, commas between
 };
 
 // The items of one sentence that are in its frame: from the first to before the last.

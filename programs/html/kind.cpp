@@ -29,7 +29,8 @@ void split(const Document &page, const CodePage &code_page, const Wishes &wishes
   const LoadedExceptions exceptions;
   const size_t mark = page.text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
   Protection protection(language_code(parameter(TextParameter::language)), wishes.translate_code);
-  ParagraphReader paragraphs(page.text, mark, protection, slots, wishes.offer);
+  ParagraphReader paragraphs(page.text, mark, protection, slots, wishes.offer,
+                             !wishes.placeable.empty());
   std::vector<Item> items;
   std::vector<Frame> frames;
   while (paragraphs.next(items)) {

@@ -101,7 +101,24 @@ Item part_of(std::string_view page, const Item &item, size_t begin, size_t end) 
   return part;
 }
 
+// What a template fills in, "{{ }}", is an atom where atoms are taken.
 void ParagraphReader::take_text(size_t begin, size_t end, std::vector<Item> &items) {
+  const std::string_view text = page_.substr(0, end);
+  while (takes_atoms_) {
+    const size_t from = text.find("{{", begin);
+    const size_t to = from == text.npos ? text.npos : text.find("}}", from + 2);
+    if (to == text.npos) break;
+    take_runs(begin, from, items);
+    Item item{Item::single, from, to + 2, {}};
+    item.kept = protection_.is_on();
+    item.atom = !item.kept;
+    items.push_back(item);
+    begin = to + 2;
+  }
+  take_runs(begin, end, items);
+}
+
+void ParagraphReader::take_runs(size_t begin, size_t end, std::vector<Item> &items) {
   for (size_t i = begin; i < end;) {
     const size_t first = i;
     const bool white = is_html_white(page_[i]);
@@ -110,6 +127,11 @@ void ParagraphReader::take_text(size_t begin, size_t end, std::vector<Item> &ite
     item.kept = protection_.is_on();
     items.push_back(part_of(page_, item, first, i));
   }
+}
+
+bool is_picture(std::string_view name) {
+  constexpr std::string_view names[] = {"img", "image", "input", "embed", "iframe"};
+  return std::ranges::any_of(names, [&](std::string_view one) { return equal_names(one, name); });
 }
 
 bool ParagraphReader::is_offered(std::string_view name) const {
@@ -163,6 +185,7 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
   if (token.kind == Token::other) {
     Item item{Item::single, token.begin, token.end, {}};
     item.kept = protection_.is_on();
+    item.atom = page_.substr(token.begin).starts_with("<?");
     items.push_back(item);
     return true;
   }
@@ -219,6 +242,7 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
   }
   Item item{kind, token.begin, position_, kind == Item::single ? "" : token.name};
   item.kept = kept;
+  item.atom = opens && (content == Element::nested || is_picture(token.name));
   items.push_back(item);
   return true;
 }

@@ -16,8 +16,13 @@ class ParagraphReader {
  public:
   // The protection follows the reader through the page; slots are added as they are passed.
   ParagraphReader(std::string_view page, size_t begin, Protection &protection,
-                  std::vector<Slot> &slots, std::string_view offer = "")
-      : page_(page), position_(begin), protection_(protection), slots_(slots), offer_(offer) {}
+                  std::vector<Slot> &slots, std::string_view offer = "", bool takes_atoms = false)
+      : page_(page),
+        position_(begin),
+        protection_(protection),
+        slots_(slots),
+        offer_(offer),
+        takes_atoms_(takes_atoms) {}
 
   // The items of the next paragraph, often none; false behind the last one. What stands between the
   // paragraphs' items is block structure.
@@ -28,6 +33,7 @@ class ParagraphReader {
   bool take_token(std::vector<Item> &items);
   bool is_offered(std::string_view name) const;
   bool take_verbatim(size_t end, std::vector<Item> &items);
+  void take_runs(size_t begin, size_t end, std::vector<Item> &items);
   void take_text(size_t begin, size_t end, std::vector<Item> &items);
 
   std::string_view page_;
@@ -35,6 +41,7 @@ class ParagraphReader {
   Protection &protection_;
   std::vector<Slot> &slots_;
   std::string_view offer_;   // elements whose text is offered instead of being kept whole
+  bool takes_atoms_;         // "{{ }}" in a text is an item of its own
   size_t verbatim_end_ = 0;  // until there, white space but for single blanks stays as it is
   size_t drawing_end_ = 0;   // until there, svg
   size_t caption_end_ = 0;   // until there, text without tags follows

@@ -53,6 +53,22 @@ TEST_F(Keep, BlocksAreNotOffered) {
   EXPECT_EQ(offered("<p><code>a</code><p translate=no><code>b</code>", "--translate-code"), "a/");
 }
 
+TEST_F(Keep, AtomsHaveAWordOfTheirOwn) {
+  const char *const body =
+      "<p>you have<?php n() ?>mails, {{ name }} (<img src=a alt=b>), "
+      "<math><mi>x</mi></math>.<br><img>";
+  EXPECT_EQ(offered(body), "you havemails, {{ name }} (), ./b/");
+  EXPECT_EQ(offered(body, "--placeable XQ#"), "you have XQ1 mails, XQ2 (XQ3), XQ4./b/");
+  write("t.txt", "XQ4: XQ2, du hast XQ1 Mails\nB\n");
+  write("a.txt", "0-2 1-3 2-4 3-5 4-1 6-0\n\n");
+  run("kcarry", "-LANGUAGE ENGLISH -TARGET-LANGUAGE GERMAN job.kti t.txt a.txt out.kti");
+  EXPECT_EQ(run("kmerge", "-LANGUAGE GERMAN out.kti job.anc result.htm").errors, "");
+  const std::string page = read("result.htm");
+  EXPECT_NE(page.find("<math><mi>x</mi></math>: {{ name }}"), page.npos) << page;
+  EXPECT_NE(page.find("du hast <?php n() ?> Mails"), page.npos) << page;
+  EXPECT_NE(page.find("<img src=a alt=B>"), page.npos) << page;
+}
+
 TEST_F(Keep, WhatIsKeptWholeIsOfferedOnDemand) {
   static const struct {
     const char *offer, *body, *text;
