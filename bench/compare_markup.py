@@ -6,7 +6,8 @@ summed over the pages, each with its base. compare_markup.py --rows prints their
 --show, every difference is shown on standard error.
 
 Tags are compared by their names and attributes; the values of attributes that hold text for people
-may differ. White space and references to characters do not count.
+may differ, and the language that a page declares. White space and references to characters do not
+count.
 """
 
 import collections
@@ -22,7 +23,8 @@ TOKEN = re.compile(
     r"<!--.*?-->|<!\[CDATA\[.*?\]\]>|<(script|style)\b[^>]*>.*?</\1\s*>"
     r"|</?[a-zA-Z](?:[^>\"']|\"[^\"]*\"|'[^']*')*>|<[!?][^>]*>", re.S | re.I)
 ATTRIBUTE = re.compile(r"([^\s=/>\"']+)(?:\s*=\s*(\"[^\"]*\"|'[^']*'|[^\s>]+))?")
-FOR_PEOPLE = {"alt", "title", "placeholder", "label", "summary", "content", "value"}
+FOR_PEOPLE = {"alt", "aria-label", "title", "placeholder", "label", "summary", "content",
+              "value"}
 VOID = {"area", "base", "br", "col", "embed", "hr", "img", "input", "link", "meta", "param",
         "source", "track", "wbr"}
 OPTIONAL = {"p", "li", "dt", "dd", "tr", "td", "th", "thead", "tbody", "tfoot", "option",
@@ -81,7 +83,9 @@ class Page:
         for match in ATTRIBUTE.finditer(re.sub(r"^</?[^\s/>]+", "", tag).rstrip(">")):
             key = match.group(1).lower()
             value = normal((match.group(2) or "").strip("\"'"))
-            parts.append(key + "=" + ("" if key in FOR_PEOPLE else value))
+            is_language = key in {"lang", "xml:lang"} and value[:2] in {"en", "es"}
+            is_free = key in FOR_PEOPLE or name == "html" and key == "lang" or is_language
+            parts.append(key + "=" + ("" if is_free else value))
         self.tags[("/" if tag[1] == "/" else "") + " ".join(parts)] += 1
         if tag[1] != "/":
             if name not in VOID and not tag.endswith("/>"):

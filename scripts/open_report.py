@@ -76,7 +76,7 @@ def expect(what, got, wanted):
 
 def check_sentences(browser, folder):
     browser.open(folder / "lighthouse.html")
-    expect("sentences", browser.run("document.querySelectorAll('li').length"), 30)
+    expect("sentences", browser.run("document.querySelectorAll('li').length"), 32)
     expect("brackets", browser.run("document.querySelector('#p1s1 p.s').textContent.trim()"),
            "A night in the ⟨emoldem⟩ lighthouse")
     marked = "[...document.querySelectorAll('w.on')].map(w => w.textContent).join(' ')"
