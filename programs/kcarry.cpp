@@ -210,21 +210,21 @@ void fail_at_lines(Carry &job, int64_t sentences) {
     if (!file) continue;
     while (file->next()) continue;
     if (file->number() != sentences)
-      report(file->name(), 0, "has %lld lines, but %s has %lld sentences",
-             static_cast<long long>(file->number()), job.sentences.name(),
-             static_cast<long long>(sentences));
+      report({file->name()}, "wrong-count", {{"lines", file->number()}, {"sentences", sentences}},
+             "has %s, but %s has %s", counted(file->number(), "line").c_str(), job.sentences.name(),
+             counted(sentences, "sentence").c_str());
   }
   throw Failed{};
 }
 
-// "1 font", "2 fonts".
-std::string counted(int64_t count, const char *what) {
-  return std::to_string(count).append(" ").append(what).append(count == 1 ? "" : "s");
-}
-
 void show_summary(const Carry &job) {
   const Totals &totals = job.totals;
-  note(job.sentences.name(), 0,
+  note({job.sentences.name()}, "totals",
+       {{"sentences", totals.sentences},
+        {"fonts-dropped", totals.fonts},
+        {"anchors-by-fallback", totals.anchors},
+        {"bad-pairs", totals.pairs},
+        {"untranslated", totals.untranslated}},
        "%s carried: %s dropped, %s placed by a fallback, %s, %lld without translation",
        counted(totals.sentences, "sentence").c_str(), counted(totals.fonts, "font").c_str(),
        counted(totals.anchors, "anchor").c_str(),

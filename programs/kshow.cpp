@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -59,7 +60,8 @@ struct Show {
   // The library counts codes inside a sentence as visible, so that what follows on its last line
   // comes out too far to the right.
   int64_t shifted_line = 0, shift = 0;
-  int64_t cut = 0;  // codes that do not end
+  int64_t cut = 0;   // codes that do not end
+  std::string rows;  // not printed yet
 };
 
 Place token_place(const Show &job) {
@@ -89,13 +91,43 @@ void append_readable(const Show &job, std::string_view bytes, bool is_code, std:
   }
 }
 
-void print_row(const Place &place, const char *kind, int depth, const std::string &text) {
-  char raw[48], real[48];
-  snprintf(raw, sizeof raw, "%lld:%lld", static_cast<long long>(place.line),
-           static_cast<long long>(place.column));
-  snprintf(real, sizeof real, "%lld:%lld", static_cast<long long>(place.real_line),
-           static_cast<long long>(place.real_column));
-  printf("%-9s %-9s %*s%-*s %s\n", raw, real, depth, "", 9 - depth, kind, text.c_str());
+void print_rows(Show &job) {
+  fwrite(job.rows.data(), 1, job.rows.size(), stdout);
+  job.rows.clear();
+}
+
+// Appends blanks up to the width of a column that begins at `begin`, and one more.
+void end_column(size_t begin, size_t width, std::string &rows) {
+  const size_t used = rows.size() - begin;
+  rows.append(used < width ? width - used + 1 : 1, ' ');
+}
+
+void append_number(int64_t number, std::string &rows) {
+  char digits[24];
+  rows.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+
+void append_place(int64_t line, int64_t column, std::string &rows) {
+  append_number(line, rows);
+  rows += ':';
+  append_number(column, rows);
+}
+
+void print_row(Show &job, const Place &place, const char *kind, size_t depth,
+               const std::string &text) {
+  constexpr size_t width = 9, enough = 65536;
+  std::string &rows = job.rows;
+  size_t begin = rows.size();
+  append_place(place.line, place.column, rows);
+  end_column(begin, width, rows);
+  begin = rows.size();
+  append_place(place.real_line, place.real_column, rows);
+  end_column(begin, width, rows);
+  begin = rows.size();
+  rows.append(depth, ' ').append(kind);
+  end_column(begin, width, rows);
+  rows.append(text).append("\n");
+  if (rows.size() > enough) print_rows(job);
 }
 
 const auto &description(int32_t kind) {
@@ -104,7 +136,7 @@ const auto &description(int32_t kind) {
   return kinds[0];
 }
 
-void show_token(Show &job, int32_t kind, int depth) {
+void show_token(Show &job, int32_t kind, size_t depth) {
   const auto &[number, name, close] = description(kind);
   const std::string_view token(p_root[parser_level].token);
   std::string text;
@@ -117,7 +149,7 @@ void show_token(Show &job, int32_t kind, int depth) {
     text += "  (cut off)";
     job.cut++;
   }
-  print_row(token_place(job), name, depth, text);
+  print_row(job, token_place(job), name, depth, text);
 }
 
 // Shows the tokens of a sentence's text, which begins at `base`, and gives the place of its end.
@@ -145,11 +177,11 @@ void show_sentence(Show &job) {
   if (is_cut) opening += "  (cut off)";
   if (is_cut) job.cut++;
   Place base = token_place(job);
-  print_row(base, "sentence", 0, opening);
+  print_row(job, base, "sentence", 0, opening);
   base.column += static_cast<int64_t>(begin);
   base.real_column += static_cast<int64_t>(begin) - 1;
   const Place end = show_inside(job, base, token.c_str() + begin);
-  if (!is_cut) print_row(end, "sentence", 0, "{91}");
+  if (!is_cut) print_row(job, end, "sentence", 0, "{91}");
   job.shift = end.real_column - p_root[parser_level].real_column;
   job.shifted_line = end.real_line;
 }
@@ -175,7 +207,7 @@ void show_tokens(Show &job, FILE *stream) {
     else if (feof(stream) || ferror(stream))
       break;
     else
-      print_row(token_place(job), "NUL", 0, "{00}");
+      print_row(job, token_place(job), "NUL", 0, "{00}");
   }
   exit_parser();
 }
@@ -185,8 +217,9 @@ void show(const char *given_name) {
   const char *name = input_name(given_name);
   const auto job = std::make_unique<Show>();
   make_code_page(parameter(TextParameter::language), job->page);
-  printf("%-9s %-9s %-9s %s\n", "raw", "real", "kind", "text");
+  job->rows = "raw       real      kind      text\n";
   show_tokens(*job, stream.get());
+  print_rows(*job);
   if (ferror(stream.get())) report(name, 0, "cannot be read: %s", error_text(errno));
   errno = 0;
   if (fflush(stdout) != 0 || ferror(stdout))

@@ -22,9 +22,14 @@ constexpr bool is_code_byte(int byte) {
   return (byte >= 0x1D && byte <= 0x1F) || (byte >= 0x90 && byte <= 0x9D);
 }
 
-// The five font groups, in the order of their declaration.
-constexpr int font_group_count = 5;
+// The font groups, in the order of their declaration: the one list of them. The parameter file
+// declares the same names, and a job ends with a message while it does not.
+namespace groups {
+enum : int { none = -1, weight, slant, face, line, height, count };
+}
+constexpr int font_group_count = groups::count;
 constexpr const char *font_groups[font_group_count] = {"weight", "slant", "face", "line", "height"};
+static_assert(font_groups[font_group_count - 1] != nullptr, "every group has a name");
 
 // The number in font_groups of the group of `length` bytes at `name`, or -1.
 inline int font_group(const char *name, size_t length) {

@@ -158,6 +158,10 @@ void clear_progress() {
   state.line_is_shown = false;
 }
 
+std::string counted(int64_t count, const char *what) {
+  return std::to_string(count).append(" ").append(what).append(count == 1 ? "" : "s");
+}
+
 void start_telling(const char *program, bool quiet) {
   state = State{};
   state.program = program;

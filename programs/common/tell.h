@@ -65,6 +65,9 @@ void note(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3
 void report(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3, 4);
 [[noreturn]] void fail(const char *file, int64_t line, const char *format, ...) KLIB_PRINTF(3, 4);
 
+// "1 font", "2 fonts".
+std::string counted(int64_t count, const char *what);
+
 // Shows on a terminal's standard error how far the job is; call it as often as you like.
 void show_progress(int64_t sentences);
 void show_progress_line(const std::string &line);  // the same with other words

@@ -56,7 +56,9 @@ struct Extraction {
   Sentence sentence;
   std::string bytes, words;  // of the sentence
   int64_t sentences = 0, number = parameter(NumberParameter::kti_start);
-  size_t written = 0;  // of the document: what is before it is in the files
+  size_t written = 0;        // of the document: what is before it is in the files
+  size_t line_position = 0;  // of the document, and the line that it is in
+  int64_t line = 1;
   std::vector<Slot> slots{};
   size_t next_slot = 0;                                  // the first that is not in the files
   std::unordered_map<std::u32string, int32_t> values{};  // the anchors of the texts of slots
@@ -114,7 +116,7 @@ std::string with_slots(Extraction &job, size_t begin, size_t end) {
   return raw.append(job.raw(position, end));
 }
 
-void write_sentence(Extraction &job);
+void write_sentence(Extraction &job, size_t position);
 
 // Writes the texts of slots before a position.
 void write_values(Extraction &job, size_t end) {
@@ -127,7 +129,7 @@ void write_values(Extraction &job, size_t end) {
     job.sentence.clear();
     job.sentence.number = static_cast<int32_t>(job.number);
     job.sentence.text = std::move(value.text);
-    write_sentence(job);
+    write_sentence(job, value.position);
   }
   job.due.erase(job.due.begin(), job.due.begin() + static_cast<std::ptrdiff_t>(count));
 }
@@ -256,7 +258,22 @@ void collect_words(Extraction &job) {
   }
 }
 
-void write_sentence(Extraction &job) {
+// The line of the document at a position, counted from the one that was asked for before.
+int64_t line_at(Extraction &job, size_t position) {
+  const auto lines_between = [&](size_t begin, size_t end) {
+    const std::string_view text = job.raw(begin, end);
+    return std::count(text.begin(), text.end(), '\n');
+  };
+  if (position >= job.line_position)
+    job.line += lines_between(job.line_position, position);
+  else
+    job.line -= lines_between(position, job.line_position);
+  job.line_position = position;
+  return job.line;
+}
+
+// Writes the sentence, which begins at a position of the document.
+void write_sentence(Extraction &job, size_t position) {
   job.bytes.clear();
   append_sentence(job.sentence, job.page, job.bytes);
   job.mark.add(job.bytes);
@@ -265,7 +282,9 @@ void write_sentence(Extraction &job) {
   collect_words(job);
   job.txt.write(job.words += '\n');
   job.number = std::min<int64_t>(job.number + parameter(NumberParameter::kti_step), INT32_MAX);
-  show_progress(++job.sentences);
+  record({job.txt.name(), ++job.sentences, job.sentence.number}, "sentence",
+         {{"page-line", line_at(job, position)}});
+  show_progress(job.sentences);
 }
 
 void add_text(Extraction &job, const Item &item) {
@@ -362,7 +381,7 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
   }
   write_spellings(job);
   job.written = items[frame.last - 1].end;
-  write_sentence(job);
+  write_sentence(job, items[frame.first].begin);
   write_values(job, job.written);
 }
 

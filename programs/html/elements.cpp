@@ -10,7 +10,7 @@
 namespace klib::programs {
 namespace {
 
-constexpr int none = -1, weight = 0, slant = 1, face = 2, line = 3, height = 4;
+using namespace groups;
 
 constexpr Element elements[] = {
     {"address", Element::block, none},     {"area", Element::empty, none},
@@ -71,8 +71,6 @@ constexpr Element elements[] = {
 
 constexpr bool by_name(const Element &one, const Element &other) { return one.name < other.name; }
 static_assert(std::is_sorted(std::begin(elements), std::end(elements), by_name));
-static_assert(std::string_view(font_groups[weight]) == "weight" &&
-              std::string_view(font_groups[height]) == "height");
 
 }  // namespace
 

@@ -116,8 +116,12 @@ TEST_F(CommandLine, StandardInputAndOutput) {
 }
 
 TEST_F(CommandLine, RecordsForScripts) {
-  write("page.html", "<p>a <b>c</b>");
-  run("kextract", "job.kti page.html");
+  write("page.html", "<!-- -->\n\n<p>a <b>c</b>");
+  run("kextract", "job.kti page.html --report r.json");
+  EXPECT_NE(read("r.json").find("\"kind\":\"sentence\",\"file\":\"job.txt\",\"line\":1,"
+                                "\"sentence\":0,\"figures\":{\"page-line\":3}"),
+            std::string::npos)
+      << read("r.json");
   write("t.txt", "\xC3\xA4\n");
   write("a.txt", "9-\33\n");
   const Outcome outcome = run("kcarry", "job.kti t.txt a.txt out.kti --quiet --report r.json");
