@@ -18,9 +18,9 @@
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
-#include "programs/frame/exhaustion.h"
 #include "programs/frame/job_files.h"
 #include "programs/report/report.h"
+#include "programs/system/exhaustion.h"
 
 namespace klib::programs {
 namespace {

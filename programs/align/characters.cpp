@@ -12,7 +12,7 @@
 #include <new>
 
 #include "programs/common/utf8.h"
-#include "programs/frame/icu_memory.h"
+#include "programs/system/icu_memory.h"
 
 namespace klib::programs::align {
 namespace {

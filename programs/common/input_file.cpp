@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "programs/common/tell.h"
-#include "programs/frame/exhaustion.h"
+#include "programs/system/exhaustion.h"
 
 namespace klib::programs {
 

@@ -13,8 +13,8 @@
 #include <utility>
 
 #include "programs/common/program.h"
-#include "programs/frame/exhaustion.h"
-#include "programs/frame/temporary_files.h"
+#include "programs/system/exhaustion.h"
+#include "programs/system/temporary_files.h"
 
 namespace klib::programs {
 namespace {

@@ -17,7 +17,7 @@
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
 #include "programs/document/slots.h"
-#include "programs/frame/exhaustion.h"
+#include "programs/system/exhaustion.h"
 
 namespace klib::programs {
 namespace {

@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "programs/common/program.h"
-#include "programs/frame/exhaustion.h"
+#include "programs/system/exhaustion.h"
 
 namespace klib::programs {
 namespace {

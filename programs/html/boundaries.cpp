@@ -7,7 +7,7 @@
 #include <new>
 
 #include "programs/common/program.h"
-#include "programs/frame/icu_memory.h"
+#include "programs/system/icu_memory.h"
 
 namespace klib::programs {
 namespace {

@@ -1,6 +1,6 @@
 // The names of the library's parameters: it tells them to nobody but its log, so they are written
 // here once more, and a test compares both.
-#include "programs/common/engine_parameters.h"
+#include "programs/frame/engine_parameters.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,11 +1,11 @@
 // ICU takes its allocator before its first use, once for a process.
-#include "programs/frame/icu_memory.h"
+#include "programs/system/icu_memory.h"
 
 #include <unicode/uclean.h>
 
 #include <cstdlib>
 
-#include "programs/frame/exhaustion.h"
+#include "programs/system/exhaustion.h"
 
 namespace klib::programs {
 namespace {

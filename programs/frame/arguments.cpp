@@ -1,6 +1,6 @@
 // The library takes parameters before file names only, and reports what is wrong into a log that is
 // not open yet; so the command line is read and checked here, and the library gets what it knows.
-#include "programs/common/arguments.h"
+#include "programs/frame/arguments.h"
 
 #include <charconv>
 #include <climits>
@@ -8,8 +8,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "programs/common/engine_parameters.h"
-#include "programs/common/help.h"
+#include "programs/frame/engine_parameters.h"
+#include "programs/frame/help.h"
 
 namespace klib::programs {
 namespace {

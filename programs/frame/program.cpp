@@ -21,12 +21,12 @@
 #include <new>
 #include <optional>
 
-#include "programs/common/arguments.h"
-#include "programs/common/engine_parameters.h"
 #include "programs/common/output_file.h"
-#include "programs/frame/exhaustion.h"
+#include "programs/frame/arguments.h"
+#include "programs/frame/engine_parameters.h"
 #include "programs/frame/job_files.h"
-#include "programs/frame/temporary_files.h"
+#include "programs/system/exhaustion.h"
+#include "programs/system/temporary_files.h"
 
 namespace klib::programs {
 namespace {

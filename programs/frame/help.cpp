@@ -1,14 +1,14 @@
 // The text of --help is made of the program's own tables and of those of all programs, within 80
 // columns.
-#include "programs/common/help.h"
+#include "programs/frame/help.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
-#include "programs/common/engine_parameters.h"
 #include "programs/common/languages.h"
-#include "programs/frame/exhaustion.h"
+#include "programs/frame/engine_parameters.h"
+#include "programs/system/exhaustion.h"
 
 namespace klib::programs {
 namespace {

@@ -1,5 +1,5 @@
 // The message is written without any allocation.
-#include "programs/frame/exhaustion.h"
+#include "programs/system/exhaustion.h"
 
 #include <unistd.h>
 
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <new>
 
-#include "programs/frame/temporary_files.h"
+#include "programs/system/temporary_files.h"
 
 namespace klib::programs {
 namespace {

@@ -1,6 +1,6 @@
 // The names are kept in a fixed table, since a signal's handler may neither allocate nor wait.
 // Signals wait while a file and its name in the table do not agree.
-#include "programs/frame/temporary_files.h"
+#include "programs/system/temporary_files.h"
 
 #include <fcntl.h>
 #include <unistd.h>
