@@ -29,7 +29,8 @@ std::string align_all(const std::vector<std::string> &sources,
     require(line == next++, "every line has its links, in order");
     const auto k = static_cast<size_t>(line);
     for (const WordLink &link : links) {
-      require(link.source >= 0 && link.source < count_words(sources[k]), "a source word is there");
+      require(link.source >= 0 && link.source < count_words(source_line(sources[k])),
+              "a source word is there");
       require(link.target >= 0 && link.target < count_words(targets[k]), "a target word is there");
       require(&link == links.data() || *(&link - 1) < link, "links are sorted, each once");
       text += std::to_string(link.source) + '-' + std::to_string(link.target) + ' ';
