@@ -5,11 +5,13 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <fstream>
 
 #include "programs/common/program.h"
+#include "programs/system/exhaustion.h"
 
 namespace klib::programs {
 namespace {
@@ -82,7 +84,8 @@ void Cache::close() {
 }
 
 void Cache::fail_with(const char *what) {
-  const std::string reason = store_ ? sqlite3_errmsg(store_) : "not enough memory";
+  const bool lacks_memory = !store_ || sqlite3_errcode(store_) == SQLITE_NOMEM;
+  const std::string reason = lacks_memory ? error_text(ENOMEM) : sqlite3_errmsg(store_);
   fail(name_.c_str(), 0, "%s: %s", what, reason.c_str());
 }
 

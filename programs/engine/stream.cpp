@@ -19,6 +19,8 @@
 #include <cstring>
 #include <iterator>
 
+#include "programs/system/exhaustion.h"
+
 extern char **environ;
 
 namespace klib::programs {
@@ -158,8 +160,8 @@ int spawn(Stream &stream, int reading, int writing) {
   posix_spawn_file_actions_t files;
   posix_spawnattr_t attributes;
   posix_spawn_file_actions_init(&files);
-  posix_spawn_file_actions_adddup2(&files, reading, STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&files, writing, STDOUT_FILENO);
+  int error = posix_spawn_file_actions_adddup2(&files, reading, STDIN_FILENO);
+  if (error == 0) error = posix_spawn_file_actions_adddup2(&files, writing, STDOUT_FILENO);
   posix_spawnattr_init(&attributes);
   sigset_t all, none;
   sigfillset(&all);
@@ -172,7 +174,8 @@ int spawn(Stream &stream, int reading, int writing) {
   std::string text = stream.command.command;
   char shell[] = "/bin/sh", option[] = "-c", end_of_options[] = "--";
   char *arguments[] = {shell, option, end_of_options, text.data(), nullptr};
-  const int error = posix_spawn(&stream.process, shell, &files, &attributes, arguments, environ);
+  if (error == 0)
+    error = posix_spawn(&stream.process, shell, &files, &attributes, arguments, environ);
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&files);
   return error;
@@ -182,12 +185,12 @@ bool start(Stream &stream) {
   Descriptor reading, writing;
   if (!make_pipe(reading, stream.input) || !make_pipe(stream.output, writing))
     return stop(stream, StreamEnd::not_started,
-                std::string("cannot be started: ") + strerror(errno));
+                std::string("cannot be started: ") + error_text(errno));
   const int error = spawn(stream, reading.get(), writing.get());
   if (error != 0) {
     stream.process = -1;
     return stop(stream, StreamEnd::not_started,
-                std::string("cannot be started: ") + strerror(error));
+                std::string("cannot be started: ") + error_text(error));
   }
   running_group = stream.process;
   for (const int pipe : {stream.input.get(), stream.output.get()})

@@ -2,6 +2,7 @@
 // Signals wait while a file and its name in the table do not agree.
 #include "programs/system/temporary_files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -23,7 +24,7 @@ struct Entry {
   pid_t owner;
   char name[PATH_MAX];  // empty: free
 };
-constinit Entry entries[most_files] = {};
+constinit Entry entries[most_files] = {}, folder = {};
 
 void remove_and_end(int signal) {
   remove_all_temporary_files();
@@ -60,6 +61,20 @@ Entry *entry_of(const char *name) {
 
 void forget(const std::string &name) {
   if (Entry *entry = entry_of(name.c_str())) entry->name[0] = '\0';
+}
+
+// Removes the files of a folder as far as one block of its list goes; whether there were any. The
+// list is read without readdir(), which allocates.
+bool remove_listed_files(int descriptor) {
+  alignas(dirent64) static char block[8192];
+  bool has_removed = false;
+  const ssize_t size = getdents64(descriptor, block, sizeof block);
+  for (ssize_t at = 0; at < size;) {
+    const auto *entry = reinterpret_cast<const dirent64 *>(block + at);
+    has_removed |= unlinkat(descriptor, entry->d_name, 0) == 0;
+    at += entry->d_reclen;
+  }
+  return has_removed;
 }
 
 // The name with room for what makes it a temporary one, cut between two characters.
@@ -113,12 +128,36 @@ bool keep_temporary_file(const std::string &name, const std::string &target) {
 void remove_all_temporary_files() {
   for (const Entry &entry : entries)
     if (entry.name[0] != '\0' && entry.owner == getpid()) unlink(entry.name);
+  remove_temporary_folder();
 }
 
 void remove_temporary_file(const std::string &name) {
   const Waiting waiting;
   unlink(name.c_str());
   forget(name);
+}
+
+bool make_temporary_folder(const std::string &place, std::string &name) {
+  name = place + "/ktranslate.XXXXXX";
+  if (name.size() >= PATH_MAX) {
+    errno = ENAMETOOLONG;
+    return false;
+  }
+  const Waiting waiting;
+  if (!mkdtemp(name.data())) return false;
+  folder.owner = getpid();
+  strcpy(folder.name, name.c_str());
+  return true;
+}
+
+void remove_temporary_folder() {
+  if (folder.name[0] == '\0' || folder.owner != getpid()) return;
+  const Waiting waiting;
+  const int descriptor = open(folder.name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  while (descriptor >= 0 && remove_listed_files(descriptor)) lseek(descriptor, 0, SEEK_SET);
+  if (descriptor >= 0) close(descriptor);
+  rmdir(folder.name);
+  folder.name[0] = '\0';
 }
 
 }  // namespace klib::programs

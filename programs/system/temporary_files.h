@@ -1,4 +1,4 @@
-// Files that must not outlive the process: a signal that ends it removes them.
+// Files that must not outlive the process: a signal or lack of memory that ends it removes them.
 #pragma once
 
 #include <string>
@@ -16,10 +16,18 @@ int make_temporary_file(const std::string &target, std::string &name);
 // Gives a temporary file its name for good; false with errno when that is not possible.
 bool keep_temporary_file(const std::string &name, const std::string &target);
 
-// Removes all temporary files of this process; may be called from a signal's handler.
+// Removes all temporary files of this process, and its folder; may be called from a signal's
+// handler and without memory.
 void remove_all_temporary_files();
 
 // Removes a temporary file.
 void remove_temporary_file(const std::string &name);
+
+// Makes the one temporary folder that a process can have, in `place`; `name` gets its name. What it
+// holds, which are files alone, counts as temporary. False with errno when that is not possible.
+bool make_temporary_folder(const std::string &place, std::string &name);
+
+// Removes the temporary folder and its files, if this process has made it.
+void remove_temporary_folder();
 
 }  // namespace klib::programs

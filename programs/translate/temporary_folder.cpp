@@ -2,25 +2,19 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
 
 #include "programs/common/program.h"
+#include "programs/system/exhaustion.h"
+#include "programs/system/temporary_files.h"
 
 namespace klib::programs {
 
 TemporaryFolder::TemporaryFolder() {
   const char *place = getenv("TMPDIR");
-  name_ = std::string(place && *place ? place : "/tmp") + "/ktranslate.XXXXXX";
-  if (!mkdtemp(name_.data())) {
-    const std::string name = std::move(name_);
-    fail(name.c_str(), 0, "cannot be made: %s", strerror(errno));
-  }
+  if (!make_temporary_folder(place && *place ? place : "/tmp", name_))
+    fail(name_.c_str(), 0, "cannot be made: %s", error_text(errno));
 }
 
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code error;
-  std::filesystem::remove_all(name_, error);
-}
+TemporaryFolder::~TemporaryFolder() { remove_temporary_folder(); }
 
 }  // namespace klib::programs

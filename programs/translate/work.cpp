@@ -19,6 +19,7 @@
 #include <sstream>
 
 #include "programs/common/program.h"
+#include "programs/system/exhaustion.h"
 #include "programs/translate/interruption.h"
 
 namespace klib::programs {
@@ -71,11 +72,13 @@ const char *kept(const std::string &name) {
   return names.emplace(name, name).first->second.c_str();
 }
 
-void tell_records(const std::string &name, const std::function<Place(const Place &)> &for_people) {
+// Returns whether there was a problem among them.
+bool tell_records(const std::string &name, const std::function<Place(const Place &)> &for_people) {
   std::ostringstream content;
   content << std::ifstream(name, std::ios::binary).rdbuf();
   const std::string bytes = content.str();
   Reader reader{bytes};
+  bool has_problem = false;
   while (!reader.rest.empty()) {
     const auto severity = static_cast<Severity>(reader.number());
     const std::string file = reader.text();
@@ -89,7 +92,9 @@ void tell_records(const std::string &name, const std::function<Place(const Place
       figure.value = reader.number();
     }
     tell({severity, place, kind, figures, text});
+    has_problem |= severity == Severity::problem;
   }
+  return has_problem;
 }
 
 // The life of a process: its status says whether the work was done.
@@ -97,7 +102,10 @@ void tell_records(const std::string &name, const std::function<Place(const Place
   int status = 1;
   {
     std::FILE *records = fopen(task.records.c_str(), "wbe");
-    if (!records) _exit(1);
+    if (!records) {
+      report(task.records.c_str(), 0, "cannot be written: %s", error_text(errno));
+      _exit(1);
+    }
     tell_only([records](const Record &record) {
       const std::string bytes = record_bytes(record);
       fwrite(bytes.data(), 1, bytes.size(), records);
@@ -115,12 +123,14 @@ void tell_records(const std::string &name, const std::function<Place(const Place
 }
 
 void finish(Task &task, int status, const std::function<Place(const Place &)> &for_people) {
-  tell_records(task.records, for_people);
+  const bool has_problem = tell_records(task.records, for_people);
   unlink(task.records.c_str());
   task.is_done = WIFEXITED(status) && WEXITSTATUS(status) == 0;
   if (WIFSIGNALED(status) && !is_interrupted())
     report(task.file.c_str(), 0, "the work on it was ended by a signal: %s",
            strsignal(WTERMSIG(status)));
+  else if (!task.is_done && !has_problem)
+    report(task.file.c_str(), 0, "the work on it was not finished");
 }
 
 bool begin(Task &task) {
@@ -144,14 +154,18 @@ struct Workers {
 };
 
 void start(Task &task, Workers &workers) {
-  fflush(nullptr);  // or what is in a stream would be written twice
+  fflush(nullptr);                         // or what is in a stream would be written twice
+  workers.running.emplace_back(0, &task);  // which fails, if at all, before there is a process
   const pid_t process = fork();
-  if (process < 0) fail(task.file.c_str(), 0, "cannot be worked on: %s", strerror(errno));
+  if (process < 0) {
+    workers.running.pop_back();
+    fail(task.file.c_str(), 0, "cannot be worked on: %s", error_text(errno));
+  }
   if (process == 0) {
     ignore_interruptions();
     live(task);
   }
-  workers.running.emplace_back(process, &task);
+  workers.running.back().first = process;
 }
 
 }  // namespace
