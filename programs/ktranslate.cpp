@@ -22,12 +22,18 @@
 namespace klib::programs {
 namespace {
 
-const char *engine, *translation, *cache_name, *folder, *encoding, *html;
+const char *engine, *translation, *cache_name, *folder, *encoding, *html, *placeable;
 bool copy, marks_unknown, translate_code;
 align::Material material;
 int64_t jobs, timeout;
 
 constexpr std::string_view apertium_prefix = "apertium:";
+
+// Apertium takes this for a number: it comes through all of its modes as it is, and an article and
+// its noun stay together around it. What another engine does with such a word is not known.
+constexpr const char *apertium_placeable = "{90#}";
+
+bool is_apertium() { return engine && std::string_view(engine).starts_with(apertium_prefix); }
 
 // A run over its pages.
 struct Run {
@@ -83,7 +89,7 @@ void check_report_name(const Run &run) {
 
 // An engine knows its languages; what the user or a parameter file says goes before.
 void set_languages() {
-  if (!engine || !std::string_view(engine).starts_with(apertium_prefix)) return;
+  if (!is_apertium()) return;
   std::string source, target;
   apertium_languages(engine + apertium_prefix.size(), source, target);
   const auto set = [](TextParameter name, const std::string &code) {
@@ -147,12 +153,20 @@ void run_job(const Program &program, const std::vector<std::string> &files) {
   program.job.run({names.data(), names.size()});
 }
 
+// The word for atoms in sentences, or none. Lines of a file belong to sentences that the user has
+// extracted, without such words unless they say so.
+const char *placeable_form() {
+  if (placeable) return *placeable == '\0' ? nullptr : placeable;
+  return is_apertium() ? apertium_placeable : nullptr;
+}
+
 void extract_pages(Run &run) {
   std::vector<Task> tasks;
   for (const PageFiles &page : run.pages)
     tasks.push_back({page.page, page.records(), [&page] {
                        set_option(kextract, "encoding", encoding);
                        set_option(kextract, "translate-code", translate_code);
+                       set_option(kextract, "placeable", placeable_form());
                        run_job(kextract, {page.coded(), page.page});
                      }});
   run_on_pages(run, tasks, [&](size_t) { show_run(run); });
@@ -179,8 +193,7 @@ void translate_pages(Run &run) {
   if (copy) return translate_as_copy(feed);
   feed.set_engine(engine);
   if (translation) return translate_with_file(translation, feed);
-  if (!std::string_view(engine).starts_with(apertium_prefix))
-    return translate_with_command({engine, static_cast<int>(timeout)}, feed);
+  if (!is_apertium()) return translate_with_command({engine, static_cast<int>(timeout)}, feed);
   Apertium apertium;
   apertium.timeout = static_cast<int>(timeout);
   std::string problem;
@@ -277,6 +290,9 @@ const Option options[] = {
     {"mark-unknown", nullptr, &marks_unknown, "let Apertium mark unknown words with a '*'"},
     {"translate-code", nullptr, &translate_code,
      "offer the text of code, kbd, samp and tt for translation, too"},
+    {"placeable", "FORM", &placeable,
+     "show the engine a word for each image, formula or other atom in a sentence;\n"
+     "'#' in FORM is its number there ({90#} for Apertium; '': no word, as for others)"},
     {"encoding", "NAME", &encoding, "the encoding of pages that do not say it (utf-8)"},
 };
 

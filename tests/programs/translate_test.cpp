@@ -76,6 +76,38 @@ TEST_F(Translate, Answers) {
   }
 }
 
+// Whatever an engine does with the words for atoms, each atom is in the result once, and none of
+// the words is.
+TEST_F(Translate, AtomsOfSentences) {
+  write("p.html", "<p>You have {{ n }} mails in <img src=a>, <b>dear</b> <?php who() ?>.</p>\n");
+  static const struct {
+    const char *question, *arguments, *asked, *result;
+  } rows[] = {
+      {"the engine keeps them", "--placeable XQ# --engine 'tee asked | sed s/mails/letters/'",
+       "You have XQ1 mails in XQ2, dear XQ3.\n",
+       "<p>You have {{ n }} letters in <img src=a>, <b>dear</b> <?php who() ?>.</p>\n"},
+      {"the engine loses them", "--placeable XQ# --engine \"tee asked | sed 's/ XQ[0-9]//g'\"",
+       "You have XQ1 mails in XQ2, dear XQ3.\n", nullptr},
+      {"the engine writes them in another way", "--placeable XQ# --engine 'tee asked | tr XQ xq'",
+       "You have XQ1 mails in XQ2, dear XQ3.\n", nullptr},
+      {"none for an engine of which nothing is known", "--engine 'tee asked'",
+       "You have {{ n }} mails in , dear .\n", nullptr},
+  };
+  for (const auto &[question, arguments, asked, expected] : rows) {
+    EXPECT_EQ(translate(std::string(arguments) + " p.html out.html").errors, "") << question;
+    const std::string result = read("out.html");
+    EXPECT_EQ(read("asked"), asked) << question;
+    EXPECT_EQ(expected ? result : "", expected ? expected : "") << question;
+    for (const char *atom : {"{{ n }}", "<img src=a>", "<?php who() ?>"}) {
+      const size_t at = result.find(atom);
+      EXPECT_NE(at, result.npos) << question << ": " << result;
+      EXPECT_EQ(result.find(atom, at + 1), result.npos) << question << ": " << result;
+    }
+    EXPECT_EQ(result.find("XQ"), result.npos) << question << ": " << result;
+    EXPECT_EQ(result.find("xq"), result.npos) << question << ": " << result;
+  }
+}
+
 TEST_F(Translate, LinesOfAFile) {
   write("t.txt", "Eins zwei.\n");
   EXPECT_EQ(translate("--engine none --translation t.txt site/a.html out.html").status, 0);
