@@ -30,7 +30,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr size_t block_size = 65536;
-constexpr milliseconds tick(100), end_is_held_back(500);
+constexpr milliseconds tick(100);
 
 class Descriptor {
  public:
@@ -285,7 +285,8 @@ void close_input_in_time(Stream &stream, Clock::duration quiet) {
     quiet = {};
   }
   if (unread > 0 && stream.end.answered < stream.end.sent) return;
-  if (stream.end.answered == stream.end.sent || quiet >= end_is_held_back) stream.input.reset();
+  if (stream.end.answered == stream.end.sent || quiet >= stream.command.end_is_held_back)
+    stream.input.reset();
 }
 
 bool check_time(Stream &stream, Clock::duration quiet) {
@@ -321,7 +322,7 @@ bool wait_for_end(Stream &stream) {
     const Clock::duration quiet = Clock::now() - stream.moved_at;
     close_input_in_time(stream, quiet);
     // Without output it has nothing more to say; what is left to send is of no use to it.
-    if (quiet >= end_is_held_back) stream.input.reset();
+    if (quiet >= stream.command.end_is_held_back) stream.input.reset();
     if (!check_time(stream, quiet)) return false;
   }
   return true;

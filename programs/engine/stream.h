@@ -1,6 +1,7 @@
 // A command that is fed lines and answers each with a line, as one stream.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -13,6 +14,8 @@ struct StreamCommand {
   int timeout = 0;      // seconds in which nothing moves that end the command; 0: none
   // What ends a line, on both ways: a byte that no line contains.
   char line_end = '\n';
+  // How long its input stays open after it has read everything: ending meanwhile is stopping early.
+  std::chrono::milliseconds end_is_held_back{500};
 };
 
 // How a command ended.
