@@ -1,4 +1,4 @@
-// Runs every benchmark and prints, for each hot path, how klib stands beside its peers and bounds.
+// Runs every benchmark and prints, for each hot path, how klib compares with its peers and bounds.
 //
 // Benchmarks are named "path/who"; who is "klib" or what klib is measured beside in the same
 // process on the same content. The repetitions of all of them are run in a random order, so that a

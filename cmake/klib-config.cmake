@@ -1,2 +1,2 @@
-# find_package(klib) gives the target klib::klib.
+# find_package(klib) defines the target klib::klib.
 include("${CMAKE_CURRENT_LIST_DIR}/klib-targets.cmake")

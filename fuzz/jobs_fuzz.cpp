@@ -10,7 +10,7 @@ using namespace klib::programs;
 
 namespace {
 
-// The positions behind the lines, in the form of an anchor index.
+// The positions after the lines, in the form of an anchor index.
 std::string index_of_lines(const std::string &text) {
   std::string index;
   for (size_t i = 0; i < text.size(); i++) {

@@ -14,12 +14,12 @@ struct Outcome {
   std::string messages;  // what standard error got
 };
 
-// Runs a program with these arguments behind the directory of the parameter file. Its standard
+// Runs a program with these arguments after the directory of the parameter file. Its standard
 // output is thrown away.
 Outcome run(const programs::Program &program, const std::vector<std::string> &arguments);
 
 void clear_scratch();
-std::string scratch_files();  // their names in order, each with a blank behind it
+std::string scratch_files();  // their names in order, each with a blank after it
 bool has_scratch(const std::string &name);
 
 // The words that are separated by white space of ASCII.

@@ -152,7 +152,7 @@ void show_token(Show &job, int32_t kind, size_t depth) {
   print_row(job, token_place(job), name, depth, text);
 }
 
-// Shows the tokens of a sentence's text, which begins at `base`, and gives the place of its end.
+// Shows the tokens of a sentence's text, which begins at `base`, and returns the place of its end.
 Place show_inside(Show &job, const Place &base, const char *text) {
   job.base = base;
   init_parser(codes_in_sentences);

@@ -1,6 +1,6 @@
 // A point stays with the word that it touches. What both sides share at the beginning or the end of
 // the sentence carries it first ("4.3.<x/>2019 Update"); between two blanks or after one it is a
-// cut, and goes where most of what was before it is before it again; and what stands between a word
+// cut, and goes where most of what was before it is before it again; and what is between a word
 // and the mark after it goes in front of that mark.
 #include "programs/carry/points.h"
 
@@ -59,7 +59,7 @@ uint32_t beside_blanks(const Sides &sides, uint32_t at, uint32_t place) {
   return place;
 }
 
-// The place that the beginning or the end of the sentence gives, or no_position.
+// The place that follows from the beginning or the end of the sentence, or no_position.
 uint32_t shared_place(const Placing &placing, uint32_t at) {
   const Shared &shared = placing.shared;
   const Side &target = placing.sides.target;

@@ -159,8 +159,8 @@ char32_t mark_after(const Side &side, uint32_t word) {
   return mark < range.end ? fold(side.text[mark]) : 0;
 }
 
-// Words that are aligned with nothing belong to the span when they stand between it and a mark
-// that stands there in the source, too.
+// Words that are aligned with nothing belong to the span when they are between it and a mark
+// that is there in the source, too.
 void reach_to_marks(const Projection &projection, Range span, Words &words) {
   const auto &[source, target] = projection.sides;
   const Evidence &evidence = projection.evidence;

@@ -13,7 +13,7 @@ namespace klib::programs {
 
 constexpr uint32_t no_span = UINT32_MAX;
 
-// A font, or what stands between two anchors that are a pair.
+// A font, or what is between two anchors that are a pair.
 struct Span {
   Range source;           // no blanks at its edges; never empty
   int32_t number;         // of the font or the opening anchor

@@ -89,7 +89,7 @@ void append_unit(unsigned unit, std::string &text) {
   for (int shift = 12; shift >= 0; shift -= 4) text += digits[unit >> shift & 0xF];
 }
 
-// The unit of the alien at `position`, which moves behind it; -1 when it is cut or no such number.
+// The unit of the alien at `position`, which moves after it; -1 when it is cut or no such number.
 int alien_unit(std::string_view text, size_t &position) {
   int unit = 0;
   size_t i = position + 1;

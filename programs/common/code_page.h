@@ -40,9 +40,9 @@ void append_alien(char32_t character, std::string &text);
 // Appends UTF-8 as engine text; the text must be valid and hold no NUL.
 void append_encoded(const CodePage &page, std::string_view utf8, std::string &text);
 
-// The next character of engine text without codes; the position moves behind it. 0 when the byte is
+// The next character of engine text without codes; the position moves after it. 0 when the byte is
 // none of the page's, or when an alien is cut short or half a surrogate pair (the position moves
-// behind what was looked at). The position must be before the end. `*alien` says whether the
+// after what was looked at). The position must be before the end. `*alien` says whether the
 // character was an alien.
 char32_t next_character(const CodePage &page, std::string_view text, size_t &position,
                         bool *alien = nullptr);

@@ -41,7 +41,7 @@ inline bool is_white(char c) {
   return byte <= ' ' && (white >> byte & 1) != 0;
 }
 
-// The word of the line at or behind `position`, which moves behind it; empty when there is none.
+// The word of the line at or after `position`, which moves after it; empty when there is none.
 std::string_view next_word(std::string_view line, size_t &position);
 
 // Whether the line is printable ASCII, its words one blank apart.

@@ -28,7 +28,7 @@ int32_t whole_number(std::string_view text) {
   return result.ec == std::errc() && result.ptr == end && number >= 0 ? number : -1;
 }
 
-// What stands in the code that begins here, up to its closing byte; the position moves after it.
+// What is in the code that begins here, up to its closing byte; the position moves after it.
 std::string_view take_code(Reader &reader, char close, const char *what) {
   const size_t begin = reader.position + 1, end = reader.text.find(close, begin);
   if (end == std::string_view::npos)

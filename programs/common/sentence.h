@@ -13,7 +13,7 @@
 
 namespace klib::programs {
 
-// Added to a '<', '>' or '&' that stands in the page as itself.
+// Added to a '<', '>' or '&' that is in the page as itself.
 constexpr char32_t bare_flag = 0x80000000;
 
 // An anchor, or the selection of a font for what follows.
@@ -49,7 +49,7 @@ void read_sentence(const SentenceFile &file, const CodePage &page, Sentence &sen
 // Whether the text of a frame has any anchor or font.
 bool has_codes(std::string_view frame_text);
 
-// Appends what stands in a frame for the sentence.
+// Appends what is in a frame for the sentence.
 void append_sentence(const Sentence &sentence, const CodePage &page, std::string &text);
 
 // Writes the text of a frame, which is changed, under its number, wrapped at "KTI-WIDTH".

@@ -28,7 +28,7 @@ int32_t whole_number(std::string_view text) {
   return result.ec == std::errc() && result.ptr == end && number >= 0 ? number : -1;
 }
 
-// Whether the code ends with its closing byte; then `body` is what stands inside it.
+// Whether the code ends with its closing byte; then `body` is what is inside it.
 bool inside(std::string_view code, char close, std::string_view &body) {
   if (code.size() < 2 || code.back() != close) return false;
   body = code.substr(1, code.size() - 2);

@@ -9,7 +9,7 @@ namespace klib::programs {
 
 constexpr char32_t invalid_utf8 = 0xFFFFFFFF;
 
-// The character at `position`, which moves behind it; invalid_utf8 when there is none, and the
+// The character at `position`, which moves after it; invalid_utf8 when there is none, and the
 // position stays. The position must be before the end.
 char32_t next_utf8(std::string_view text, size_t &position);
 

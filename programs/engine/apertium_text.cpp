@@ -76,7 +76,7 @@ bool read_text(Reading &reading, char stop) {
   }
 }
 
-// Reads from behind the surface of a unit to behind its '$'.
+// Reads from after the surface of a unit to after its '$'.
 bool skip_analyses(Reading &reading) {
   for (;;) {
     bool bare;
@@ -93,7 +93,7 @@ std::vector<int32_t> words_between(const std::vector<int32_t> &words, size_t beg
   return found;
 }
 
-// Reads the units of an opening mark: "[[t:w:3; t:w:4]]"; the position is behind "[[".
+// Reads the units of an opening mark: "[[t:w:3; t:w:4]]"; the position is after "[[".
 std::vector<int32_t> read_mark(std::string_view mark) {
   std::vector<int32_t> units;
   constexpr std::string_view prefix = "t:w:";

@@ -20,7 +20,7 @@ enum class SentencePart {
 };
 SentencePart sentence_part(char32_t character);
 
-// Notes for every character whether Unicode's rules end a sentence right behind it, or behind the
+// Notes for every character whether Unicode's rules end a sentence right after it, or after the
 // blanks that follow it.
 void find_sentence_ends(std::u32string_view text, std::vector<bool> &ends);
 

@@ -17,7 +17,7 @@
 namespace klib::programs {
 namespace {
 
-// The position behind the raw text of a start tag and its end tag.
+// The position after the raw text of a start tag and its end tag.
 size_t end_of_raw_element(std::string_view page, const Token &start) {
   const size_t end = end_of_raw_text(page, start.end, start.name);
   return end == page.size() ? end : next_token(page, end).end;
@@ -25,7 +25,7 @@ size_t end_of_raw_element(std::string_view page, const Token &start) {
 
 bool closes_itself(std::string_view page, const Token &tag) { return page[tag.end - 2] == '/'; }
 
-// The position behind the end tag that belongs to a start tag, with all that is nested in it.
+// The position after the end tag that belongs to a start tag, with all that is nested in it.
 size_t end_of_nested_element(std::string_view page, const Token &start, bool is_html) {
   if (!is_html && closes_itself(page, start)) return start.end;
   size_t depth = 1, i = start.end;

@@ -24,7 +24,7 @@ class ParagraphReader {
         offer_(offer),
         takes_atoms_(takes_atoms) {}
 
-  // The items of the next paragraph, often none; false behind the last one. What stands between the
+  // The items of the next paragraph, often none; false after the last one. What is between the
   // paragraphs' items is block structure.
   bool next(std::vector<Item> &items);
 

@@ -66,14 +66,14 @@ struct SoFar {
   }
 };
 
-// Whether Unicode's rules decide behind this mark.
+// Whether Unicode's rules decide after this mark.
 bool is_left_to_unicode(const SoFar &so_far) {
   const char32_t mark = so_far.mark();
   return sentence_part(mark) == SentencePart::mark &&
          (so_far.uncased || marks.find(mark) == marks.npos);
 }
 
-// Whether what follows the white space at `i` begins like a sentence behind the mark.
+// Whether what follows the white space at `i` begins like a sentence after the mark.
 bool begins_sentence(std::string_view page, const std::vector<Item> &items, size_t i,
                      char32_t mark) {
   for (; i < items.size(); i++) {
@@ -106,7 +106,7 @@ bool is_exception(const CodePage &page, SoFar so_far) {
   return Kregex_search(tail.data()) == 1;
 }
 
-// The end of a sentence, in the page: inside an item, or right behind it, or where white space
+// The end of a sentence, in the page: inside an item, or right after it, or where white space
 // begins.
 struct End {
   size_t item, position;
@@ -220,7 +220,7 @@ bool goes_on(std::string_view page, const std::vector<Item> &items, size_t i) {
 // Leaves out elements at the edges of a sentence that have no letter or digit, such as "#" and
 // permalinks.
 void trim(std::string_view page, const std::vector<Item> &items, size_t &begin, size_t &end) {
-  size_t last = end;  // behind the last letter
+  size_t last = end;  // after the last letter
   while (last > begin && !items[last - 1].lettered) last--;
   if (last == begin) return;  // all of it is marks, such as "(*)" in a table
   for (size_t i = end; i > last;) {
@@ -267,7 +267,7 @@ void add_frame(std::string_view page, const std::vector<Item> &items, size_t beg
   size_t last = end - 1;
   while (!items[last].visible) last--;
   Frame frame{text, last + 1};
-  // An element around the whole sentence stays outside, and so does one before or behind its text;
+  // An element around the whole sentence stays outside, and so does one before or after its text;
   // one that begins or ends between belongs to the frame.
   for (size_t i = text; i > begin && items[i - 1].is_markup(); i--) {
     const size_t partner = items[i - 1].partner;

@@ -29,8 +29,8 @@ size_t skip_white(std::string_view page, size_t i) {
   return i;
 }
 
-// Reads one attribute of a tag from `i`, which is neither white nor '/' nor '>', and gives the
-// position behind it.
+// Reads one attribute of a tag from `i`, which is neither white nor '/' nor '>', and returns the
+// position after it.
 size_t read_attribute(std::string_view page, size_t i, Attribute &read) {
   const size_t name = i++;  // a '=' in the first place belongs to the name
   while (i < page.size() && !ends_name(page[i]) && page[i] != '=') i++;
@@ -52,7 +52,7 @@ size_t read_attribute(std::string_view page, size_t i, Attribute &read) {
   return read.end = i;
 }
 
-// The position behind the tag whose name begins at `i`, or npos when the page ends before its '>'.
+// The position after the tag whose name begins at `i`, or npos when the page ends before its '>'.
 size_t end_of_tag(std::string_view page, size_t i) {
   Attribute unused;
   while (i < page.size() && !ends_name(page[i])) i++;
@@ -103,13 +103,13 @@ bool is_end_tag_of(std::string_view page, size_t i, std::string_view name) {
          behind_name < page.size() && ends_name(page[behind_name]);
 }
 
-// Whether a start or end tag of script stands at `i`, as far as the content of scripts looks at it.
+// Whether a start or end tag of script is at `i`, as far as the content of scripts looks at it.
 bool is_script_tag(std::string_view page, size_t i, std::string_view opening) {
   const size_t behind_name = i + opening.size();
   return stands_at(page, i, opening) && behind_name < page.size() && ends_name(page[behind_name]);
 }
 
-// A script may hold "<!--", and behind it "<script": the next "</script" is then text.
+// A script may hold "<!--", and after it "<script": the next "</script" is then text.
 size_t end_of_script(std::string_view page, size_t i) {
   bool in_comment = false, doubly = false;
   for (; i < page.size(); i++) {

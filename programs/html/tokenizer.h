@@ -1,5 +1,5 @@
 // Splits an HTML page into text and markup by the tokenization rules of the HTML standard, giving
-// the exact bytes of every piece: the pieces, one behind the other, are the page.
+// the exact bytes of every piece: the pieces, one after the other, are the page.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ struct Token {
 // The token at `position`, which must be before the end.
 Token next_token(std::string_view page, size_t position);
 
-// The position behind the raw text that follows the start tag of `name` (script, style, title ...),
+// The position after the raw text that follows the start tag of `name` (script, style, title ...),
 // where its end tag begins, or the end of the page when it has none.
 size_t end_of_raw_text(std::string_view page, size_t position, std::string_view name);
 

@@ -39,7 +39,7 @@ struct PageFiles {
   std::string records() const { return base + ".rec"; }
 };
 
-// What stands in an alignment file for a line that nobody has aligned.
+// What is in an alignment file for a line that nobody has aligned.
 constexpr std::string_view unaligned = "?";
 
 // The sentences of the extracted pages, in their order.

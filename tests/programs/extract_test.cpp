@@ -6,7 +6,7 @@ namespace {
 
 class Extract : public Workplace {
  protected:
-  // The frames of the page's sentences without their numbers, one behind the other.
+  // The frames of the page's sentences without their numbers, one after the other.
   std::string frames(const std::string &language, const std::string &page) {
     write("page.html", page);
     const Outcome outcome = run("kextract", "-LANGUAGE " + language + " job.kti page.html");

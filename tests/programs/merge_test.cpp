@@ -33,7 +33,7 @@ TEST_F(Merge, NestsWhatAnyOrderHas) {
        "{90}0 {98}weight{FF}1{99}A {98}slant{FF}2{99}C {98}weight{FF}0{99}D{91}",
        "<b>A <i>C</i></b><i> D</i>",
        "out.kti:2: sentence 0: the element of anchor 2 is closed and opened again\n"},
-      // A font that was opened behind an anchor stays behind it, and closes before its end.
+      // A font that was opened after an anchor stays after it, and closes before its end.
       {"a <a href=x><b>c</b></a> d",
        "{90}0 {98}weight{FF}2{99}{94}1{95}A{94}3{95} {98}weight{FF}0{99}C{91}",
        "<a href=x><b>A</b></a> C", ""},

@@ -20,7 +20,7 @@ struct Place {
 
 // Whether the result is the page byte for byte, but for two freedoms in running text: a run of
 // white space may be one blank, and a character reference may be the character, in UTF-8, or
-// another reference to it (what must be a reference stays one). Both places are behind what is the
+// another reference to it (what must be a reference stays one). Both places are after what is the
 // same.
 bool same_pages(Place &page, Place &result);
 
