@@ -135,7 +135,9 @@ TEST_F(Memory, Kmerge) {
 
 TEST_F(Memory, Kshow) { sweep({"kshow", "carried.kti"}, {}, 60); }
 
-TEST_F(Memory, KshowInHtml) { sweep({"kshow", "--html", "job.kti", "carried.kti"}, {}, 60); }
+TEST_F(Memory, KshowInHtml) {
+  sweep({"kshow", "--html", "new.html", "job.kti", "--result", "carried.kti"}, {"new.html"}, 60);
+}
 
 TEST_F(Memory, Kalign) {
   sweep({"kalign", "job.txt", "translation.txt", "new.al"}, {"new.al"}, 12);
