@@ -11,6 +11,7 @@
 
 #include "programs/common/languages.h"
 #include "programs/common/program.h"
+#include "programs/kinds.h"
 #include "programs/translate/align_pages.h"
 #include "programs/translate/interruption.h"
 #include "programs/translate/page_report.h"
@@ -252,7 +253,10 @@ void translate(std::span<const char *const> names) {
   material.jobs = std::min(run.jobs, align::most_jobs);
   align_pages(run.pages, material);
   finish_pages(run);
-  if (html) write_report(html, run.pages, run.notes, encoding ? encoding : "");
+  if (html)
+    write_report(html, run.pages, run.notes, [](const std::string &name) {
+      return kind_of_file(name).read(name.c_str(), encoding ? encoding : "").text;
+    });
   if (run.pages.size() > 1)
     note("ktranslate", 0, "%zu of %zu pages translated, %lld sentences", run.pages_done,
          run.pages.size(), static_cast<long long>(run.sentences));

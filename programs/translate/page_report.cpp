@@ -5,7 +5,6 @@
 
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
-#include "programs/kinds.h"
 
 namespace klib::programs {
 namespace {
@@ -27,16 +26,16 @@ ReportNote note_of(const Record &record) {
 }
 
 // The text of a document for the view side by side; nothing when there is none to be read.
-std::string document_text(const std::string &name, const std::string &encoding) {
+std::string document_text(const std::string &name, const DocumentReader &read) {
   if (name == "-" || name.empty()) return {};
   try {
-    return kind_of_file(name).read(name.c_str(), encoding).text;
+    return read(name);
   } catch (const Failed &) {
     return {};
   }
 }
 
-ReportPage report_page(const PageFiles &page, const RunNotes &notes, const std::string &encoding) {
+ReportPage report_page(const PageFiles &page, const RunNotes &notes, const DocumentReader &read) {
   ReportPage report;
   report.name = page.page;
   const auto found = notes.find(page.page);
@@ -47,8 +46,8 @@ ReportPage report_page(const PageFiles &page, const RunNotes &notes, const std::
   report.anchors = page.anchors();
   report.carried = page.carried();
   if (!page.counts_tokens) report.alignment = page.alignment();
-  report.source_html = document_text(page.page, encoding);
-  report.result_html = document_text(page.result, encoding);
+  report.source_html = document_text(page.page, read);
+  report.result_html = document_text(page.result, read);
   return report;
 }
 
@@ -70,11 +69,11 @@ Listening::Listening(RunNotes *notes) {
 Listening::~Listening() { tell_also(nullptr); }
 
 void write_report(const char *name, const std::vector<PageFiles> &pages, const RunNotes &notes,
-                  const std::string &encoding) {
+                  const DocumentReader &read) {
   OutputFile file(name);
   std::string body;
   ReportTotals totals;
-  for (const PageFiles &page : pages) append_page(report_page(page, notes, encoding), body, totals);
+  for (const PageFiles &page : pages) append_page(report_page(page, notes, read), body, totals);
   file.write(report_begin(pages.size() == 1 ? pages.front().page : "Translated pages", totals));
   file.write(body);
   file.write(report_end());

@@ -1,6 +1,7 @@
 // What was told in a run, and the report that is made of it.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -22,8 +23,11 @@ class Listening {
   Listening &operator=(const Listening &) = delete;
 };
 
+// Reads the text of a document for the view of both sides; fail() when it cannot.
+using DocumentReader = std::function<std::string(const std::string &name)>;
+
 // Writes the report of a run, while the files between its steps are there.
 void write_report(const char *name, const std::vector<PageFiles> &pages, const RunNotes &notes,
-                  const std::string &encoding);
+                  const DocumentReader &read);
 
 }  // namespace klib::programs

@@ -21,11 +21,11 @@
 #include "frame/messages.h"
 #include "frame/resets.h"
 #include "klib.h"
+#include "parameters/numbers.h"
 #include "parameters/parameters.h"
 #include "platform/platform.h"
 #include "text/bytes.h"
 #include "text/character_types.h"
-#include "text/numbers.h"
 
 namespace klib::sentence_output {
 

@@ -15,7 +15,6 @@
 #include "klib.h"
 #include "parameters/parameters.h"
 #include "platform/platform.h"
-#include "text/character_types.h"
 
 namespace klib::program {
 
@@ -128,7 +127,7 @@ void Kmain_loop(int32_t argc, char **argv, const char *program_name, const char 
 
 int32_t Kstart_prog(const char *directory, const char *language) {
   const std::string_view start = parameters::start_of_language(language);
-  character_types::choose(start);
+  initCT(language);
   memory::guarded([&] {
     // Copied, since the language may be a text of the tables that are replaced.
     const memory::Text kept = memory::copy(start);

@@ -12,8 +12,8 @@
 #include "frame/messages.h"
 #include "frame/resets.h"
 #include "klib.h"
+#include "parameters/numbers.h"
 #include "parameters/parameters.h"
-#include "text/numbers.h"
 
 namespace klib::parameters {
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <string_view>
 
 #include "frame/memory.h"
 #include "frame/resets.h"
@@ -177,12 +178,6 @@ BracketExpression bracket_expression(uint32_t mask, bool negated) {
 
 }  // namespace
 
-void choose(std::string_view language) {
-  c_t = language.starts_with("RU")   ? russian.data()
-        : language.starts_with("GR") ? greek.data()
-                                     : western.data();
-}
-
 bool is_built_in(const uint32_t *table) {
   return table == western.data() || table == russian.data() || table == greek.data();
 }
@@ -212,7 +207,12 @@ constinit uint32_t ct_props[12] = {TYPE_MASKS};
 constinit const uint32_t *fc_t = nullptr;
 constinit int32_t fc_t_len = 0;
 
-void initCT(const char *language) { choose(language); }
+void initCT(const char *language) {
+  const std::string_view name = language;
+  c_t = name.starts_with("RU")   ? russian.data()
+        : name.starts_with("GR") ? greek.data()
+                                 : western.data();
+}
 
 uint32_t cprops(int32_t c) { return properties(static_cast<uint8_t>(c)); }
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "klib.h"
 #include "text/byte_blocks.h"
@@ -34,9 +33,6 @@ enum Type : uint32_t {
 // The property word of a byte in the active table. A loop over a text copies `c_t` into a local
 // variable first: a store through a char pointer makes the compiler load it again.
 [[nodiscard]] inline uint32_t properties(uint8_t byte) { return c_t[byte]; }
-
-// initCT for a text without a NUL.
-void choose(std::string_view language);
 
 // One of the library's own tables, whose words never change; programs may install others.
 [[nodiscard]] bool is_built_in(const uint32_t *table);
