@@ -157,6 +157,28 @@ void find_links(Carry &job, int32_t source_words, int32_t target_words) {
     link_in_order(source_words, target_words, job.links);
 }
 
+// Whether the translation, whose words have a blank between them, has those of the sentence.
+bool has_same_words(std::u32string_view source, std::u32string_view target) {
+  constexpr std::u32string_view white = U" \t\n\v\f\r";
+  size_t i = 0, j = 0;
+  for (;; i++) {
+    const size_t begin = std::min(source.find_first_not_of(white, i), source.size());
+    const bool is_parted = begin > i;
+    i = begin;
+    if (j == target.size()) return i == source.size();
+    if (is_parted && j > 0 && target[j++] != ' ') return false;
+    if (i == source.size() || source[i] != target[j++]) return false;
+  }
+}
+
+// Whether there is more to carry than words: codes, or a '<', '>' or '&' that is in the page as
+// itself and may be so again.
+bool has_more_than_words(const Carry &job) {
+  const std::string &text = job.sentences.text();
+  return has_codes(text) ||
+         (text.find(alien_marker) != text.npos && job.line.find_first_of("<>&") != job.line.npos);
+}
+
 // Writes the translation with the codes of the sentence to `encoded`.
 void carry_codes(Carry &job) {
   read_sentence(job.sentences, job.from, job.source);
@@ -174,6 +196,11 @@ void carry_codes(Carry &job) {
     report_sentence(job, keep_anchors(job), 0, false);
     return;
   }
+  if (has_same_words(placement.source.text, placement.target.text)) {
+    job.encoded.clear();
+    append_sentence(job.source, job.to, job.encoded);
+    return;
+  }
   place_markup(job.links, placement);
   job.result.text.swap(placement.target.text);
   job.result.codes.swap(placement.codes);
@@ -183,10 +210,10 @@ void carry_codes(Carry &job) {
 }
 
 void carry_sentence(Carry &job) {
-  const std::string &text = job.sentences.text();
-  if (has_codes(text)) {
+  if (has_more_than_words(job)) {
     carry_codes(job);
   } else {
+    const std::string &text = job.sentences.text();
     const int32_t target_words = encode_translation(job);
     find_links(job, count_words(text), target_words);
     report_sentence(job, 0, 0, target_words > 0);

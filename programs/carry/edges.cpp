@@ -156,11 +156,19 @@ uint32_t place_inside(const Sides &sides, uint32_t at, uint32_t word) {
   return place;
 }
 
+// An edge of a span that has marks alone: `edge` is that of the word.
+static uint32_t place_of_marks(const Sides &sides, uint32_t at, uint32_t word, uint32_t edge) {
+  const Side &source = sides.source;
+  if (at == source.size() || at <= source.words[source.word_at[at]].begin) return edge;
+  const uint32_t place = place_inside(sides, at, word);
+  return place == no_position ? edge : place;
+}
+
 uint32_t place_begin(const Sides &sides, const Evidence &evidence, Range span, uint32_t word) {
   const auto &[source, target] = sides;
   const Range here = target.words[word];
   uint32_t begin = span.begin, core = source.next_core[begin];
-  if (core >= span.end) return here.begin;
+  if (core >= span.end) return place_of_marks(sides, begin, word, here.begin);
   const uint32_t w = source.word_at[core];
   const Range there = source.words[w];
   if (begin > there.begin && source.core_end[begin] > there.begin) {
@@ -186,7 +194,7 @@ uint32_t place_end(const Sides &sides, const Evidence &evidence, Range span, uin
   const auto &[source, target] = sides;
   const Range here = target.words[word];
   uint32_t end = span.end, core = source.core_end[end];
-  if (core <= span.begin) return here.end;
+  if (core <= span.begin) return place_of_marks(sides, end, word, here.end);
   const uint32_t w = source.word_at[core - 1];
   const Range there = source.words[w];
   if (end < there.end && source.next_core[end] < there.end) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "programs/carry/blanks.h"
 #include "programs/carry/keep.h"
 #include "programs/carry/order.h"
 #include "programs/carry/points.h"
@@ -22,6 +23,8 @@ void place_markup(const std::vector<Link> &alignment, Placement &placement) {
   write_codes(markup, placement.codes);
   if (std::ranges::any_of(markup.spans, &Span::kept))
     put_kept_back(placement.source, placement.evidence, markup, placement.target, placement.codes);
+  if (!markup.points.empty())
+    put_blanks_around(placement.source, markup.points, placement.target.text, placement.codes);
   placement.dropped_fonts = markup.lost_fonts;
   placement.fallback_anchors = 0;
   for (const Span &span : markup.spans) {

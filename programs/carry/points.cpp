@@ -72,6 +72,11 @@ uint32_t shared_place(const Placing &placing, uint32_t at) {
   return place != no_position && target.is_in_run(place) ? no_position : place;
 }
 
+// For a point that only the last marks of the sentence follow.
+uint32_t before_last_marks(const Sides &sides, uint32_t at) {
+  return beside_blanks(sides, at, sides.target.core_end[sides.target.size()]);
+}
+
 // Forward over the words of the phrase that word `w` ends, to the next mark if it is this one.
 uint32_t before_mark(const Placing &placing, uint32_t place, uint32_t w, char32_t mark) {
   const Side &target = placing.sides.target;
@@ -207,7 +212,9 @@ uint32_t place(Placing &placing, Point &point) {
   if (at == 0) return 0;
   if (at == source.size()) return placing.sides.target.size();
   if (const uint32_t place = shared_place(placing, at); place != no_position) return place;
-  if (source.text[at - 1] == ' ') return place_at_cut(placing, point);
+  const bool ends_text = source.next_core[at] == source.size() && source.text[at] != ' ';
+  if (source.text[at - 1] == ' ')
+    return ends_text ? before_last_marks(placing.sides, at) : place_at_cut(placing, point);
   if (source.text[at] == ' ') return place_after(placing, point);
   const Range word = source.words[source.word_at[at]];
   if (at == word.begin) return place_before(placing, point);

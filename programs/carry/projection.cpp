@@ -63,7 +63,8 @@ Range first_word_of(const Side &source, Range text) {
 
 // Finds the text of the span in the translation. Where it occurs as often as in the source, it is
 // the occurrence that is as many-th; else the one that the alignment names, or if there is none,
-// the one that is as many-th or the only one.
+// the one that is as many-th or the only one. An occurrence inside a word is not counted; what the
+// words have then belongs to them.
 bool find_same_text(const Projection &projection, Range span, Range &found) {
   const Side &source = projection.sides.source, &target = projection.sides.target;
   const Evidence &evidence = projection.evidence;
@@ -87,7 +88,8 @@ bool find_same_text(const Projection &projection, Range span, Range &found) {
     last = &piece;
   }
   const TextPiece *piece = count == in_source && is_counted ? as_manyth : named;
-  if (!piece && (count > in_source || count == 1)) piece = as_manyth ? as_manyth : last;
+  if (!piece && (count > in_source || (count == 1 && is_counted)))
+    piece = as_manyth ? as_manyth : last;
   if (!piece) return false;
   const uint32_t begin = piece->range.begin, end = begin + (text.end - text.begin);
   found = {take_marks_before(target, begin, source, {span.begin, text.begin}),

@@ -70,7 +70,7 @@ TEST_F(Attributes, TranslationsComeBackInTheirQuotes) {
       {"<p title = a>b", "x y\nB\n", "<p title = \"x y\">B"},
       {"<p title=a>b", "\xC3\xA9=\nB\n", "<p title=\"&#233;=\">B"},
       {"<p title='a\n b'>b<p title=\"a b\">", "\nB\n", "<p title='a\n b'>B<p title=\"a b\">"},
-      {"<p>a <img alt=b> c", "A C\nB\n", "<p>A<img alt=B> C"},
+      {"<p>a <img alt=b> c", "A C\nB\n", "<p>A <img alt=B> C"},
   };
   for (const auto &row : rows)
     EXPECT_EQ(translated(row.page, row.translation, "GERMAN"), row.result) << row.page;
