@@ -11,7 +11,7 @@
       every operation that allocates: message "NO MORE MEMORY!\n", abort, and the operation's
       failure result. The state stays usable: the same operation works once there is memory.
    5. Sizes and counts are 32-bit. A file or a result of 2 GiB or more fails as its entry says;
-   where an entry says nothing, as exhausted memory does.
+      where an entry says nothing, as exhausted memory does.
    6. All state is process-wide and used from one thread. No operation may run inside another that
       uses the same numbered array, stack or counter.
    7. Operations write only to the log and to the files and streams that they are given. The library
@@ -180,8 +180,8 @@ KLIB_API void Kstart_logging_file(const char *path);
 /* Closes the log, if "LOGGING" is set and one is open. */
 KLIB_API void Kstop_logging_file(void);
 
-/* Writes a text of any length to the log; without an open log nothing happens. Write errors are not
- * reported. */
+/* Writes a text of any length to the log; without an open log nothing happens. Nothing reports a
+   write error. */
 KLIB_API void Klogging(const char *message);
 
 /* ==== Parameter tables ========================================================================
@@ -216,8 +216,8 @@ KLIB_API void Kcleanup_parameters(void);
 /* Copies all values to the one save slot, replacing what it held. The slot outlives the tables. */
 KLIB_API void Ksave_parameter_values(void);
 
-/* Restores the saved values and empties the slot. Nothing happens while the slot is empty or the
- * tables do not exist. */
+/* Restores the saved values and empties the slot. Nothing happens while the slot is empty or there
+   are no tables. */
 KLIB_API void Krestore_parameter_values(void);
 
 /* Releases both tables; harmless when repeated. */
@@ -903,14 +903,14 @@ KLIB_API char **Kcharacter_types_regex(void);
    the text (up to 131072 bytes), which the usual texts do not come near, and several a higher
    power. To decide such a one may take 300 KB of the stack. */
 
-/* Result: 1 when a line of the loaded word list (Klist_in), taken as an expression, matches
-   somewhere in the text; -1 when none does, or the list is empty. */
+/* 1 when a line of the loaded word list (Klist_in), taken as an expression, matches somewhere in
+   the text; -1 when none does, or the list is empty. */
 KLIB_API int32_t Kregex_search(const char *text);
 
 /* The same; without the first line of the list when use_first is 0. */
 KLIB_API int32_t Kspecial_regex_search(const char *text, int32_t use_first);
 
-/* Result: the index, from 0, of the first of `count` expressions that matches somewhere in the
+/* The index, from 0, of the first of `count` expressions that matches somewhere in the
    text, or -1. Later expressions are not compiled. `expressions` may be null when count
    is 0 or less. */
 KLIB_API int32_t regex_search(const char *text, int32_t count, char **expressions);
@@ -1128,8 +1128,8 @@ KLIB_API int32_t *positions_of(const char *s, int32_t c, int32_t *count);
    texts. A text that begins another comes before it. This is the order of word lists. */
 KLIB_API int32_t ustrcmp(const char *a, const char *b);
 
-/* Chooses the active upper-case table: Russian for texts that begin with "RU", Greek for "GR",
- * Western for all others. Case matters. */
+/* Chooses the active upper-case table: Russian for texts that begin with "RU", Greek for "GR" and
+   Western for all others. Case matters. */
 KLIB_API void initUpcase(const char *language);
 
 /* Upper-cases in place: bytes of the type "lower" (cprops) are mapped through the active upper-case
