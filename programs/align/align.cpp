@@ -65,7 +65,7 @@ std::vector<Stretch> divide(const Corpus &corpus, const AlignmentJob &job) {
 size_t take_part(std::span<Stretch> stretches) {
   size_t all = 0;
   for (const Stretch &stretch : stretches) all += pairs_of(stretch);
-  const size_t parts = (all + pairs_at_once - 1) / pairs_at_once;
+  const size_t parts = std::max<size_t>(1, (all + pairs_at_once - 1) / pairs_at_once);
   size_t count = 0, pairs = 0, sources = 0, targets = 0;
   for (; count < stretches.size() && pairs < (all + parts - 1) / parts; count++) {
     Stretch &stretch = stretches[count];

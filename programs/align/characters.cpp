@@ -221,7 +221,8 @@ void find_dictionary_words(std::string_view text, std::vector<size_t> &ends) {
   check(error);
   size_t position = 0;
   int32_t units = 0;
-  for (int32_t end = ubrk_first(breaks); (end = ubrk_next(breaks)) != UBRK_DONE;) {
+  ubrk_first(breaks);
+  for (int32_t end; (end = ubrk_next(breaks)) != UBRK_DONE;) {
     while (units < end) units += next_character(text, position) > 0xFFFF ? 2 : 1;
     ends.push_back(position);
   }

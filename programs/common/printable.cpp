@@ -86,9 +86,7 @@ void append_json(std::string_view text, std::string &json) {
       i++;
     } else if (c == '"' || c == '\\') {
       json += {'\\', text[begin]};
-    } else if (is_printable(c)) {
-      json += text.substr(begin, i - begin);
-    } else if (c > 0xFFFF) {
+    } else if (is_printable(c) || c > 0xFFFF) {
       json += text.substr(begin, i - begin);
     } else {
       json += "\\u";

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -219,7 +220,6 @@ void write_nested(Merge &job, bool closers_are_written, NestedWriter &writer) {
   for (size_t i = 0; i < codes.size(); i++) {
     write_characters(job, position, codes[i].at, writer);
     write_code(job, codes[i], closers_are_written, writer);
-    position = codes[i].at;
     // The text up to its end is written already, by the piece. What else is there follows it.
     const size_t end = end_of_kept(job, i);
     position = codes[end].at;
@@ -273,22 +273,22 @@ void merge_frame(Merge &job) {
     return;
   }
   repair_markup(job.sentences, job.anchors, job.sentence, job.markup);
-  NestedWriter writer(budget_of(job));
-  write_nested(job, false, writer);
+  std::optional<NestedWriter> writer(budget_of(job));
+  write_nested(job, false, *writer);
   std::vector<NestedWriter::Element> around;
-  while (!writer.too_costly().empty()) {
-    around.insert(around.end(), writer.too_costly().begin(), writer.too_costly().end());
-    writer = NestedWriter(budget_of(job));
-    write_surrounded(job, around, writer);
+  while (!writer->too_costly().empty()) {
+    around.insert(around.end(), writer->too_costly().begin(), writer->too_costly().end());
+    writer.emplace(budget_of(job));
+    write_surrounded(job, around, *writer);
   }
   for (const NestedWriter::Element &element : around)
     note(job.place(), "put-around", {{"anchor", element.number}},
          "the element of anchor %d crosses too many others; it is put around the whole sentence",
          static_cast<int>(element.number));
-  for (const int32_t number : writer.reopened())
+  for (const int32_t number : writer->reopened())
     note(job.place(), "reopened", {{"anchor", number}},
          "the element of anchor %d is closed and opened again", static_cast<int>(number));
-  write(job, writer.result());
+  write(job, writer->result());
   job.spellings.end_frame();
   c_tick(1);
   show_progress(++job.frames);

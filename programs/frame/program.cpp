@@ -248,6 +248,7 @@ int run_jobs(const Program &program, const Arguments &arguments) {
     texts.push_back(i % group == 0 ? name_for_parameter_files(program.name, name) : name);
   }
   std::vector<char *> argv;
+  argv.reserve(texts.size() + 1);
   for (std::string &text : texts) argv.push_back(text.data());
   argv.push_back(nullptr);
   Kmain_loop(static_cast<int32_t>(argv.size() - 1), argv.data(), program.name, nullptr,

@@ -222,7 +222,6 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
   switch (content) {
     case Element::block:
     case Element::separator:
-      return false;
     case Element::preserved:
       return false;
     case Element::caption:

@@ -113,7 +113,7 @@ int make_temporary_file(const std::string &target, std::string &name) {
   const int descriptor = mkostemp(name.data(), O_CLOEXEC);
   if (descriptor >= 0) {
     entry->owner = getpid();
-    strcpy(entry->name, name.c_str());
+    memcpy(entry->name, name.c_str(), name.size() + 1);
   }
   return descriptor;
 }
@@ -146,7 +146,7 @@ bool make_temporary_folder(const std::string &place, std::string &name) {
   const Waiting waiting;
   if (!mkdtemp(name.data())) return false;
   folder.owner = getpid();
-  strcpy(folder.name, name.c_str());
+  memcpy(folder.name, name.c_str(), name.size() + 1);
   return true;
 }
 

@@ -22,10 +22,10 @@ constexpr std::array<uint8_t, 256> commonness = [] {
   std::array<uint8_t, 256> table{};
   table.fill(20);
   for (size_t byte = 0xC0; byte < table.size(); ++byte) table[byte] = 100;
-  for (char byte = '0'; byte <= '9'; ++byte) table[static_cast<size_t>(byte)] = 60;
+  for (size_t byte = '0'; byte <= '9'; ++byte) table[byte] = 60;
   uint8_t value = 250;
   for (const char byte : std::string_view(" eaintsrodlucmphgfbvyzkwjqx")) {
-    table[static_cast<size_t>(byte)] = value;
+    table[static_cast<uint8_t>(byte)] = value;
     value = static_cast<uint8_t>(value - 8);
   }
   return table;
