@@ -1,10 +1,13 @@
 // kalign finds out which words of two texts translate each other. docs/pipeline.md describes the
 // files, programs/align the method.
+#include <sys/stat.h>
+
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "programs/align/material.h"
+#include "programs/align/model_file.h"
 #include "programs/align/tokens.h"
 #include "programs/common/line_reader.h"
 #include "programs/common/output_file.h"
@@ -98,6 +101,20 @@ void align_files(const char *source, const char *target, const char *out_name) {
   out.publish();
 }
 
+bool is_alignment(std::string_view first_bytes) {
+  return first_bytes.find_first_not_of("0123456789- \n") == first_bytes.npos;
+}
+
+// Token lines look like any text. They are replaced beside an alignment, which they were made with.
+void check_tokens(const std::string &name, const char *out) {
+  struct stat status;
+  const bool has_alignment =
+      stat(out, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+  if (!has_alignment)
+    check_replaced(
+        name, [](std::string_view) { return false; }, "belongs to no ALIGNMENT");
+}
+
 // All jobs together, so that none replaces the result of another.
 void check_files(std::span<const char *const> names, size_t group) {
   std::vector<std::string> inputs = align::files_of(material), outputs;
@@ -108,6 +125,12 @@ void check_files(std::span<const char *const> names, size_t group) {
     for (const char *side : {".source", ".target"})
       outputs.push_back(std::string(token_prefix).append(side));
   check_job_files(inputs, outputs);
+  for (size_t i = group - 1; i < names.size(); i += group)
+    check_replaced(names[i], is_alignment, "is no alignment");
+  if (saved_model) check_replaced(saved_model, align::is_model, "is no model of kalign");
+  if (token_prefix)
+    for (const char *side : {".source", ".target"})
+      check_tokens(std::string(token_prefix) + side, names[group - 1]);
 }
 
 void align_all(std::span<const char *const> names) {

@@ -250,6 +250,7 @@ void show_as_report(std::span<const char *const> names) {
     if (name) inputs.push_back(name);
   const std::string outputs[] = {html};
   check_job_files(inputs, outputs);
+  check_replaced(html, is_report, "is no report of sentences");
   OutputFile file(html);
   std::string body;
   ReportTotals totals;

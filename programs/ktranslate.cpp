@@ -1,7 +1,7 @@
 // ktranslate takes pages to their translations: it runs what kextract, kcarry and kmerge do on
 // every page, with a translation engine and the word aligner between them. docs/pipeline.md
 // describes the steps, docs/many-documents.md how to run it over many pages.
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -9,8 +9,11 @@
 #include <optional>
 #include <thread>
 
+#include "programs/common/input_file.h"
 #include "programs/common/languages.h"
+#include "programs/common/output_file.h"
 #include "programs/common/program.h"
+#include "programs/frame/job_files.h"
 #include "programs/kinds.h"
 #include "programs/translate/align_pages.h"
 #include "programs/translate/interruption.h"
@@ -76,16 +79,22 @@ void name_pages(std::span<const char *const> names, Run &run) {
   if (names.size() != 2)
     fail("ktranslate", 0, "%zu file names: it takes IN and OUT, or any number with --out-dir",
          names.size());
-  check_result_name(names[0], names[1], "its result");
   run.pages.emplace_back().page = names[0];
   run.pages.back().result = names[1];
 }
 
-void check_report_name(const Run &run) {
+// All files of the run, so that nothing that a user has is lost.
+void check_files(const Run &run) {
+  std::vector<std::string> inputs = align::files_of(material), outputs;
+  if (translation) inputs.emplace_back(translation);
+  for (const char *name : {html, cache_name})
+    if (name) outputs.emplace_back(name);
   for (const PageFiles &page : run.pages) {
-    check_result_name(page.page.c_str(), html, "the report");
-    check_result_name(page.result.c_str(), html, "the report");
+    inputs.push_back(page.page);
+    outputs.push_back(page.result);
   }
+  check_job_files(inputs, outputs);
+  if (html) check_replaced(html, is_report, "is no report of sentences");
 }
 
 // An engine knows its languages; what the user or a parameter file says goes before.
@@ -203,7 +212,8 @@ void translate_pages(Run &run) {
   translate_with_apertium(apertium, feed);
 }
 
-// Carries the markup into the translation, and puts the page together in the target language.
+// Carries the markup into the translation, and puts the page together in the target language. Not
+// in its place yet: what its process tells comes first.
 void finish_page(const PageFiles &page) {
   const std::string source_tokens = page.source_tokens(), target_tokens = page.target_tokens();
   if (page.counts_tokens) {
@@ -212,7 +222,24 @@ void finish_page(const PageFiles &page) {
   }
   run_job(kcarry, {page.coded(), page.translation(), page.alignment(), page.carried()});
   set_parameter(TextParameter::language, parameter(TextParameter::target_language));
-  run_job(kmerge, {page.carried(), page.anchors(), page.result});
+  run_job(kmerge, {page.carried(), page.anchors(), page.merged()});
+}
+
+// Gives the page its name. Nothing that can fail comes after it, but for other pages and the
+// report.
+void publish_page(const PageFiles &page) {
+  make_folders(page.result);
+  OutputFile result(page.result);
+  {
+    const InputFile merged = open_input(page.merged().c_str());
+    char block[65536];
+    for (size_t count; (count = fread(block, 1, sizeof block, merged.get())) > 0;)
+      result.write({block, count});
+    if (ferror(merged.get())) fail_reading(page.merged().c_str());
+  }
+  unlink(page.merged().c_str());
+  result.finish();
+  result.publish();
 }
 
 void finish_pages(Run &run) {
@@ -222,7 +249,7 @@ void finish_pages(Run &run) {
     if (!page.is_translated) continue;
     pages.push_back(&page);
     tasks.push_back({page.page, page.records(), [&page] { finish_page(page); },
-                     [&page] { make_folders(page.result); }});
+                     [&page] { publish_page(page); }});
   }
   run_on_pages(run, tasks, [&](size_t done) {
     run.pages_done = done;
@@ -239,7 +266,7 @@ void translate(std::span<const char *const> names) {
   check_options();
   Run run;
   name_pages(names, run);
-  if (html) check_report_name(run);
+  check_files(run);
   set_languages();
   run.jobs = jobs > 0 ? jobs : std::max<int64_t>(std::thread::hardware_concurrency(), 1);
   const Interruptible interruptible;

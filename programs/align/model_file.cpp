@@ -154,8 +154,10 @@ std::string write_model(const Model &model) {
   return bytes;
 }
 
+bool is_model(std::string_view first_bytes) { return first_bytes.starts_with(magic); }
+
 std::string read_model(std::string_view bytes, Model &model) {
-  if (!bytes.starts_with(magic)) return "is no model";
+  if (!is_model(bytes)) return "is no model";
   if (!bytes.substr(magic.size()).starts_with(version))
     return "is a model of another version; train it again";
   if (bytes.size() < magic.size() + version.size() + sizeof(uint64_t)) return "is cut off";

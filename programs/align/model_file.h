@@ -11,6 +11,9 @@ namespace klib::programs::align {
 // The bytes of a model file: the same for the same model on every machine.
 std::string write_model(const Model &model);
 
+// Whether a file that begins so is a model, of any version.
+bool is_model(std::string_view first_bytes);
+
 // Reads them into a new model. Returns what is wrong with them, nothing when all is well; any bytes
 // may be tried.
 std::string read_model(std::string_view bytes, Model &model);

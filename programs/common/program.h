@@ -110,6 +110,9 @@ bool is_given(TextParameter language);
 std::vector<std::string> parameter_files();
 std::vector<std::string> own_outputs();
 
+// Lets the run end by a signal that was noted, after all is told and tidied.
+void end_run_by(int signal);
+
 // Leaves a file as it is at the end of the run if it is that of --report: a job uses it, too.
 void withhold_report(const std::string &name);
 

@@ -7,7 +7,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <set>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "programs/common/codes.h"
@@ -21,13 +23,10 @@ struct FileIdentity {
   bool counts = false, exists = false;
   dev_t device = 0;
   ino_t inode = 0;
-  std::string path = {};
+  std::string path = {};  // if it does not exist
 
-  bool operator==(const FileIdentity &other) const {
-    if (!counts || !other.counts) return false;
-    if (exists && other.exists) return device == other.device && inode == other.inode;
-    return !exists && !other.exists && path == other.path;
-  }
+  auto key() const { return std::tie(exists, device, inode, path); }
+  bool operator<(const FileIdentity &other) const { return key() < other.key(); }
 };
 
 // The path with its directory resolved.
@@ -58,7 +57,7 @@ std::string beginning_of(const std::string &name) {
   struct stat status;
   if (stat(name.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return "";
   const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(name.c_str(), "rbe"), fclose);
-  char bytes[16];
+  char bytes[256];
   const size_t size = file ? fread(bytes, 1, sizeof bytes, file.get()) : 0;
   // What cannot be read is not known to be ours.
   return size == 0 && status.st_size > 0 ? "?" : std::string(bytes, size);
@@ -82,16 +81,16 @@ std::vector<FileIdentity> identify_all(std::span<const std::string> names) {
 }
 
 void check(const std::vector<FileIdentity> &read, const std::vector<FileIdentity> &written) {
-  for (size_t i = 0; i < written.size(); i++) {
-    const FileIdentity *same = nullptr;
-    for (const FileIdentity &input : read)
-      if (written[i] == input) same = &input;
-    for (size_t k = 0; k < i && !same; k++)
-      if (written[i] == written[k]) same = &written[k];
-    if (!same) continue;
-    withhold_report(written[i].name);
+  std::set<FileIdentity> used;
+  for (const FileIdentity &file : read)
+    if (file.counts) used.insert(file);
+  for (const FileIdentity &file : written) {
+    if (!file.counts) continue;
+    const auto [same, is_new] = used.insert(file);
+    if (is_new) continue;
+    withhold_report(file.name);
     withhold_report(same->name);
-    fail({written[i].name.c_str()}, "same-file", {},
+    fail({file.name.c_str()}, "same-file", {},
          "is the same file as %s, which this job uses, too: nothing is written",
          same->name.c_str());
   }
@@ -112,8 +111,22 @@ void check_job_files(std::span<const std::string> inputs, std::span<const std::s
   check(read, written);
 }
 
-void check_own_outputs(std::span<const std::string> names) {
+void check_own_outputs(std::span<const std::string> names, const char *report) {
   check(identify_all(names), identify_all(own_outputs()));
+  if (!report) return;
+  const auto is_ours = [](std::string_view bytes) { return bytes.starts_with("{\"program\":\""); };
+  try {
+    check_replaced(report, is_ours, "is no report for scripts");
+  } catch (const Failed &) {
+    withhold_report(report);
+    throw;
+  }
+}
+
+void check_replaced(const std::string &name, bool (*is_ours)(std::string_view), const char *why) {
+  if (name == "-") return;
+  const std::string bytes = beginning_of(name);
+  if (!bytes.empty() && !is_ours(bytes)) refuse(name, why);
 }
 
 void check_sentence_file(const std::string &name) {
@@ -122,20 +135,18 @@ void check_sentence_file(const std::string &name) {
   if (exists && !S_ISREG(status.st_mode)) return;
   if (!name.ends_with(".kti"))
     fail({name.c_str()}, "wrong-type", {}, "the name of a sentence file must end in .kti");
-  const std::string bytes = beginning_of(name);
-  if (!bytes.empty() && !begins_like_sentences(bytes)) refuse(name, "is no sentence file");
+  check_replaced(name, begins_like_sentences, "is no sentence file");
 }
 
 void check_family(const std::string &sentence_file) {
   check_sentence_file(sentence_file);
   const std::string anchors = with_type(sentence_file.c_str(), "anc");
-  const std::string bytes = beginning_of(anchors);
-  if (!bytes.empty() && !begins_like_anchors(bytes)) refuse(anchors, "is no anchor file");
-  if (!bytes.empty() || !beginning_of(sentence_file).empty()) return;
+  check_replaced(anchors, begins_like_anchors, "is no anchor file");
+  if (!beginning_of(anchors).empty() || !beginning_of(sentence_file).empty()) return;
   for (const char *type : {"txt", "anx"})
-    if (const std::string name = with_type(sentence_file.c_str(), type);
-        !beginning_of(name).empty())
-      refuse(name, "belongs to no sentence file of that name");
+    check_replaced(
+        with_type(sentence_file.c_str(), type), [](std::string_view) { return false; },
+        "belongs to no sentence file of that name");
 }
 
 }  // namespace klib::programs

@@ -3,6 +3,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace klib::programs {
 
@@ -11,9 +12,16 @@ namespace klib::programs {
 // what is no regular file do not.
 void check_job_files(std::span<const std::string> inputs, std::span<const std::string> outputs);
 
-// Ends the job when the log or the file of --report is one of the files that the command line
-// names. Every job begins with this.
-void check_own_outputs(std::span<const std::string> names);
+// Ends the job when the log or the file of --report, null if there is none, is one of the files
+// that the command line names, or that of --report exists and is something else. Every job begins
+// with this.
+void check_own_outputs(std::span<const std::string> names, const char *report);
+
+// Ends the job when a regular file of this name exists, holds something, and is not of the
+// programs' own making, as far as its first bytes tell: `why` it is not replaced, such as "is no
+// report".
+void check_replaced(const std::string &name, bool (*is_ours)(std::string_view first_bytes),
+                    const char *why);
 
 // Ends the job when a file of this name exists, holds something, and does not begin like a sentence
 // file, or is not called *.kti.

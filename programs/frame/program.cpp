@@ -45,6 +45,7 @@ struct Run {
   std::vector<std::string> parameter_files = {};  // that this job has read
 };
 constinit Run *run = nullptr;
+constinit int ending_signal = 0;  // of the process's run, or 0
 
 // Gives scripts what is told while it lives.
 struct ToScripts {
@@ -202,7 +203,7 @@ void do_job() {
   run->jobs++;
   const char *file = takes_all ? run->program : names[0];
   guarded([&] {
-    check_own_outputs(std::vector<std::string>(names.begin(), names.end()));
+    check_own_outputs(std::vector<std::string>(names.begin(), names.end()), arguments.report);
     check_log();
     Kstart_logging_file(parameter(TextParameter::log_pathname));
     find_parameter_files(name_for_parameter_files(run->program, names.empty() ? "" : names[0]));
@@ -262,7 +263,8 @@ void run_with_report(const Program &program, const Arguments &arguments) {
   Run current{program.name, arguments};
   const Running running(current);
   // The library opens the log before the first job.
-  check_own_outputs(std::vector<std::string>(arguments.names.begin(), arguments.names.end()));
+  check_own_outputs(std::vector<std::string>(arguments.names.begin(), arguments.names.end()),
+                    arguments.report);
   std::optional<OutputFile> file;
   if (arguments.report && strcmp(arguments.report, "-") != 0) file.emplace(arguments.report);
   const ToScripts to_scripts(!arguments.report ? nullptr : file ? file->stream() : stdout);
@@ -278,6 +280,7 @@ void run_with_report(const Program &program, const Arguments &arguments) {
 
 int run_program(const Program &program, int argc, char **argv) {
   prepare_process();
+  ending_signal = 0;
   const EndsWithoutMemory ends(program.name);
   start_telling(program.name, false);
   Arguments arguments;
@@ -290,6 +293,7 @@ int run_program(const Program &program, int argc, char **argv) {
   });
   tell_scripts(nullptr);
   clear_progress();
+  if (ending_signal != 0) end_by_signal(ending_signal);
   return arguments.outcome == Arguments::bad || something_failed() ? 1 : 0;
 }
 
@@ -307,6 +311,8 @@ int32_t parameter(NumberParameter name) { return kparm[static_cast<int>(name) - 
 bool is_given(TextParameter language) {
   return run && (language == TextParameter::language ? run->language_given : run->target_given);
 }
+
+void end_run_by(int signal) { ending_signal = signal; }
 
 std::vector<std::string> parameter_files() { return run->parameter_files; }
 

@@ -20,6 +20,11 @@
 namespace klib::programs {
 namespace {
 
+// How every report begins, and no other file.
+constexpr std::string_view opening =
+    "<!DOCTYPE html>\n<html lang=en><head><meta charset=utf-8>\n"
+    "<meta name=generator content=\"klib report\">\n";
+
 // A sentence file read frame by frame.
 struct Side {
   SentenceFile file;
@@ -175,9 +180,11 @@ void append_page(const ReportPage &page, std::string &html, ReportTotals &totals
 std::string report_script() { return script; }
 std::string report_script_hash() { return script_hash; }
 
+bool is_report(std::string_view first_bytes) { return first_bytes.starts_with(opening); }
+
 std::string report_begin(const std::string &title, const ReportTotals &totals) {
-  std::string html =
-      "<!DOCTYPE html>\n<html lang=en><head><meta charset=utf-8>\n"
+  std::string html(opening);
+  html +=
       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
       "style-src 'unsafe-inline'; img-src data:; form-action 'none'; base-uri 'none'; "
       "script-src 'sha256-";

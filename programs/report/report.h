@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace klib::programs {
@@ -46,6 +47,9 @@ void append_page(const ReportPage &page, std::string &html, ReportTotals &totals
 // The beginning, before the parts of the pages, and the end of the file.
 std::string report_begin(const std::string &title, const ReportTotals &totals);
 std::string report_end();
+
+// Whether a file that begins so is a report.
+bool is_report(std::string_view first_bytes);
 
 // The hash of the script that the policy names, in base64; for the test that it is right.
 std::string report_script_hash();

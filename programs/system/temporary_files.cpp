@@ -13,6 +13,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "programs/system/helper_processes.h"
+
 namespace klib::programs {
 namespace {
 
@@ -25,12 +27,6 @@ struct Entry {
   char name[PATH_MAX];  // empty: free
 };
 constinit Entry entries[most_files] = {}, folder = {};
-
-void remove_and_end(int signal) {
-  remove_all_temporary_files();
-  std::signal(signal, SIG_DFL);
-  raise(signal);
-}
 
 // Lets signals wait while it lives.
 class Waiting {
@@ -96,10 +92,16 @@ void remove_temporary_files_on_signals() {
   for (const int signal : ending_signals) {
     struct sigaction action = {};
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
-    action.sa_handler = remove_and_end;
+    action.sa_handler = end_by_signal;
     sigfillset(&action.sa_mask);
     sigaction(signal, &action, nullptr);
   }
+}
+
+void end_by_signal(int signal) {
+  remove_all_temporary_files();
+  std::signal(signal, SIG_DFL);
+  raise(signal);
 }
 
 int make_temporary_file(const std::string &target, std::string &name) {
@@ -126,6 +128,7 @@ bool keep_temporary_file(const std::string &name, const std::string &target) {
 }
 
 void remove_all_temporary_files() {
+  end_helpers();
   for (const Entry &entry : entries)
     if (entry.name[0] != '\0' && entry.owner == getpid()) unlink(entry.name);
   remove_temporary_folder();

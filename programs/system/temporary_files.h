@@ -9,6 +9,10 @@ namespace klib::programs {
 // process as they would have; a signal that the process ignores stays ignored.
 void remove_temporary_files_on_signals();
 
+// Ends the process by a signal, as its default action does, without temporary files and helpers.
+// May be called from the signal's handler, after whose return the process ends.
+void end_by_signal(int signal);
+
 // Makes a file beside `target` under a temporary name, which `name` gets, and returns its
 // descriptor; -1 with errno when that is not possible.
 int make_temporary_file(const std::string &target, std::string &name);
@@ -16,8 +20,8 @@ int make_temporary_file(const std::string &target, std::string &name);
 // Gives a temporary file its name for good; false with errno when that is not possible.
 bool keep_temporary_file(const std::string &name, const std::string &target);
 
-// Removes all temporary files of this process, and its folder; may be called from a signal's
-// handler and without memory.
+// Removes all temporary files of this process, and its folder, after the end of its helpers; may be
+// called from a signal's handler and without memory.
 void remove_all_temporary_files();
 
 // Removes a temporary file.

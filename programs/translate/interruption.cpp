@@ -5,7 +5,8 @@
 #include <ctime>
 #include <iterator>
 
-#include "programs/common/tell.h"
+#include "programs/common/program.h"
+#include "programs/system/temporary_files.h"
 
 namespace klib::programs {
 namespace {
@@ -23,8 +24,7 @@ void note_signal(int signal) {
   if (noted == 0) {
     noted_at = now.tv_sec;
   } else if (now.tv_sec - noted_at >= 2) {
-    std::signal(signal, SIG_DFL);
-    raise(signal);
+    end_by_signal(signal);
   }
   noted = signal;
 }
@@ -52,11 +52,14 @@ Interruptible::~Interruptible() {
 bool is_interrupted() { return noted != 0; }
 
 void end_if_interrupted() {
-  if (noted != 0) fail("ktranslate", 0, "interrupted: %s", strsignal(noted));
+  if (noted == 0) return;
+  end_run_by(noted);
+  fail("ktranslate", 0, "interrupted: %s", strsignal(noted));
 }
 
-void ignore_interruptions() {
-  for (const int signal : signals) std::signal(signal, SIG_IGN);
+void end_at_interruptions() {
+  for (size_t i = 0; i < std::size(signals); i++)
+    if (earlier[i].sa_handler != SIG_IGN) std::signal(signals[i], SIG_DFL);
 }
 
 }  // namespace klib::programs

@@ -1,5 +1,6 @@
 // Signals that ask a long run to end: it ends at the next good place, where temporary files are
-// removed and what is kept is saved. A signal two seconds later ends it at once.
+// removed and what is kept is saved, and then by that signal. Another one two seconds later ends it
+// at once.
 #pragma once
 
 namespace klib::programs {
@@ -19,7 +20,7 @@ bool is_interrupted();
 // Ends the job (fail()) when a signal has come.
 void end_if_interrupted();
 
-// For a process with a short work of its own, which the run waits for.
-void ignore_interruptions();
+// For a process that works for the run: a signal simply ends it.
+void end_at_interruptions();
 
 }  // namespace klib::programs

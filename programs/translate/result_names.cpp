@@ -32,11 +32,6 @@ path common_folder(const std::vector<path> &pages) {
   return common;
 }
 
-bool is_same_file(const path &a, const path &b) {
-  std::error_code error;
-  return whole_path(a) == whole_path(b) || (std::filesystem::equivalent(a, b, error) && !error);
-}
-
 }  // namespace
 
 std::vector<std::string> result_names(std::span<const char *const> pages,
@@ -56,17 +51,7 @@ std::vector<std::string> result_names(std::span<const char *const> pages,
     const auto [place, is_new] = places.emplace(whole_path(result).string(), pages[i]);
     if (!is_new) fail(pages[i], 0, "has the same result as %s: %s", place->second, result.c_str());
   }
-  for (size_t i = 0; i < paths.size(); i++)
-    if (places.contains(paths[i].string()) || is_same_file(paths[i], names[i]))
-      fail(pages[i], 0, "would be replaced by a result: choose another folder than %s",
-           directory.c_str());
   return names;
-}
-
-void check_result_name(const char *page, const char *result, const char *what) {
-  if (strcmp(page, "-") != 0 && strcmp(result, "-") != 0 && is_same_file(page, result) &&
-      !std::filesystem::is_character_file(result))
-    fail(page, 0, "would be replaced by %s: choose another name", what);
 }
 
 void make_folders(const std::string &result) {

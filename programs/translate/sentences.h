@@ -36,6 +36,7 @@ struct PageFiles {
   std::string source_tokens() const { return base + ".sto"; }
   std::string target_tokens() const { return base + ".tto"; }
   std::string carried() const { return base + "_.kti"; }
+  std::string merged() const { return base + "_.htm"; }  // the result, not yet in its place
   std::string records() const { return base + ".rec"; }
 };
 

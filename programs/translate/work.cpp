@@ -20,6 +20,7 @@
 
 #include "programs/common/program.h"
 #include "programs/system/exhaustion.h"
+#include "programs/system/helper_processes.h"
 #include "programs/translate/interruption.h"
 
 namespace klib::programs {
@@ -133,24 +134,20 @@ void finish(Task &task, int status, const std::function<Place(const Place &)> &f
     report(task.file.c_str(), 0, "the work on it was not finished");
 }
 
-bool begin(Task &task) {
+void end(Task &task) {
+  if (!task.is_done || !task.end) return;
   try {
-    if (task.begin) task.begin();
-    return true;
+    task.end();
   } catch (const Failed &) {
-    return false;
+    task.is_done = false;
   }
 }
 
-// The processes at work. They are waited for even when the run is interrupted: what they do is
-// short, and leaves no temporary file when it ends by itself.
+// The processes at work; when the run is interrupted, they end.
 struct Workers {
   std::list<std::pair<pid_t, Task *>> running;
 
-  ~Workers() {
-    for (const auto &[process, task] : running)
-      while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) continue;
-  }
+  ~Workers() { end_helpers(); }
 };
 
 void start(Task &task, Workers &workers) {
@@ -162,9 +159,10 @@ void start(Task &task, Workers &workers) {
     fail(task.file.c_str(), 0, "cannot be worked on: %s", error_text(errno));
   }
   if (process == 0) {
-    ignore_interruptions();
+    end_at_interruptions();
     live(task);
   }
+  add_helper(process);
   workers.running.back().first = process;
 }
 
@@ -177,11 +175,7 @@ void run_tasks(std::vector<Task> &tasks, int64_t jobs,
   size_t next = 0, done = 0;
   while (done < tasks.size()) {
     while (next < tasks.size() && static_cast<int64_t>(workers.running.size()) < jobs) {
-      Task &task = tasks[next++];
-      if (begin(task))
-        start(task, workers);
-      else
-        ended(++done);
+      start(tasks[next++], workers);
     }
     if (workers.running.empty()) continue;
     int status = 0;
@@ -191,9 +185,11 @@ void run_tasks(std::vector<Task> &tasks, int64_t jobs,
                                      [&](const auto &one) { return one.first == process; });
     if (worker == workers.running.end()) continue;
     Task &task = *worker->second;
+    forget_helper(process);
     workers.running.erase(worker);
     finish(task, status, for_people);
     ended(++done);
+    end(task);
   }
 }
 

@@ -3,7 +3,8 @@
 // A program's job uses the library, whose state belongs to the process: parameters, fonts, parser
 // levels, indexes of anchors. A process for each piece of work has the parameters that the first
 // page has found, runs beside others, and takes only its own page along when it fails. It is a copy
-// of this process, so nothing is read or looked for again.
+// of this process, so nothing is read or looked for again. It writes into the temporary folder
+// alone: what leaves that is moved by this process, when everything that can fail is done.
 #pragma once
 
 #include <functional>
@@ -15,16 +16,16 @@
 namespace klib::programs {
 
 struct Task {
-  std::string file;                  // what messages call the work
-  std::string records;               // a file for what is told
-  std::function<void()> work;        // in the process of its own; Failed ends it
-  std::function<void()> begin = {};  // here, before it begins; Failed leaves it out
-  bool is_done = false;              // it has ended, without a problem that ends a job
+  std::string file;                // what messages call the work
+  std::string records;             // a file for what is told
+  std::function<void()> work;      // in the process of its own; Failed ends it
+  std::function<void()> end = {};  // here, after it, its last step; Failed makes it not done
+  bool is_done = false;            // it has ended, without a problem that ends a job
 };
 
 // Runs the tasks, `jobs` at a time. What they tell is told when each ends, of the place that
-// `for_people` makes of it; names that it gives must last. `ended` is called after each with how
-// many have ended.
+// `for_people` makes of it; names that it gives must last. `ended` is called with how many have
+// ended, before the `end` of each.
 void run_tasks(std::vector<Task> &tasks, int64_t jobs,
                const std::function<Place(const Place &)> &for_people,
                const std::function<void(size_t)> &ended);

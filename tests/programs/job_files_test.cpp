@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 #include "workplace.h"
 
@@ -44,6 +46,7 @@ TEST_F(JobFiles, NothingIsWrittenOverWhatIsNotTheProgramsOwn) {
   write("own.anc", "notes of mine");
   write("result.par", "a comment\n");
   write("p.htm", "<p>x");
+  write("corpus.target", "notes of mine");
   std::filesystem::create_hard_link(directory_ + "/page.html", directory_ + "/hard.html");
   std::filesystem::create_symlink("t.txt", directory_ + "/link.kti");
   std::filesystem::create_directory(directory_ + "/sub");
@@ -68,6 +71,15 @@ TEST_F(JobFiles, NothingIsWrittenOverWhatIsNotTheProgramsOwn) {
       {"kmerge", "out.kti job.anc job.anx", "job.anx: is the same file as job.anx"},
       {"kmerge", "out.kti job.anc --report out.kti x.html", "out.kti: is the same file as"},
       {"kshow", "out.kti --report out.kti", "out.kti: is the same file as out.kti"},
+      {"kshow", "out.kti --report page.html", "page.html: exists and is no report for scripts"},
+      {"kshow", "--html job.kti out.kti", "job.kti: exists and is no report of sentences"},
+      {"kshow", "--html page.html out.kti", "page.html: exists and is no report of sentences"},
+      {"kshow", "--html r.html --report r.html out.kti", "r.html: is the same file as r.html"},
+      {"kalign", "job.txt t.txt page.html", "page.html: exists and is no alignment"},
+      {"kalign", "job.txt t.txt a.txt job.txt t.txt t.txt", "t.txt: is the same file as t.txt"},
+      {"kalign", "--save page.html job.txt t.txt x", "page.html: exists and is no model"},
+      {"kalign", "--save a.txt job.txt t.txt a.txt", "a.txt: is the same file as a.txt"},
+      {"kalign", "--tokens corpus job.txt t.txt x", "corpus.target: exists and belongs to no ALI"},
   };
   const std::string before = everything();
   for (const auto &row : rows) {
@@ -77,6 +89,10 @@ TEST_F(JobFiles, NothingIsWrittenOverWhatIsNotTheProgramsOwn) {
     EXPECT_TRUE(everything() == before) << row.program << " " << row.arguments;
   }
   EXPECT_EQ(run("kmerge", "out.kti job.anc mine.txt").status, 0);  // any regular file
+  for (int i = 0; i < 2; i++) {  // what the programs have made, they replace
+    EXPECT_EQ(run("kalign", "--save m --tokens k --report r job.txt t.txt a.txt").errors, "");
+    EXPECT_EQ(run("kshow", "--html r.html --report r out.kti").errors, "");
+  }
 }
 
 TEST_F(JobFiles, OnlyFilesOfOneJobGoTogether) {
@@ -132,31 +148,51 @@ TEST_F(JobFiles, PermissionsAndLongNames) {
             std::string::npos);
 }
 
-// kmerge waits for the rest of its sentences, its temporary files made, when the signal comes.
+// Each program reads from a pipe that does not end, or from an engine that does not answer, when
+// the signal comes: at the latest when its temporary files are there.
 TEST_F(JobFiles, SignalsLeaveNothingBehind) {
   make_jobs();
   std::filesystem::current_path(directory_);
   ASSERT_EQ(mkfifo("slow.kti", 0600), 0);
-  const int fifo = open("slow.kti", O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(mkfifo("slow.txt", 0600), 0);
+  const int sentences = open("slow.kti", O_RDWR | O_CLOEXEC);
+  const int lines = open("slow.txt", O_RDWR | O_CLOEXEC);
   const std::string header = read("job.kti").substr(0, read("job.kti").find('\n') + 1);
   const std::string before = files();
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    ASSERT_EQ(::write(fifo, header.data(), header.size()), static_cast<ssize_t>(header.size()));
-    const pid_t child = fork();
-    if (child == 0) {
-      execl(PROGRAMS "/kmerge", "kmerge", "--report", "r.json", "slow.kti", "job.anc", "x.html",
-            nullptr);
-      _exit(127);
+  static const struct {
+    std::vector<const char *> arguments;
+    const char *temporary;  // a part of a name that is there when the program waits
+  } rows[] = {
+      {{"kextract", "--report", "r.json", "new.kti", "slow.txt"}, "r.json."},
+      {{"kcarry", "job.kti", "slow.txt", "a.txt", "x.kti"}, "x.kti."},
+      {{"kmerge", "--report", "r.json", "slow.kti", "job.anc", "x.html"}, "x.html."},
+      {{"kalign", "--tokens", "k", "job.txt", "slow.txt", "x.al"}, "k.target."},
+      {{"kshow", "--html", "x.html", "slow.kti"}, "x.html."},
+      {{"ktranslate", "--engine", "sleep 100", "page.html", "x.html"}, "ktranslate."},
+  };
+  setenv("TMPDIR", ".", 1);
+  for (const auto &[arguments, temporary] : rows)
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+      ASSERT_EQ(::write(sentences, header.data(), header.size()),
+                static_cast<ssize_t>(header.size()));
+      const pid_t child = fork();
+      if (child == 0) {
+        std::vector<char *> argv;
+        for (const char *argument : arguments) argv.push_back(const_cast<char *>(argument));
+        argv.push_back(nullptr);
+        freopen("/dev/null", "w", stderr);
+        execv((std::string(PROGRAMS "/") + arguments[0]).c_str(), argv.data());
+        _exit(127);
+      }
+      while (files().find(temporary) == std::string::npos) usleep(1000);
+      kill(child, signal);
+      int status = 0;
+      waitpid(child, &status, 0);
+      EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << arguments[0];
+      EXPECT_EQ(files(), before) << arguments[0];
     }
-    while (files().find("x.html.") == std::string::npos) usleep(1000);
-    EXPECT_NE(files(), before);
-    kill(child, signal);
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal);
-    EXPECT_EQ(files(), before);
-  }
-  close(fifo);
+  unsetenv("TMPDIR");
+  close(sentences), close(lines);
   std::filesystem::current_path("/");
 }
 

@@ -193,11 +193,16 @@ TEST_F(Translate, NamesThatAreRefused) {
   } rows[] = {
       {"site/a.html", "takes IN and OUT"},
       {"site/a.html b c", "takes IN and OUT"},
-      {"site/a.html site/sub/../a.html", "would be replaced by its result"},
-      {"--out-dir site site/a.html", "would be replaced by a result"},
+      {"site/a.html site/sub/../a.html", "is the same file as site/a.html"},
+      {"--out-dir site site/a.html", "is the same file as site/a.html"},
       {"--out-dir out site/a.html site/sub/../a.html", "has the same result as"},
-      {"--html site/a.html site/a.html x", "would be replaced by the report"},
-      {"--html x site/a.html x", "would be replaced by the report"},
+      {"--html site/a.html site/a.html x", "site/a.html: is the same file as site/a.html"},
+      {"--html x site/a.html x", "x: is the same file as x"},
+      {"--html site/sub/b.html site/a.html x", "b.html: exists and is no report of sentences"},
+      {"--cache x site/a.html x", "x: is the same file as x"},
+      {"--cache site/sub/b.html site/a.html x", "b.html: is no cache of translations"},
+      {"--lexicon site/sub/b.html site/a.html site/sub/b.html", "is the same file as"},
+      {"--report site/sub/b.html site/a.html x", "b.html: exists and is no report for scripts"},
       {"--out-dir out -", "has no name for a result"},
       {"--out-dir out", "no file names"},
   };
@@ -205,7 +210,8 @@ TEST_F(Translate, NamesThatAreRefused) {
     const Outcome outcome = translate("--engine cat " + std::string(arguments));
     EXPECT_NE(outcome.errors.find(message), std::string::npos) << arguments << outcome.errors;
     EXPECT_EQ(outcome.status, 1) << arguments;
-    EXPECT_EQ(read("site/a.html"), small);
+    EXPECT_EQ(read("site/a.html") + read("site/sub/b.html"), std::string(small) + pair);
+    EXPECT_EQ(read("x"), "(none)") << arguments;
   }
   for (const char *options : {"", "--copy --engine cat", "--engine none", "--engine ''",
                               "--engine cat --translation t.txt"})
