@@ -73,6 +73,25 @@ bool remove_listed_files(int descriptor) {
   return has_removed;
 }
 
+// Nothing tries later what could not be removed, so it is tried again at once.
+constexpr int attempts = 3;
+
+bool remove_file(const char *name) {
+  for (int i = 0; i < attempts; i++)
+    if (unlink(name) == 0 || errno == ENOENT) return true;
+  return false;
+}
+
+bool remove_folder(const char *name) {
+  for (int i = 0; i < attempts; i++) {
+    const int descriptor = open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    while (descriptor >= 0 && remove_listed_files(descriptor)) lseek(descriptor, 0, SEEK_SET);
+    if (descriptor >= 0) close(descriptor);
+    if (rmdir(name) == 0) return true;
+  }
+  return false;
+}
+
 // The name with room for what makes it a temporary one, cut between two characters.
 std::string beside(const std::string &target) {
   constexpr const char *pattern = ".XXXXXX";
@@ -130,13 +149,13 @@ bool keep_temporary_file(const std::string &name, const std::string &target) {
 void remove_all_temporary_files() {
   end_helpers();
   for (const Entry &entry : entries)
-    if (entry.name[0] != '\0' && entry.owner == getpid()) unlink(entry.name);
+    if (entry.name[0] != '\0' && entry.owner == getpid()) remove_file(entry.name);
   remove_temporary_folder();
 }
 
 void remove_temporary_file(const std::string &name) {
   const Waiting waiting;
-  unlink(name.c_str());
+  remove_file(name.c_str());
   forget(name);
 }
 
@@ -153,14 +172,12 @@ bool make_temporary_folder(const std::string &place, std::string &name) {
   return true;
 }
 
-void remove_temporary_folder() {
-  if (folder.name[0] == '\0' || folder.owner != getpid()) return;
+bool remove_temporary_folder() {
+  if (folder.name[0] == '\0' || folder.owner != getpid()) return true;
   const Waiting waiting;
-  const int descriptor = open(folder.name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  while (descriptor >= 0 && remove_listed_files(descriptor)) lseek(descriptor, 0, SEEK_SET);
-  if (descriptor >= 0) close(descriptor);
-  rmdir(folder.name);
+  const bool is_removed = remove_folder(folder.name);
   folder.name[0] = '\0';
+  return is_removed;
 }
 
 }  // namespace klib::programs

@@ -31,7 +31,8 @@ void remove_temporary_file(const std::string &name);
 // holds, which are files alone, counts as temporary. False with errno when that is not possible.
 bool make_temporary_folder(const std::string &place, std::string &name);
 
-// Removes the temporary folder and its files, if this process has made it.
-void remove_temporary_folder();
+// Removes the temporary folder and its files, if this process has made it. False with errno when
+// that is not possible.
+bool remove_temporary_folder();
 
 }  // namespace klib::programs

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "programs/common/program.h"
+#include "programs/system/exhaustion.h"
 
 namespace klib::programs {
 namespace {
@@ -16,7 +17,8 @@ using std::filesystem::path;
 path whole_path(const path &name) {
   std::error_code error;
   const path absolute = std::filesystem::absolute(name, error);
-  return (error ? name : absolute).lexically_normal();
+  if (error) fail(name.c_str(), 0, "cannot be found: %s", error_text(error.value()));
+  return absolute.lexically_normal();
 }
 
 path common_folder(const std::vector<path> &pages) {
@@ -58,7 +60,7 @@ void make_folders(const std::string &result) {
   const path folder = path(result).parent_path();
   std::error_code error;
   if (!folder.empty()) std::filesystem::create_directories(folder, error);
-  if (error) fail(folder.c_str(), 0, "cannot be made: %s", error.message().c_str());
+  if (error) fail(folder.c_str(), 0, "cannot be made: %s", error_text(error.value()));
 }
 
 }  // namespace klib::programs

@@ -15,6 +15,9 @@ TemporaryFolder::TemporaryFolder() {
     fail(name_.c_str(), 0, "cannot be made: %s", error_text(errno));
 }
 
-TemporaryFolder::~TemporaryFolder() { remove_temporary_folder(); }
+TemporaryFolder::~TemporaryFolder() {
+  if (!remove_temporary_folder())
+    note(name_.c_str(), 0, "cannot be removed: %s", error_text(errno));
+}
 
 }  // namespace klib::programs
