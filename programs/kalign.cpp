@@ -88,17 +88,21 @@ void align_files(const char *source, const char *target, const char *out_name) {
   OutputFile out(out_name);
   std::optional<TokenFiles> tokens;
   if (token_prefix) tokens.emplace(token_prefix);
+  std::optional<OutputFile> model;
+  if (saved_model) model.emplace(saved_model);
   align::Alignment alignment;
   align::start_alignment(material, source, alignment);
   add_texts(source, target, tokens ? &*tokens : nullptr, alignment);
   align::align_words(
       alignment.corpus, alignment.job, alignment.model,
       [&](int64_t, const std::vector<align::WordLink> &links) { out.write(pairs_line(links)); });
-  out.finish();
-  if (tokens) tokens->source.finish(), tokens->target.finish();
-  if (saved_model) align::save_model(saved_model, alignment.model);
-  if (tokens) tokens->source.publish(), tokens->target.publish();
-  out.publish();
+  if (model) model->write(align::write_model(alignment.model));
+  std::vector<OutputFile *> files;
+  if (tokens) files = {&tokens->source, &tokens->target};
+  if (model) files.push_back(&*model);
+  files.push_back(&out);
+  for (OutputFile *file : files) file->finish();
+  publish_all(files);
 }
 
 bool is_alignment(std::string_view first_bytes) {

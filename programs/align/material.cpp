@@ -8,7 +8,6 @@
 #include "programs/align/model_file.h"
 #include "programs/common/input_file.h"
 #include "programs/common/line_reader.h"
-#include "programs/common/output_file.h"
 #include "programs/common/program.h"
 
 namespace klib::programs::align {
@@ -98,13 +97,6 @@ void start_alignment(const Material &material, const char *source_name, Alignmen
            "is very long: it is aligned in pieces, each with the part of the translation that is "
            "as far from its beginning");
   };
-}
-
-void save_model(const char *name, const Model &model) {
-  OutputFile file(name);
-  file.write(write_model(model));
-  file.finish();
-  file.publish();
 }
 
 }  // namespace klib::programs::align

@@ -34,7 +34,4 @@ struct Alignment {
 // columns are reported and left out. A line that is cut is told as one of `source_name`.
 void start_alignment(const Material &material, const char *source_name, Alignment &alignment);
 
-// Writes the model; it gets its name only when it is complete.
-void save_model(const char *name, const Model &model);
-
 }  // namespace klib::programs::align

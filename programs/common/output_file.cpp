@@ -140,13 +140,22 @@ void OutputFile::remove_old() {
   fail(name_.c_str(), 0, "cannot be replaced: %s", error_text(errno));
 }
 
-void OutputFile::withdraw() { unlink(target_.c_str()); }
-
 void OutputFile::publish() {
   if (temporary_.empty()) return;
   if (!keep_temporary_file(temporary_, target_))
     fail(name_.c_str(), 0, "cannot be replaced: %s", error_text(errno));
   temporary_.clear();
+  is_published_ = true;
+}
+
+void publish_all(std::span<OutputFile *const> files) {
+  try {
+    for (OutputFile *file : files) file->publish();
+  } catch (const Failed &) {
+    for (const OutputFile *file : files)
+      if (file->is_published_) unlink(file->target_.c_str());
+    throw;
+  }
 }
 
 }  // namespace klib::programs

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstdio>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -33,10 +34,10 @@ class OutputFile {
   // Removes what has the name now, for a job of several files of which this must not be beside new
   // ones.
   void remove_old();
-  void withdraw();  // what publish() has put there
-  void publish();   // finish() first, for all files of a job before the first is published
+  void publish();  // finish() first, for all files of a job before the first is published
 
  private:
+  friend void publish_all(std::span<OutputFile *const> files);
   static ssize_t take(void *file, const char *bytes, size_t count);
   bool write_out();
 
@@ -44,7 +45,11 @@ class OutputFile {
   std::string target_, temporary_;  // no temporary name: written directly
   int descriptor_ = -1;
   FILE *stream_ = nullptr;
-  std::string block_;  // what the stream has given away and the file has not got
+  bool is_published_ = false;  // under a name that was a temporary one's
+  std::string block_;          // what the stream has given away and the file has not got
 };
+
+// Publishes the files in this order: all, or none when one of them cannot be.
+void publish_all(std::span<OutputFile *const> files);
 
 }  // namespace klib::programs

@@ -389,13 +389,7 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
 void publish(Extraction &job) {
   OutputFile *const files[] = {&job.txt, &job.anchors.text(), &job.anchors.index(), &job.kti};
   job.kti.remove_old();
-  size_t published = 0;
-  try {
-    for (OutputFile *file : files) file->publish(), published++;
-  } catch (const Failed &) {
-    for (size_t i = 0; i < published; i++) files[i]->withdraw();
-    throw;
-  }
+  publish_all(files);
 }
 
 // Completes the files with the mark of their content, and gives them their names.
