@@ -107,6 +107,9 @@ TEST_F(Keep, PiecesOfSentencesComeBack) {
        "0-3 1-1 2-1 3-2 4-0", "es <span lang=fr>un <b>petit</b> <!-- x --> chien</span> in"},
       {"a (<tt>b</tt>), c", "A (B), C", "0-0 1-1 2-2", "A (<tt>b</tt>), C"},
       {"a <tt>b</tt>/<tt>c</tt> d", "A E/F D", "0-0 1-1 2-2", "A <tt>b</tt>/<tt>c</tt> D"},
+      // Left as it is, with a piece inside of a word.
+      {"un<code>xz</code>, <i>b </i>; <tt>c</tt>", "unxz, b ; c", "0-2",
+       "un<code>xz</code>, <i>b </i>; <tt>c</tt>"},
       {"a <code>x &lt; &amp;y</code> d", "A D x", "0-0 1-2 2-2 3-2 4-1",
        "A D <code>x &lt; &amp;y</code>"},
   };

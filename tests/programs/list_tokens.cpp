@@ -27,6 +27,20 @@ void print_attributes(std::string_view tag, size_t begin) {
   }
 }
 
+// Where the end tag of an svg or math begins, all of that name inside it being closed.
+size_t end_of_drawing(std::string_view page, const Token &start) {
+  size_t depth = page[start.end - 2] == '/' ? 0 : 1, i = start.end;
+  while (depth > 0 && i < page.size()) {
+    const Token token = next_token(page, i);
+    if (!token.name.empty() && equal_names(token.name, start.name)) {
+      if (token.kind == Token::end_tag) depth--;
+      if (token.kind == Token::start_tag && page[token.end - 2] != '/') depth++;
+    }
+    if (depth > 0) i = token.end;
+  }
+  return i;
+}
+
 void print_tokens(const std::string &page) {
   for (size_t i = 0; i < page.size();) {
     const Token token = next_token(page, i);
@@ -41,6 +55,8 @@ void print_tokens(const std::string &page) {
     const Element::Content content = element(name).content;
     if (token.kind == Token::start_tag && (content == Element::raw || content == Element::caption))
       i = end_of_raw_text(page, i, name);
+    if (token.kind == Token::start_tag && content == Element::nested)
+      i = end_of_drawing(page, token);
   }
 }
 
