@@ -97,7 +97,7 @@ void check_files(const Run &run) {
   if (html) check_replaced(html, is_report, "is no report of sentences");
 }
 
-// An engine knows its languages; what the user or a parameter file says goes before.
+// An engine knows its languages; what the user or a parameter file says comes first.
 void set_languages() {
   if (!is_apertium()) return;
   std::string source, target;
@@ -130,8 +130,8 @@ void show_run(const Run &run) {
   show_progress_line(line);
 }
 
-// What a page's job has told of a file between the steps, as told of the page. Lines of such files
-// mean nothing to a person, but those of translations and alignments count sentences.
+// What a page's job has reported of a file between the steps, as a report about the page. Lines of
+// such files mean nothing to a person, but those of translations and alignments count sentences.
 Place place_for_people(const Run &run, const Place &place) {
   const std::string_view file(place.file);
   if (!file.starts_with(run.folder)) return place;
@@ -164,7 +164,7 @@ void run_job(const Program &program, const std::vector<std::string> &files) {
 }
 
 // The word for atoms in sentences, or none. Lines of a file belong to sentences that the user has
-// extracted, without such words unless they say so.
+// extracted, without such words unless the user says otherwise.
 const char *placeable_form() {
   if (placeable) return *placeable == '\0' ? nullptr : placeable;
   return is_apertium() ? apertium_placeable : nullptr;
@@ -282,7 +282,8 @@ void translate(std::span<const char *const> names) {
   finish_pages(run);
   if (html)
     write_report(html, run.pages, run.notes, [](const std::string &name) {
-      return kind_of_file(name).read(name.c_str(), encoding ? encoding : "").text;
+      const DocumentKind &kind = kind_of_file(name);
+      return kind.is_html ? kind.read(name.c_str(), encoding ? encoding : "").text : "";
     });
   if (run.pages.size() > 1)
     note("ktranslate", 0, "%zu of %zu pages translated, %lld sentences", run.pages_done,
@@ -314,17 +315,17 @@ const Option options[] = {
     {"lexicon", "FILE", &material.lexicons,
      "words and their translations for the aligner, a tab between them;\nmay be repeated"},
     {"model", "FILE", &material.model, "what kalign --save has written"},
-    {"html", "FILE", &html, "a report: every sentence with its result and what was told of it"},
+    {"html", "FILE", &html, "a report: every sentence with its result and the messages about it"},
     {"jobs", "N", NumberOption{&jobs, 0, 0, 1024}, "pages at a time (0: as many as processors)"},
     {"timeout", "SECONDS", NumberOption{&timeout, 600, 0, 1000000},
-     "give up an engine that is silent for so long (600; 0: never)"},
+     "give up an engine that is silent for this long (600; 0: never)"},
     {"mark-unknown", nullptr, &marks_unknown, "let Apertium mark unknown words with a '*'"},
     {"translate-code", nullptr, &translate_code,
      "offer the text of code, kbd, samp and tt for translation, too"},
     {"placeable", "FORM", &placeable,
      "show the engine a word for each image, formula or other atom in a sentence;\n"
      "'#' in FORM is its number there ({90#} for Apertium; '': no word, as for others)"},
-    {"encoding", "NAME", &encoding, "the encoding of pages that do not say it (utf-8)"},
+    {"encoding", "NAME", &encoding, "the encoding of pages that do not declare one (utf-8)"},
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
-// What a kind of document must say about itself for kextract and kmerge: a room of its own fills
-// one of these tables, and programs/kinds.cpp has a row for it. Nothing else knows the kinds.
+// What kextract and kmerge need to know about a kind of document: each kind has a folder of its
+// own, which fills one of these tables, and a row in programs/kinds.cpp. Nothing else knows the
+// kinds.
 #pragma once
 
 #include <cstddef>
@@ -32,26 +33,26 @@ struct Item {
   // A tag without partner, of an element that may have been opened before the paragraph or may be
   // closed after it: nothing in the paragraph crosses it.
   bool reaches_out = false;
-  // Of an opening tag with a partner: the font group that says the element as a whole, so that its
-  // closing tag can be made of its name; -1: none does.
+  // Of an opening tag with a partner: the font group that expresses the whole element, so that its
+  // closing tag can be made from its name; -1: none does.
   int font_group = -1;
 
   static constexpr size_t none = ~size_t{0};
   bool is_markup() const { return kind >= open; }
 };
 
-// A piece of markup in the place of which a translation has something else (document/slots.h).
+// A piece of markup that a translation replaces (document/slots.h).
 struct Slot {
   enum Kind { text, language, direction };
   Kind kind;
   size_t begin, end;  // in the text of the document, with quotes
 };
 
-// What a user wants of extraction, as far as kinds of documents know it.
+// What a user asks of extraction, as far as it concerns kinds of documents.
 struct Wishes {
   std::string_view placeable{};  // the word for what is like a word without being text
   bool translate_code = false;   // text that is code is like any other
-  std::string_view offer{};      // names of elements whose text is else kept whole, commas between
+  std::string_view offer{};      // elements whose text is otherwise kept whole; commas between them
 };
 
 // The items of one sentence that are in its frame: from the first to before the last.
@@ -71,14 +72,15 @@ struct Encoder {
 
 struct DocumentKind {
   std::string_view name;  // in the anchor file
+  bool is_html = false;   // a browser shows it: reports have it beside its translation
 
   // Reads a file ("-": standard input) in the encoding that it declares, else in the one of this
   // label, which may be empty. What could not come back as it was ends the job (fail()).
   Document (*read)(const char *name, const std::string &encoding);
 
-  // Gives the sentences to the sink. What is between them stays as it is. The code page is that of
+  // Passes the sentences to the sink. What is between them stays as it is. The code page is that of
   // the language in use. Slots are added to `slots` in their order, those of a sentence before it
-  // is given.
+  // is passed on.
   void (*split)(const Document &document, const CodePage &page, const Wishes &wishes,
                 std::vector<Slot> &slots, const SentenceSink &sink);
 
@@ -101,7 +103,7 @@ struct DocumentKind {
   void (*write_for_language)(std::string_view key, std::string_view written,
                              const std::string &from, const std::string &to, std::string &result);
 
-  // The closing tag that is made of the name of an opening one.
+  // The closing tag that is made from the name of an opening one.
   std::string (*closing_tag)(std::string_view opening);
 
   // The way back to an encoding; without functions when there is no such encoding.

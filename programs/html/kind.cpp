@@ -84,6 +84,7 @@ Encoder encoder(std::string_view encoding) {
 }  // namespace
 
 const DocumentKind html = {.name = "html",
+                           .is_html = true,
                            .read = read_page,
                            .split = split,
                            .read_text = read_text,

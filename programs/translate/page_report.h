@@ -1,4 +1,4 @@
-// What was told in a run, and the report that is made of it.
+// The messages of a run, and the report that is made from them.
 #pragma once
 
 #include <functional>
@@ -11,10 +11,10 @@
 
 namespace klib::programs {
 
-// What was told of each page, by its name.
+// The messages about each page, by its name.
 using RunNotes = std::map<std::string, std::vector<ReportNote>>;
 
-// While it lives, what is told is noted, unless there is no place for it.
+// While it lives, messages are collected in `notes`, unless that is null.
 class Listening {
  public:
   explicit Listening(RunNotes *notes);
@@ -23,7 +23,8 @@ class Listening {
   Listening &operator=(const Listening &) = delete;
 };
 
-// Reads the text of a document for the view of both sides; fail() when it cannot.
+// Reads a document for the view side by side: its HTML, or nothing when it is of another kind;
+// fail() when that cannot be read.
 using DocumentReader = std::function<std::string(const std::string &name)>;
 
 // Writes the report of a run, while the files between its steps are there.
