@@ -149,7 +149,7 @@ void align_all(std::span<const char *const> names) {
     try {
       align_files(names[0], names[1], names[2]);
     } catch (const Failed &) {
-      // That was told; the next job is another one.
+      // That was reported; the next job is independent of it.
     }
   }
 }
@@ -163,7 +163,7 @@ constinit const Program kalign = {
         "Finds out which words translate each other. SOURCE has a sentence a line, such as\n"
         "JOB.txt of kextract, TARGET its translations, both in UTF-8. ALIGNMENT gets a line\n"
         "of pairs i-j for each, as kcarry takes them: word i of the sentence (from 0,\n"
-        "between blanks) is translated by word j. No language need be told. '-' is standard\n"
+        "between blanks) is translated by word j. No language need be given. '-' is standard\n"
         "input or output.\n",
     .options = options,
     .job = job<align_all, Job::any_files>,

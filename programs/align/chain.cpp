@@ -7,7 +7,7 @@
 //   start, end           jumps from -1 and to the number of states
 //
 // Only the nearest jumps have weights of their own; longer ones share one, so that a position costs
-// no more than longest_jump times the states. States that are next to impossible are passed over.
+// no more than longest_jump times the states. States that are nearly impossible are passed over.
 #include "programs/align/chain.h"
 
 #include <algorithm>
@@ -154,7 +154,7 @@ void go_forward(const Line &line, const Jumps &jumps, ChainScratch &scratch) {
   }
 }
 
-// The partners of a position, when `back` tells how likely the rest of the line is.
+// The partners of a position; `back` holds how likely the rest of the line is.
 void meet(const Line &line, int32_t position, ChainScratch &scratch, Partners &partners) {
   const int32_t states = line.states;
   const size_t row = at(position) * at(states);
@@ -210,7 +210,7 @@ Jumps jumps_of(const JumpCounts &counts) {
   for (const double count : counts) sum += count;
   Jumps jumps{};
   for (int32_t distance = -longest_jump; distance <= longest_jump; distance++) {
-    // As usual: to the next unit, seldom to the same one or far away.
+    // As usual: to the next unit, rarely to the same one or far away.
     const double away = std::abs(distance - 1);
     const double usual = distance == 1 ? 1 : distance == 0 ? 0.1 : 0.5 / (1 + away * away);
     jumps.ahead[at(distance + longest_jump)] = static_cast<float>(

@@ -7,8 +7,8 @@
 
 namespace klib::programs::align {
 
-// How likely jumps are, up to a factor. Those of the table are likelier than `far`, as which all
-// others are, by `ahead`; `back` is the table in the other order.
+// How likely jumps are, up to a factor. All jumps have the weight `far`; those in the table have
+// what `ahead` adds to it. `back` is the table in the other order.
 struct Jumps {
   std::array<float, 2 * longest_jump + 1> ahead, back;
   float far;
@@ -25,13 +25,13 @@ struct Line {
   std::vector<float> alone;       // of the unit at a position, given that it has no partner
 };
 
-// What follows from it: how likely each partner is, and that there is none.
+// The result: how likely each partner is, and how likely that there is none.
 struct Partners {
   std::vector<float> linked;    // [position][state]
   std::vector<float> unlinked;  // [position]
 };
 
-// Memory that is used again for the next line.
+// Memory that is reused for the next line.
 struct ChainScratch {
   std::vector<float> ahead, staying, likely, norms, reach, back, next, strays, stay;
   std::array<float, 2 * longest_jump + 1> jumped;

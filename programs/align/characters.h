@@ -1,4 +1,4 @@
-// What the aligner wants to know of characters, by the tables of ICU.
+// What the aligner asks about characters, answered by the tables of ICU.
 #pragma once
 
 #include <cstdint>
@@ -20,12 +20,12 @@ bool is_syllabic(char32_t character);        // of a script that writes syllable
 // Lower case; full-width forms as the usual ones; digits of any script as 0 to 9.
 char32_t folded(char32_t character);
 
-// The mark that stands for all of its sort: '"' for quotation marks of any form, '-' for dashes,
+// The mark that represents all of its sort: '"' for quotation marks of any form, '-' for dashes,
 // '.' for any full stop and so on.
 char32_t folded_mark(char32_t character);
 
-// The text in small ASCII letters and digits as far as its script allows; what cannot be said so is
-// left out.
+// The text in small ASCII letters and digits as far as its script allows; what cannot be written in
+// them is left out.
 std::string in_latin(std::string_view text);
 
 // The ends of the words of a text in scripts without blanks, as byte positions, by a dictionary.

@@ -8,8 +8,9 @@ namespace klib::programs::align {
 // follows the order of partners; more rounds change little.
 constexpr int diagonal_rounds = 2, jump_rounds = 4;
 
-// What is known of the translation of a word before any was seen, in occurrences: what the words
-// with its stem say, what looks like it, and that it may be any word of the other language.
+// What is known about the translation of a word before any was seen, counted in occurrences: what
+// the words with its stem suggest, what looks like it, and that it may be any word of the other
+// language.
 constexpr float stem_weight = 2, spelling_weight = 2, any_weight = 0.6F;
 constexpr float any_stem_weight = 1;  // of a stem: that it may be any stem
 
@@ -23,7 +24,7 @@ constexpr float linked_share = 1 - unlinked_share - stray_share;
 // The share of jumps that go anywhere, and the weight of the usual jumps against those seen.
 constexpr float any_jump_share = 0.01F, jump_weight = 5;
 
-// States and jumps that are less likely are passed over, which changes no result to speak of.
+// States and jumps that are less likely are passed over, which hardly changes any result.
 constexpr float negligible = 1e-5F, countable = 1e-4F;
 
 // How fast partners become unlikely away from the diagonal.

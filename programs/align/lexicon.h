@@ -59,7 +59,7 @@ struct Lexicon {
   Counts base, now;                         // now: base and what was found
 };
 
-// Collects the candidates of the stretches. Found gets room, nothing being linked.
+// Collects the candidates of the stretches. Found is given room; nothing is linked yet.
 void collect_candidates(const Model &model, std::span<const Stretch> stretches, Lexicon &lexicon,
                         Found &found);
 
@@ -70,14 +70,14 @@ void count_links(const Model &model, std::span<const Stretch> stretches, const F
 // Adds the counts to those of the model, without what is negligible.
 void keep_counts(const Lexicon &lexicon, Model &model);
 
-// What a unit gives to the likelihood of all its partners.
+// What a unit contributes to the likelihood of all its partners.
 struct Scales {
   float all;   // 1 / (its count and the weights)
   float stem;  // stem_weight / (the count of its stem and the weight)
   float part;  // its share in the occurrences of its stem
 };
 
-// Memory that is used again for the next stretch.
+// Memory that is reused for the next stretch.
 struct LikelihoodScratch {
   std::vector<float> own_source, own_target;
   std::vector<Scales> source, target;

@@ -1,4 +1,4 @@
-// What an alignment on files learns from, besides the lines that are wanted.
+// What an alignment of files learns from, in addition to the lines that are wanted.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ struct Alignment {
 };
 
 // Reads the material. Faults of its files end the job (fail()); lines of a lexicon that are not two
-// columns are reported and left out. A line that is cut is told as one of `source_name`.
+// columns are reported and left out. A line that is cut is reported as one of `source_name`.
 void start_alignment(const Material &material, const char *source_name, Alignment &alignment);
 
 }  // namespace klib::programs::align

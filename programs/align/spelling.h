@@ -20,8 +20,8 @@ struct Spelling {
 };
 void prepare(const UnitType &type, Spelling &spelling);
 
-// From 0, nothing in common, to 1, the same: equal texts, numbers, and spellings are; others count
-// their longest common subsequence and their common beginning.
+// From 0, nothing in common, to 1, the same. Equal texts, numbers and spellings are the same;
+// others are compared by their longest common subsequence and their common beginning.
 float similarity(const Spelling &first, const UnitType &second);
 
 }  // namespace klib::programs::align

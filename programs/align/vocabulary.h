@@ -12,7 +12,7 @@ namespace klib::programs::align {
 enum class UnitKind : uint8_t { word, number, mark };  // a mark is punctuation or a symbol
 
 struct UnitType {
-  std::string text;      // UTF-8, lower case; of a mark the one that stands for all of its sort
+  std::string text;      // UTF-8, lower case; of a mark the one that represents its sort
   std::string spelling;  // how it is compared across languages; filled in when it occurs
   UnitKind kind;
   int32_t stem;       // types that begin alike share one

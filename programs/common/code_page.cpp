@@ -1,4 +1,4 @@
-// Code pages are made once for a job; a character is then one look into a table. The pages are
+// Code pages are made once for a job; a character is then one look-up in a table. The pages are
 // those of the library's character tables.
 #include "programs/common/code_page.h"
 

@@ -15,7 +15,7 @@ using InputFile = std::unique_ptr<FILE, CloseInput>;
 // Opens a file to be read; "-" is standard input. A failure ends the job (fail()).
 InputFile open_input(const char *name);
 
-// Whether there is a file of this name; that it cannot be told ends the job.
+// Whether there is a file of this name; ends the job when that cannot be found out.
 bool is_there(const std::string &name);
 
 // What messages call the file: "standard input" for "-".

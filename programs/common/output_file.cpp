@@ -32,7 +32,7 @@ void give_permissions(int descriptor, const struct stat *old) {
   (void)fchmod(descriptor, 0666 & ~mask);
 }
 
-// Whether nobody may write the file; the superuser, who could, is held to it, too.
+// Whether nobody may write the file; this binds the superuser, too, who could.
 bool is_protected(const char *name, const struct stat &status) {
   return (status.st_mode & 0222) == 0 || access(name, W_OK) != 0;
 }

@@ -16,7 +16,7 @@ namespace klib::programs {
 // is written directly, and so is standard output, "-". Failures end the job (fail()).
 //
 // The library flushes its stream after every sentence. As nobody reads the file before it is
-// complete, what the stream gives away is collected, and written in blocks.
+// complete, what the stream writes is collected and written in blocks.
 class OutputFile {
  public:
   explicit OutputFile(const std::string &name);
@@ -46,7 +46,7 @@ class OutputFile {
   int descriptor_ = -1;
   FILE *stream_ = nullptr;
   bool is_published_ = false;  // under a name that was a temporary one's
-  std::string block_;          // what the stream has given away and the file has not got
+  std::string block_;          // what the stream has written and the file does not have yet
 };
 
 // Publishes the files in this order: all, or none when one of them cannot be.

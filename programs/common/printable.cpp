@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char *digits = "0123456789ABCDEF";
 
-// Characters that a terminal obeys, or that are not to be seen, in ascending order. Joiners and
+// Characters that a terminal obeys, or that are invisible, in ascending order. Joiners and
 // variation selectors are part of words and stay.
 constexpr struct {
   char32_t first, last;

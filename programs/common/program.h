@@ -116,7 +116,7 @@ void end_run_by(int signal);
 // Leaves a file as it is at the end of the run if it is that of --report: a job uses it, too.
 void withhold_report(const std::string &name);
 
-// A text that the library has handed out.
+// A text that the library has returned.
 using Text = std::unique_ptr<char, void (*)(void *)>;
 
 // Whether the name ends in a dot and a three-character type.

@@ -60,7 +60,7 @@ void SentenceFile::take_frame(char *code) {
   const std::string_view whole(code);
   if (whole.size() < 2 || whole.back() != frame_end) fail(name(), line_, "a sentence is cut off");
   if (whole.find(frame_begin, 1) != std::string_view::npos)
-    fail(name(), line_, "a sentence stands inside another");
+    fail(name(), line_, "a sentence is inside another");
   if (whole[1] < '0' || whole[1] > '9') fail(name(), line_, "a sentence without a number");
   text_ = kti_body(code);
   if (text_.find('\n') != text_.npos) std::replace(text_.begin(), text_.end(), '\n', ' ');

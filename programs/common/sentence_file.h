@@ -14,7 +14,7 @@ namespace klib::programs {
 
 // Reads through the library's parser, of which it keeps one level open while it lives. The language
 // of the file becomes "LANGUAGE" (fit_language()). Failures (no file, no header, another language,
-// a NUL, a frame that is cut off or stands in another, text between frames, an anchor without a
+// a NUL, a frame that is cut off or is inside another, text between frames, an anchor without a
 // number) end the job (fail()).
 class SentenceFile {
  public:

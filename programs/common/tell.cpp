@@ -20,8 +20,8 @@ namespace {
 struct State {
   const char *program = "";
   bool quiet = false;
-  bool is_silent = false;      // the listener alone is told
-  bool failed = false;         // a problem was told
+  bool is_silent = false;      // only the listener gets the records
+  bool failed = false;         // a problem was reported
   bool line_is_shown = false;  // a progress line is on the terminal
   std::chrono::steady_clock::time_point shown_at;
   FILE *scripts = nullptr;

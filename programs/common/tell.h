@@ -1,5 +1,5 @@
-// What a program tells: every message is a record, given to one place, which prints it for people
-// on standard error and writes it for scripts, as a line of JSON, to the file of --report.
+// The messages of a program: each is a record, passed to one place, which prints it for people on
+// standard error and writes it for scripts, as a line of JSON, to the file of --report.
 #pragma once
 
 #include <cstdint>
@@ -42,15 +42,16 @@ struct Record {
   std::string_view text;  // for people, without the place; any bytes; none in data
 };
 
-// Gives the record to all who want it.
+// Passes the record to everyone who wants it.
 void tell(const Record &record);
 
 // Thrown by fail() and caught by the frame of the programs: the job is over.
 struct Failed {};
 
 // "FILE:LINE: sentence N: text" on standard error, and the record with its figures for scripts.
-// note() only tells; report() and fail() make the exit status 1, and fail() ends the job; record()
-// is for scripts alone. The text has printf's rules, and may hold anything: it is made printable.
+// note() only informs; report() and fail() make the exit status 1, and fail() ends the job;
+// record() is for scripts alone. The text follows printf's rules; it may contain any bytes, which
+// are made printable.
 using Figures = std::initializer_list<Figure>;
 void record(const Place &place, const char *kind, Figures figures);
 void note(const Place &place, const char *kind, Figures figures, const char *format, ...)
@@ -73,13 +74,13 @@ void show_progress(int64_t sentences);
 void show_progress_line(const std::string &line);  // the same with other words
 void clear_progress();
 
-// How the records of a run are told; start_telling() begins a run.
+// Where the records of a run go; start_telling() begins a run.
 void start_telling(const char *program, bool quiet);
 void tell_scripts(FILE *stream);                               // null: no more
 void tell_also(std::function<void(const Record &)> listener);  // such as a report; null: no more
 // From now on they are given to the listener and to nobody else, and no progress is shown: for a
 // process that works for another one.
 void tell_only(std::function<void(const Record &)> listener);
-bool something_failed();  // a problem was told in this run
+bool something_failed();  // a problem was reported in this run
 
 }  // namespace klib::programs

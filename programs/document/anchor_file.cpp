@@ -1,6 +1,6 @@
 // Anchor files of the pipeline: a header line, then the records that docs/file-formats.md
-// describes. The index is looked at as a whole before the library takes it, so that a wrong one is
-// one clear message and not one for each anchor.
+// describes. The index is checked as a whole before the library takes it, so that a wrong one
+// causes one clear message and not one for each anchor.
 #include "programs/document/anchor_file.h"
 
 #include <fcntl.h>

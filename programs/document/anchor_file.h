@@ -37,7 +37,7 @@ class AnchorFile {
   const JobHeader &header() const { return header_; }
   int32_t count() const { return count_; }
   bool has(int32_t number) const { return number >= 1 && number <= count_; }
-  // The anchor of a number that the file has. Reading it twice is counted as such.
+  // The anchor of a number that the file has. Reading one twice is counted.
   Anchor read(int32_t number);
   int32_t times_read(int32_t number) const { return times_read_[static_cast<size_t>(number)]; }
   // Writes to the log that an anchor was not read, and returns its kind.

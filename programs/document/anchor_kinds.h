@@ -12,7 +12,7 @@
 namespace klib::programs {
 
 // Looks up anchors in the anchor text file and its index, a block of each in memory at a time: they
-// are numbered in the order of the page, so that one who goes along with the sentences reads both
+// are numbered in the order of the page, so that a caller who follows the sentences reads both
 // files from the front to the end. Failures (an index that does not fit, a wrong header, a number
 // that the files do not have) end the job (fail()).
 class AnchorKinds {

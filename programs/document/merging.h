@@ -11,7 +11,7 @@ namespace klib::programs {
 using FindKind = const DocumentKind *(*)(std::string_view name);
 
 // Reads OUT.kti and JOB.anc and writes the document under the name `result` ("-": standard output)
-// when all of it is complete. What was repaired and what is missing is told; failures end the job
+// when all of it is complete. Repairs and what is missing are reported; failures end the job
 // (fail()).
 void merge_document(FindKind find, const char *sentences, const char *anchors, const char *result);
 

@@ -15,7 +15,7 @@ namespace klib::programs {
 
 // Opening again what was closed before its time may cost no more than a number of bytes, since
 // crossing elements could need it at every word. What would cost more is left out of the result and
-// told by too_costly(): it has to be put around the whole sentence, in another writer.
+// returned by too_costly(): it has to be put around the whole sentence, in another writer.
 class NestedWriter {
  public:
   // An element with the number of its opening tag's anchor: the smaller number is further out.

@@ -149,7 +149,7 @@ void turn_inverted_pairs(Repair &repair) {
   codes = std::move(ordered);
 }
 
-// Gives the places that the anchors of this kind have to the same anchors in ascending order.
+// Puts the anchors of this kind into ascending order, in the places that they have together.
 void order_by_number(Repair &repair, Anchor::Kind kind) {
   std::vector<Code *> places;
   std::vector<int32_t> numbers;

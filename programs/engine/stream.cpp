@@ -230,7 +230,7 @@ void send(Stream &stream) {
 
 bool take_line(Stream &stream, std::string_view line) {
   if (stream.end.answered == stream.end.sent)
-    return stop(stream, StreamEnd::too_many, "has answered more lines than it got");
+    return stop(stream, StreamEnd::too_many, "has answered more lines than it was sent");
   if (!stream.take(line)) return stop(stream, StreamEnd::refused, "");
   stream.end.answered++;
   return true;
@@ -341,7 +341,7 @@ void judge(Stream &stream, bool input_was_open) {
     stop(stream, StreamEnd::early, "ended before its input did");
   } else if (end.answered < end.sent) {
     stop(stream, StreamEnd::too_few,
-         "has answered " + std::to_string(end.answered) + " lines, but got " +
+         "has answered " + std::to_string(end.answered) + " lines, but was sent " +
              std::to_string(end.sent));
   }
 }

@@ -25,7 +25,7 @@ struct StreamEnd {
     not_started,  // there was no process, no pipe
     early,        // it ended or closed its output before its input ended
     too_few,      // it read to the end of its input and answered too few lines
-    too_many,     // it answered more lines than it got
+    too_many,     // it answered more lines than it was sent
     bad_status,   // it ended with a status other than 0 or by a signal
     timed_out,
     too_long,  // a line of more than longest_answer bytes

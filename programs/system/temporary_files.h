@@ -17,7 +17,7 @@ void end_by_signal(int signal);
 // descriptor; -1 with errno when that is not possible.
 int make_temporary_file(const std::string &target, std::string &name);
 
-// Gives a temporary file its name for good; false with errno when that is not possible.
+// Renames a temporary file to its final name; false with errno when that is not possible.
 bool keep_temporary_file(const std::string &name, const std::string &target);
 
 // Removes all temporary files of this process, and its folder, after the end of its helpers; may be

@@ -35,7 +35,7 @@ Interruptible::Interruptible() {
   noted = 0;
   struct sigaction action = {};
   sigemptyset(&action.sa_mask);
-  action.sa_handler = note_signal;  // no SA_RESTART: what waits is to look
+  action.sa_handler = note_signal;  // no SA_RESTART: calls that wait must return
   for (size_t i = 0; i < std::size(signals); i++) {
     sigaction(signals[i], nullptr, &earlier[i]);
     if (earlier[i].sa_handler != SIG_IGN) sigaction(signals[i], &action, nullptr);

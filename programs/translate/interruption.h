@@ -1,12 +1,12 @@
-// Signals that ask a long run to end: it ends at the next good place, where temporary files are
-// removed and what is kept is saved, and then by that signal. Another one two seconds later ends it
-// at once.
+// Signals that ask a long run to end: it ends at the next safe place, where temporary files are
+// removed and what is to be kept is saved, and then by that signal. Another one two seconds later
+// ends it at once.
 #pragma once
 
 namespace klib::programs {
 
-// While it lives SIGINT, SIGTERM and SIGHUP are noted, and nobody to read what is
-// written is an error, no signal.
+// While it lives, SIGINT, SIGTERM and SIGHUP are noted, and writing to a pipe that nobody reads is
+// an error, not a signal.
 class Interruptible {
  public:
   Interruptible();

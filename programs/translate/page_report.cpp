@@ -60,7 +60,7 @@ Listening::Listening(RunNotes *notes) {
     ReportNote note = note_of(record);
     const bool is_summary = note.sentence == no_sentence && record.severity == Severity::note &&
                             note.text.find(" carried: ") != note.text.npos;
-    // That a font is not used follows from what was told of its sentence.
+    // That a font is not used follows from what was reported of its sentence.
     const bool is_repeated = strcmp(record.kind, "font-unused") == 0;
     if (!is_summary && !is_repeated) (*notes)[record.place.file].push_back(std::move(note));
   });

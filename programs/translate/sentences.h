@@ -68,7 +68,7 @@ class SentenceFeed {
   // The next sentence that the engine has to translate.
   bool next(std::string &sentence);
   // Its answer, in the order of the sentences: "translation", or "translation ||| i-j i-j". One
-  // that is no UTF-8 or holds a NUL is told, and its page is not translated.
+  // that is not UTF-8 or holds a NUL is reported, and its page is not translated.
   void take(std::string_view answer, bool is_kept = true);
   // After the last answer: what the cache still has. Returns false when answers are missing.
   bool finish();
@@ -77,7 +77,7 @@ class SentenceFeed {
   int64_t awaited_sentence() const;
   // Nothing that was answered can be trusted.
   void reject_all();
-  // The page of the last sentence that the engine has got cannot be trusted.
+  // The page of the last sentence that was sent to the engine cannot be trusted.
   void reject_last();
 
   const std::string &engine() const { return engine_; }
@@ -101,7 +101,7 @@ class SentenceFeed {
   std::vector<bool> is_cached_;  // of each sentence that was sent or found
   size_t received_ = 0;
   bool has_sentence_ = false;     // receiving_ is at one that has no answer yet
-  std::vector<bool> is_sent_to_;  // pages whose sentences the engine has got
+  std::vector<bool> is_sent_to_;  // pages whose sentences were sent to the engine
   bool page_is_good_ = true;
   struct {
     size_t page = 0;
@@ -111,7 +111,7 @@ class SentenceFeed {
   std::string engine_;
 };
 
-// Runs the engine over all sentences; what goes wrong is told.
+// Runs the engine over all sentences and reports what goes wrong.
 void translate_with_command(const StreamCommand &command, SentenceFeed &feed);
 void translate_with_apertium(Apertium &engine, SentenceFeed &feed);
 // Lines of a file, one for each sentence; another number of lines ends the job (fail()).

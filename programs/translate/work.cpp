@@ -1,4 +1,4 @@
-// What a process tells goes through a file, as a pipe could be full while this process waits for
+// What a process reports goes through a file, as a pipe could be full while this process waits for
 // another one. A record is a row of fields, each its length, ':' and its bytes: severity, file,
 // line, sentence, kind, text, and the number of figures with their names and values.
 #include "programs/translate/work.h"

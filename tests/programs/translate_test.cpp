@@ -138,11 +138,11 @@ TEST_F(Translate, FaultsOfEngines) {
        "a.html empty.html"},
       {"one line too few", "grep -v Five",
        "site/sub/b.html: sentence 1: the engine 'grep -v Five' has "
-       "answered 2 lines, but got 3\n",
+       "answered 2 lines, but was sent 3\n",
        "empty.html"},
       {"one line too many", "cat; echo x",
        "site/sub/b.html: sentence 1: the engine 'cat; echo x' has "
-       "answered more lines than it got\n",
+       "answered more lines than it was sent\n",
        "empty.html"},
       {"hangs", "head -n 1; sleep 100",
        "site/sub/b.html: sentence 0: the engine 'head -n 1; sleep 100' "
