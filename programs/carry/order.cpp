@@ -148,6 +148,16 @@ void keep_points_inside(Markup &markup) {
   }
 }
 
+// An element of blanks has the blank in it that is where it is.
+void take_blanks_in(const Side &target, Markup &markup) {
+  for (Point &point : markup.points) {
+    if (point.blank != Point::ends_blank) continue;
+    const uint32_t end =
+        point.parent == no_span ? target.size() : markup.spans[point.parent].target.end;
+    if (point.target < end && target.is_blank(point.target)) point.target++;
+  }
+}
+
 // Halves of spans come in the order of the page, and at the edge of an outermost span that
 // they would tear.
 void settle_halves(Ordering &ordering) {
@@ -289,6 +299,7 @@ void settle_order(const Side &source, const Side &target, Markup &markup) {
   settle_spans(ordering);
   keep_points_inside(markup);
   settle_halves(ordering);
+  take_blanks_in(target, markup);
 }
 
 void write_codes(const Markup &markup, std::vector<Code> &codes) {

@@ -229,7 +229,10 @@ uint32_t place(Placing &placing, Point &point) {
 void place_points(const Sides &sides, const Evidence &evidence, std::vector<Point> &points) {
   if (points.empty()) return;
   Placing placing{sides, evidence, find_shared(sides.source, sides.target)};
-  for (Point &point : points) point.target = place(placing, point);
+  for (size_t p = 0; p < points.size(); p++) {
+    const bool is_joined = p > 0 && points[p].blank > Point::begins_blank;
+    points[p].target = is_joined ? points[p - 1].target : place(placing, points[p]);
+  }
 }
 
 }  // namespace klib::programs

@@ -264,8 +264,10 @@ void project(Projection &projection, Span &span) {
   Range placed{place_begin(sides, projection.evidence, span.source, words.first),
                place_end(sides, projection.evidence, span.source, words.last)};
   placed = keep_pairs_whole(sides, span.source, placed);
-  if (placed.empty())
-    placed = {sides.target.words[words.first].begin, sides.target.words[words.last].end};
+  const Range whole{sides.target.words[words.first].begin, sides.target.words[words.last].end};
+  const bool is_without_letters =
+      sides.source.has_core(span.source) && !sides.target.has_core(placed);
+  if (placed.empty() || (is_without_letters && sides.target.has_core(whole))) placed = whole;
   span.target = placed;
 }
 

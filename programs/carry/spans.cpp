@@ -97,6 +97,17 @@ void take_anchor(Reader &reader, const Code &code) {
   }
 }
 
+// The points of a span without text stay together, with what is between them.
+void join_tags_of_blanks(std::vector<Point> &points) {
+  size_t open = 0;
+  for (Point &point : points) {
+    if (point.blank == Point::ends_blank && open > 0) open--;
+    const bool begins = point.blank == Point::begins_blank;
+    if (open > 0 && point.blank != Point::ends_blank) point.blank = Point::inside_blank;
+    if (begins) open++;
+  }
+}
+
 // Takes blanks off the edges; a span without text is none, but its anchors are points.
 void take_empty_spans_out(Reader &reader) {
   Markup &markup = reader.markup;
@@ -120,7 +131,10 @@ void take_empty_spans_out(Reader &reader) {
       markup.lost_fonts++;
     } else {
       points.push_back({begin, span.number, Point::single, span.parent});
-      if (!unclosed) points.push_back({end, span.closer, Point::single, span.parent});
+      if (unclosed) continue;
+      points.back().blank = Point::begins_blank;
+      points.push_back({end, span.closer, Point::single, span.parent});
+      points.back().blank = Point::ends_blank;
     }
   }
   markup.spans.resize(kept);
@@ -131,6 +145,7 @@ void take_empty_spans_out(Reader &reader) {
   std::stable_sort(markup.points.begin(), markup.points.end(), [](const Point &a, const Point &b) {
     return a.source != b.source ? a.source < b.source : a.number < b.number;
   });
+  join_tags_of_blanks(markup.points);
 }
 
 }  // namespace

@@ -38,6 +38,8 @@ struct Point {
   uint32_t parent;  // the innermost span around it, or no_span
   uint32_t target = 0;
   bool fallback = false;  // it had to go to other words than its own
+  // Of the tags of an element that has nothing but blanks in it, and of what is between them.
+  enum { outside, begins_blank, inside_blank, ends_blank } blank = outside;
 };
 
 struct Markup {

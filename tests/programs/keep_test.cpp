@@ -110,6 +110,11 @@ TEST_F(Keep, PiecesOfSentencesComeBack) {
       // Left as it is, with a piece inside of a word.
       {"un<code>xz</code>, <i>b </i>; <tt>c</tt>", "unxz, b ; c", "0-2",
        "un<code>xz</code>, <i>b </i>; <tt>c</tt>"},
+      // Elements of blanks are no words, and those of words keep some.
+      {"<i>int</i><u> </u><b>x</b> is<s> <img></s>y", "Y IST X INT", "0-3 1-2 2-1 3-0",
+       "Y IST<s> <img> </s><b>X</b> <i>INT</i><u> </u>"},
+      {"see <a href=x>\"the page\"</a>.", "PAGE\". \"THE SEE", "0-2 1-1 2-0",
+       "<a href=x>PAGE\".</a> \"THE SEE"},
       {"a <code>x &lt; &amp;y</code> d", "A D x", "0-0 1-2 2-2 3-2 4-1",
        "A D <code>x &lt; &amp;y</code>"},
   };
