@@ -19,7 +19,7 @@
 #include "programs/common/program.h"
 #include "programs/common/utf8.h"
 #include "programs/frame/job_files.h"
-#include "programs/report/report.h"
+#include "programs/report/notes.h"
 #include "programs/system/exhaustion.h"
 
 namespace klib::programs {
@@ -231,7 +231,8 @@ void show(const char *given_name) {
            static_cast<long long>(job->cut));
 }
 
-const char *html, *result, *alignment;  // the values of options
+// The values of options.
+const char *html, *result, *alignment, *notes, *source_tokens, *target_tokens;
 
 // The anchor file beside a sentence file, if there is one.
 std::string anchors_beside(const char *name) {
@@ -243,10 +244,10 @@ std::string anchors_beside(const char *name) {
 // Writes a report of sentence files, the first one with its result and alignment.
 void show_as_report(std::span<const char *const> names) {
   if (names.empty()) fail("kshow", 0, "no file names");
-  if (names.size() > 1 && (result || alignment))
-    fail("kshow", 0, "--result and --alignment are for one FILE");
+  if (names.size() > 1 && (result || alignment || source_tokens || target_tokens))
+    fail("kshow", 0, "--result, --alignment and the tokens are for one FILE");
   std::vector<std::string> inputs(names.begin(), names.end());
-  for (const char *name : {result, alignment})
+  for (const char *name : {result, alignment, notes, source_tokens, target_tokens})
     if (name) inputs.push_back(name);
   const std::string outputs[] = {html};
   check_job_files(inputs, outputs);
@@ -260,6 +261,12 @@ void show_as_report(std::span<const char *const> names) {
     page.anchors = anchors_beside(name);
     if (result) page.result_name = page.carried = result;
     if (alignment) page.alignment = alignment;
+    if (source_tokens) page.source_tokens = source_tokens;
+    if (target_tokens) page.target_tokens = target_tokens;
+    const std::string own_names[] = {page.name};
+    if (notes)
+      page.notes = read_notes(notes, names.size() > 1 ? std::span<const std::string>(own_names)
+                                                      : std::span<const std::string>());
     append_page(page, body, totals);
   }
   file.write(report_begin(names.size() == 1 ? names[0] : "Sentences", totals));
@@ -284,6 +291,10 @@ constexpr Option options[] = {
     {"html", "REPORT", &html, "write the sentences as an HTML page for people", &report_job},
     {"result", "OUT.kti", &result, "with --html: the translated sentences beside them"},
     {"alignment", "FILE", &alignment, "with --html: the pairs i-j between both"},
+    {"source-tokens", "FILE", &source_tokens,
+     "with --alignment: it counts the tokens of these lines, not\nthe words of the sentences"},
+    {"target-tokens", "FILE", &target_tokens, "the same for the result"},
+    {"notes", "FILE", &notes, "with --html: what was told, a file that --report has written"},
 };
 
 }  // namespace

@@ -110,6 +110,17 @@ def check_sentences(browser, folder):
            browser.run("document.documentElement.scrollWidth <= innerWidth"), True)
 
 
+def check_tokens(browser, folder):
+    browser.open(folder / "house.html")
+    browser.run("document.querySelector('#p1s0 button.x').click()")
+    linked = "[...document.querySelectorAll('.m td.x')].map(cell => cell.title)"
+    expect("matrix without blanks", "家 – house." in browser.run(linked), True)
+    expect("rows", browser.run("document.querySelectorAll('.m tbody tr').length > 3"), True)
+    expect("notes", browser.run("[...document.querySelectorAll('li em')].map(em => em.dataset.b)"),
+           ["untranslated"])
+    browser.picture(folder / "tokens.png", 1280, 500)
+
+
 def check_hostile(browser, folder):
     browser.open(folder / "hostile.html")
     title = browser.run("document.title")
@@ -133,7 +144,7 @@ def check_long(browser, folder):
 
 def main():
     folder = pathlib.Path(sys.argv[1])
-    for flags, checks in (((), (check_sentences, check_hostile, check_long)),
+    for flags, checks in (((), (check_sentences, check_tokens, check_hostile, check_long)),
                           (("--force-dark-mode",), ())):
         with tempfile.TemporaryDirectory() as profile:
             browser = Browser(profile, flags)

@@ -90,6 +90,23 @@ void Writer::write_code(const Code &code) {
   if (!code.is_font() || code.number != 0) write(bracket(code));
 }
 
+// The text of a sentence with blanks between its tokens, read along with the sentence.
+struct TokenEdges {
+  std::string_view tokens;
+  size_t position = 0;
+
+  // Whether a token begins with this character, the next one that is no blank. Where the texts
+  // differ, there are no more tokens.
+  bool is_edge(char32_t c) {
+    const size_t begin = std::min(tokens.find_first_not_of(' ', position), tokens.size());
+    const bool is_parted = begin > position;
+    position = begin;
+    if (position < tokens.size() && next_utf8(tokens, position) == c) return is_parted;
+    position = tokens.size();
+    return false;
+  }
+};
+
 }  // namespace
 
 void append_escaped(std::string_view utf8, std::string &html) {
@@ -119,8 +136,10 @@ void append_escaped(std::string_view utf8, std::string &html) {
   }
 }
 
-int64_t append_sentence_html(const Sentence &sentence, AnchorFile *anchors, std::string &html) {
+int64_t append_sentence_html(const Sentence &sentence, AnchorFile *anchors, std::string_view tokens,
+                             std::string &html) {
   Writer writer{sentence, anchors, html, {}, false, false};
+  TokenEdges edges{tokens};
   int64_t words = 0;
   size_t code = 0;
   const std::vector<Code> &codes = sentence.codes;
@@ -133,6 +152,10 @@ int64_t append_sentence_html(const Sentence &sentence, AnchorFile *anchors, std:
       writer.was_in_word = false;
       html += ' ';
       continue;
+    }
+    if (edges.is_edge(c)) {
+      writer.close_word();
+      writer.was_in_word = false;
     }
     if (!writer.in_word) {
       html += writer.was_in_word ? "<w c>" : "<w>";

@@ -58,6 +58,16 @@ std::string clean_pairs(std::string_view line) {
   return pairs;
 }
 
+// The lines of a file, one after the other; empty ones without a file and after its end.
+struct Lines {
+  std::optional<LineReader> file;
+
+  explicit Lines(const std::string &name) {
+    if (!name.empty()) file.emplace(name.c_str());
+  }
+  std::string_view next() { return file && file->next() ? file->line() : std::string_view(); }
+};
+
 using NotesBySentence = std::multimap<int64_t, const ReportNote *>;
 
 void append_badges(const NotesBySentence &notes, int64_t number, std::string &html,
@@ -144,8 +154,9 @@ void append_page(const ReportPage &page, std::string &html, ReportTotals &totals
   std::vector<std::string> results;
   if (!page.carried.empty()) {
     Side result(page.carried);
+    Lines tokens(page.target_tokens);
     while (result.next())
-      append_sentence_html(result.sentence, anchors.get(), results.emplace_back());
+      append_sentence_html(result.sentence, anchors.get(), tokens.next(), results.emplace_back());
   }
   std::optional<LineReader> pairs;
   if (!page.alignment.empty()) pairs.emplace(page.alignment.c_str());
@@ -158,6 +169,7 @@ void append_page(const ReportPage &page, std::string &html, ReportTotals &totals
   append_views(page, html);
   html += "<ol>";
   Side source(page.coded);
+  Lines tokens(page.source_tokens);
   for (size_t i = 0; source.next(); i++) {
     const int64_t number = source.sentence.number;
     totals.sentences++;
@@ -170,7 +182,7 @@ void append_page(const ReportPage &page, std::string &html, ReportTotals &totals
     html.append(badges.empty() ? ">" : " class=n>").append("<div class=h><a href=\"#p");
     html.append(page_number).append("s").append(std::to_string(number)).append("\">");
     html.append(std::to_string(number)).append("</a>").append(badges).append("</div><p class=s>");
-    totals.words += append_sentence_html(source.sentence, anchors.get(), html);
+    totals.words += append_sentence_html(source.sentence, anchors.get(), tokens.next(), html);
     if (i < results.size()) html.append("<p class=t>").append(results[i]);
     html += '\n';
   }

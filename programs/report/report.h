@@ -31,7 +31,8 @@ struct ReportPage {
   std::string coded, anchors;     // JOB.kti; JOB.anc, for the names of the elements
   std::string carried;            // OUT.kti
   std::string alignment;
-  std::string source_html, result_html;  // the pages themselves, in UTF-8
+  std::string source_tokens, target_tokens;  // which the alignment counts, if it does
+  std::string source_html, result_html;      // the pages themselves, in UTF-8
   std::vector<ReportNote> notes;
 };
 

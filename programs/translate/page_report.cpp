@@ -1,29 +1,13 @@
 #include "programs/translate/page_report.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
+#include "programs/report/notes.h"
 
 namespace klib::programs {
 namespace {
-
-// Some messages name their sentence in the text alone.
-ReportNote note_of(const Record &record) {
-  constexpr std::string_view prefix = "sentence ";
-  ReportNote note{record.place.sentence, "", std::string(record.text)};
-  if (note.sentence == no_sentence && note.text.starts_with(prefix)) {
-    char *end = nullptr;
-    const int64_t number = strtoll(note.text.c_str() + prefix.size(), &end, 10);
-    if (end > note.text.c_str() + prefix.size() && end[0] == ':' && end[1] == ' ') {
-      note.sentence = number;
-      note.text.erase(0, static_cast<size_t>(end + 2 - note.text.c_str()));
-    }
-  }
-  note.badge = badge_of(record.kind, note.text);
-  return note;
-}
 
 // The text of a document for the view side by side; nothing when there is none to be read.
 std::string document_text(const std::string &name, const DocumentReader &read) {
@@ -45,7 +29,11 @@ ReportPage report_page(const PageFiles &page, const RunNotes &notes, const Docum
   report.coded = page.coded();
   report.anchors = page.anchors();
   report.carried = page.carried();
-  if (!page.counts_tokens) report.alignment = page.alignment();
+  report.alignment = page.alignment();
+  if (page.counts_tokens) {
+    report.source_tokens = page.source_tokens();
+    report.target_tokens = page.target_tokens();
+  }
   report.source_html = document_text(page.page, read);
   report.result_html = document_text(page.result, read);
   return report;
@@ -57,7 +45,7 @@ Listening::Listening(RunNotes *notes) {
   if (!notes) return;
   tell_also([notes](const Record &record) {
     if (record.severity == Severity::data) return;
-    ReportNote note = note_of(record);
+    ReportNote note = make_note(record.kind, record.place.sentence, std::string(record.text));
     const bool is_summary = note.sentence == no_sentence && record.severity == Severity::note &&
                             note.text.find(" carried: ") != note.text.npos;
     // That a font is not used follows from what was reported of its sentence.

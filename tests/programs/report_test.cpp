@@ -117,5 +117,62 @@ TEST_F(Report, OfSentenceFiles) {
   EXPECT_EQ(read("r2.html"), "(none)");
 }
 
+TEST_F(Report, CountsTokensWhereTheAlignmentDoes) {
+  write("page.html", "<meta charset=utf-8><p>\u53E4\u3044<b>\u5BB6</b>\u3002</p>");
+  write("t", "An old house.\n");
+  write("a", "0-1 1-2 2-3\n");
+  write("s.tok", "\u53E4\u3044 \u5BB6 \u3002\n");
+  write("t.tok", "An old house .\n");
+  ASSERT_EQ(run("kextract", "-LANGUAGE JAPANESE job.kti page.html").status, 0);
+  ASSERT_EQ(run("kcarry",
+                "-TARGET-LANGUAGE ENGLISH --source-tokens s.tok --target-tokens t.tok job.kti t a "
+                "out.kti")
+                .status,
+            0);
+  const Outcome outcome = run("kshow",
+                              "-TARGET-LANGUAGE ENGLISH --html report.html --source-tokens s.tok "
+                              "--target-tokens t.tok --alignment a --result out.kti job.kti");
+  EXPECT_EQ(outcome.errors, "");
+  const std::string report = read("report.html");
+  for (const char *part : {"<w>\u53E4\u3044</w><b", "<w>\u5BB6</w>", "<w>\u3002</w>",
+                           "<w>house</w>", "<w>.</w>", "data-p=\"0-1 1-2 2-3\""})
+    EXPECT_NE(report.find(part), std::string::npos) << part << report;
+}
+
+TEST_F(Report, ShowsTheNotesOfAnotherRun) {
+  write("page.html", "<p>One <b>two</b> three.</p><p>Four</p>");
+  write("t", "Eins drei.\n\n");
+  write("a", "0-0 2-1 7-7\n\n");
+  ASSERT_EQ(run("kextract", "-LANGUAGE ENGLISH job.kti page.html").status, 0);
+  run("kcarry", "-TARGET-LANGUAGE GERMAN --report notes.jsonl job.kti t a out.kti");
+  const std::string arguments = "-LANGUAGE ENGLISH --html report.html --notes notes.jsonl ";
+  EXPECT_EQ(run("kshow", arguments + "job.kti").errors, "");
+  std::string report = read("report.html");
+  for (const char *part :
+       {"<em data-b=\"font dropped\" title=\"1 font dropped\">", "a:1: pair &#39;7-7&#39;",
+        "<em data-b=\"untranslated\" title=\"no translation\">",
+        "<strong>2</strong> sentences with notes"})
+    EXPECT_NE(report.find(part), std::string::npos) << part << read("notes.jsonl");
+  static const struct {
+    const char *question, *notes, *message;
+  } rows[] = {
+      {"escapes and what else a record may have",
+       R"({"x":[{"a":"}"},1],"severity" : "note","text":"\u00e9\ud83d\ude00\n<","sentence":0,"y":null})",
+       ""},
+      {"no JSON", "job.kti:3: sentence 0: 1 font dropped", "notes.jsonl:1: is no record"},
+      {"cut off", R"({"severity":"note","text":"1 fo)", "notes.jsonl:1: is no record"},
+      {"nothing to show", "", ""},
+  };
+  for (const auto &row : rows) {
+    write("notes.jsonl", row.notes);
+    run("kshow", "--html report.html job.kti");
+    EXPECT_TRUE(run("kshow", arguments + "job.kti").errors.starts_with(row.message))
+        << row.question;
+    EXPECT_EQ(read("report.html").find("\xC3\xA9\xF0\x9F\x98\x80\n&lt;") != std::string::npos,
+              row.notes[1] == '"' && row.notes[2] == 'x')
+        << row.question;
+  }
+}
+
 }  // namespace
 }  // namespace klib::test

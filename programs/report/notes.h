@@ -1,0 +1,19 @@
+// What the programs have told, as notes of a report.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "programs/report/report.h"
+
+namespace klib::programs {
+
+// The note of a record. Some messages name their sentence in the text alone.
+ReportNote make_note(const std::string &kind, int64_t sentence, std::string text);
+
+// The notes in a file that --report has written. Those of a run over several files are of those
+// `names`; where it is empty, all are taken. A line that is no record ends the job (fail()).
+std::vector<ReportNote> read_notes(const char *name, std::span<const std::string> names);
+
+}  // namespace klib::programs
