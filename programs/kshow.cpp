@@ -1,8 +1,6 @@
 // kshow shows a file with format codes to a person, a token a line. Bytes are shown as characters
 // of the language's code page where they are visible ones, else in braces: {94} is the byte 0x94.
 // A sentence is shown with the tokens inside it; so every byte of the file is shown once.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -238,7 +236,7 @@ const char *html, *result, *alignment, *notes, *source_tokens, *target_tokens;
 std::string anchors_beside(const char *name) {
   if (!has_type(name)) return {};
   const std::string anchors = with_type(name, "anc");
-  return access(anchors.c_str(), R_OK) == 0 ? anchors : std::string();
+  return is_there(anchors) ? anchors : std::string();
 }
 
 // Writes a report of sentence files, the first one with its result and alignment.

@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -100,15 +101,23 @@ void check(const std::vector<FileIdentity> &read, const std::vector<FileIdentity
   fail({name.c_str()}, "not-replaced", {}, "exists and %s: it is not replaced", why);
 }
 
+// Two readers of a stream would each get a part of it, and two writers mix what they write.
+void check_standard_stream(std::span<const std::string> names, const char *stream,
+                           const char *what) {
+  if (std::ranges::count(names, "-") > 1)
+    fail({stream}, "same-file", {}, "cannot be %s twice", what);
+}
+
 }  // namespace
 
 void check_job_files(std::span<const std::string> inputs, std::span<const std::string> outputs) {
-  std::vector<FileIdentity> written = identify_all(outputs), read = identify_all(inputs);
-  const std::vector<FileIdentity> own = identify_all(own_outputs());
+  std::vector<std::string> read = parameter_files(), written(outputs.begin(), outputs.end());
+  const std::vector<std::string> own = own_outputs();
+  read.insert(read.begin(), inputs.begin(), inputs.end());
   written.insert(written.end(), own.begin(), own.end());
-  const std::vector<FileIdentity> parameters = identify_all(parameter_files());
-  read.insert(read.end(), parameters.begin(), parameters.end());
-  check(read, written);
+  check_standard_stream(read, "standard input", "read");
+  check_standard_stream(written, "standard output", "written");
+  check(identify_all(read), identify_all(written));
 }
 
 void check_own_outputs(std::span<const std::string> names, const char *report) {

@@ -25,6 +25,7 @@
 #include "programs/frame/arguments.h"
 #include "programs/frame/engine_parameters.h"
 #include "programs/frame/job_files.h"
+#include "programs/frame/parameter_files.h"
 #include "programs/system/exhaustion.h"
 #include "programs/system/temporary_files.h"
 
@@ -42,6 +43,7 @@ struct Run {
   int jobs = 0;                                       // that were begun
   bool language_given = false, target_given = false;  // in this job
   bool report_is_withheld = false;
+  ParameterFilePlaces places = {};
   std::vector<std::string> parameter_files = {};  // that this job has read
 };
 constinit Run *run = nullptr;
@@ -61,13 +63,15 @@ struct Running {
 char *&text_parameter(TextParameter name) { return skparm[static_cast<int>(name) - 1]; }
 
 // A standard stream that is closed must not become one of the files that are opened, or messages
-// would go into results; and a file that grows too large is an error to report like a full disk.
+// would go into results; a file that grows too large is an error to report like a full disk; and
+// where the ends of processes are ignored, nobody could wait for them.
 void prepare_process() {
   int descriptor;
   do descriptor = open("/dev/null", O_RDONLY);
   while (descriptor >= 0 && descriptor <= STDERR_FILENO);
   if (descriptor >= 0) close(descriptor);
   std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGCHLD, SIG_DFL);
   remove_temporary_files_on_signals();
 }
 
@@ -114,6 +118,7 @@ void start() {
   if (!skparm) return;
   guarded([] {
     find_share_directory();
+    run->places = {parameter(TextParameter::lib_directory), skparm[parameter_base_name - 1]};
     empty_languages_not_given();
   });
 }
@@ -169,28 +174,6 @@ std::string name_for_parameter_files(const char *program, const char *name) {
   return given.substr(0, slash == given.npos ? 0 : slash + 1) + program + ".par";
 }
 
-void add_if_there(std::string name) {
-  if (Kprobe_file(name.c_str())) run->parameter_files.push_back(std::move(name));
-}
-
-// The chain of parameter files of a job's first name, as the library goes through it; those that
-// exist are told to scripts. They override the command line, and directories above may be others'.
-void find_parameter_files(const std::string &first_name) {
-  run->parameter_files.clear();
-  const char *base = skparm[parameter_base_name - 1];
-  add_if_there(std::string(parameter(TextParameter::lib_directory)).append("/").append(base));
-  const Text path(Kpathname(first_name.c_str()), Kfree);
-  if (!path) return;
-  char **names = Ksearch_path(path.get(), base);
-  for (char **name = names; name && *name; name++) {
-    const Text owned(*name, Kfree);
-    add_if_there(*name);
-  }
-  Kfree(names);
-  if (has_type(path.get())) add_if_there(with_type(path.get(), "par"));
-  for (const std::string &name : run->parameter_files) record({name.c_str()}, "parameter-file", {});
-}
-
 // One job, with the next names of the command line.
 void do_job() {
   const Arguments &arguments = run->arguments;
@@ -206,7 +189,8 @@ void do_job() {
     check_own_outputs(std::vector<std::string>(names.begin(), names.end()), arguments.report);
     check_log();
     Kstart_logging_file(parameter(TextParameter::log_pathname));
-    find_parameter_files(name_for_parameter_files(run->program, names.empty() ? "" : names[0]));
+    run->parameter_files = read_parameter_files(
+        run->places, name_for_parameter_files(run->program, names.empty() ? "" : names[0]));
     check_parameters(file);
     if (!takes_all) check_font_groups(file);
     arguments.job->run(names);

@@ -181,6 +181,8 @@ void run_tasks(std::vector<Task> &tasks, int64_t jobs,
     int status = 0;
     const pid_t process = waitpid(-1, &status, 0);
     end_if_interrupted();
+    if (process < 0 && errno != EINTR)
+      fail("ktranslate", 0, "the work on a page cannot be waited for: %s", error_text(errno));
     const auto worker = std::find_if(workers.running.begin(), workers.running.end(),
                                      [&](const auto &one) { return one.first == process; });
     if (worker == workers.running.end()) continue;

@@ -42,6 +42,7 @@ TEST_F(Translate, OnePage) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(read("out.html"), "<p>One <b>tw0</b>.</p>\n");
   EXPECT_EQ(run("ktranslate", "--copy - - -LANGUAGE ENGLISH", "cat site/a.html | ").output, small);
+  EXPECT_EQ(translate("--copy site/a.html out.html", "trap '' CHLD; ").status, 0);
   EXPECT_TRUE(std::filesystem::is_empty(directory_ + "/tmp"));
 }
 
@@ -252,11 +253,14 @@ TEST_F(Translate, Cache) {
 }
 
 TEST_F(Translate, TheFirstPagesParameterFiles) {
-  write("site/KavroParm", "LANGUAGE=RUSSIAN\n");
-  write("site/sub/KavroParm", "LANGUAGE=RUSSIAN\n");
+  write("site/KavroParm", "\x96LANGUAGE=RUSSIAN\n");
+  write("site/sub/KavroParm", "\x96LANGUAGE=Russisch\n");
   write("site/r.txt", "<p>Привет <b>мир</b>.</p>");
-  EXPECT_EQ(run("ktranslate", "--copy site/r.txt out.html --quiet").errors, "");
-  EXPECT_EQ(read("out.html"), "<p>Привет <b>мир</b>.</p>");
+  EXPECT_EQ(run("ktranslate", "--copy --quiet --out-dir out site/r.txt site/sub/b.html").errors,
+            "");
+  EXPECT_EQ(read("out/r.txt"), "<p>Привет <b>мир</b>.</p>");
+  EXPECT_EQ(run("ktranslate", "--copy --quiet --out-dir out site/sub/b.html site/a.html").errors,
+            "ktranslate: LANGUAGE in the parameter files: 'Russisch' is no language\n");
 }
 
 TEST_F(Translate, AnInterruptedRunLeavesNothing) {
