@@ -1,10 +1,8 @@
 // kextract takes a page apart: its sentences with format codes, their words for the translation,
 // and everything else as anchors. docs/pipeline.md describes the files.
-#include <algorithm>
-#include <string_view>
-
 #include "programs/common/program.h"
 #include "programs/document/extraction.h"
+#include "programs/document/wishes.h"
 #include "programs/frame/job_files.h"
 #include "programs/kinds.h"
 
@@ -22,17 +20,7 @@ void extract(const char *sentences, const char *page) {
                                  with_type(sentences, "anc"), with_type(sentences, "anx")};
   check_job_files(inputs, outputs);
   check_family(sentences);
-  for (std::string_view left = offer ? offer : ""; !left.empty();) {
-    const std::string_view name = left.substr(0, left.find(','));
-    left.remove_prefix(std::min(name.size() + 1, left.size()));
-    if (name != "textarea" && name != "pre" && name != "svg")
-      fail("kextract", 0, "--offer: '%.*s' is none of textarea, pre and svg",
-           static_cast<int>(std::min<size_t>(name.size(), 40)), name.data());
-  }
-  const auto is_plain = [](char c) { return c > ' ' && c <= '~'; };
-  const std::string_view form = placeable ? placeable : "#";
-  if (form.empty() || !std::ranges::all_of(form, is_plain))
-    fail("kextract", 0, "--placeable: the form must be one word of ASCII, such as XXQ#");
+  check_wishes("kextract", offer, placeable);
   const DocumentKind &kind = kind_of_file(page);
   extract_document(kind, kind.read(page, encoding ? encoding : ""),
                    {.placeable = placeable ? placeable : "",

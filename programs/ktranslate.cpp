@@ -13,6 +13,7 @@
 #include "programs/common/languages.h"
 #include "programs/common/output_file.h"
 #include "programs/common/program.h"
+#include "programs/document/wishes.h"
 #include "programs/frame/job_files.h"
 #include "programs/kinds.h"
 #include "programs/translate/align_pages.h"
@@ -26,7 +27,7 @@
 namespace klib::programs {
 namespace {
 
-const char *engine, *translation, *cache_name, *folder, *encoding, *html, *placeable;
+const char *engine, *translation, *cache_name, *folder, *encoding, *html, *placeable, *offer;
 bool copy, marks_unknown, translate_code;
 align::Material material;
 int64_t jobs, timeout;
@@ -64,6 +65,7 @@ void check_options() {
   else if (engine && *engine == '\0')
     fault = "--engine: the command is empty";
   if (fault) fail("ktranslate", 0, "%s", fault);
+  check_wishes("ktranslate", offer, placeable && *placeable == '\0' ? nullptr : placeable);
 }
 
 void name_pages(std::span<const char *const> names, Run &run) {
@@ -177,6 +179,7 @@ void extract_pages(Run &run) {
                        set_option(kextract, "encoding", encoding);
                        set_option(kextract, "translate-code", translate_code);
                        set_option(kextract, "placeable", placeable_form());
+                       set_option(kextract, "offer", offer);
                        run_job(kextract, {page.coded(), page.page});
                      }});
   run_on_pages(run, tasks, [&](size_t) { show_run(run); });
@@ -325,6 +328,8 @@ const Option options[] = {
     {"placeable", "FORM", &placeable,
      "show the engine a word for each image, formula or other atom in a sentence;\n"
      "'#' in FORM is its number there ({90#} for Apertium; '': no word, as for others)"},
+    {"offer", "NAMES", &offer,
+     "offer the text of textarea, pre and svg, too: those named, commas between"},
     {"encoding", "NAME", &encoding, "the encoding of pages that do not declare one (utf-8)"},
 };
 

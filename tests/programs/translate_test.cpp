@@ -109,6 +109,35 @@ TEST_F(Translate, AtomsOfSentences) {
   }
 }
 
+TEST_F(Translate, WhatIsOffered) {
+  write("p.html",
+        "<p>a <code>b</code><pre>c\n d</pre><textarea>e "
+        "&lt;</textarea><svg><text>f</text></svg>\xE4\n");
+  static const struct {
+    const char *options, *result;
+  } rows[] = {
+      {"--encoding latin1",
+       "<p>A <code>b</code><pre>c\n d</pre><textarea>e "
+       "&lt;</textarea><svg><text>f</text></svg>\xE4\n"},
+      {"--encoding latin1 --translate-code --offer pre",
+       "<p>A <code>B</code><pre>C\n D</pre><textarea>e "
+       "&lt;</textarea><svg><text>f</text></svg>\xE4\n"},
+      {"--encoding latin1 --offer svg,textarea",
+       "<p>A <code>b</code><pre>c\n d</pre><textarea>E "
+       "&lt;</textarea><svg><text>F</text></svg>\xE4\n"},
+  };
+  for (const auto &[options, result] : rows) {
+    const std::string arguments = std::string(options) + " --engine 'tr a-z A-Z' p.html out.html";
+    EXPECT_EQ(translate(arguments).errors, "") << options;
+    EXPECT_EQ(read("out.html"), result) << options;
+  }
+  EXPECT_EQ(translate("--offer pre,code --copy p.html out.html").errors,
+            "ktranslate: --offer: 'code' is none of textarea, pre and svg\n");
+  EXPECT_EQ(translate("--placeable 'X #' --copy p.html out.html").errors,
+            "ktranslate: --placeable: the form must be one word of ASCII, such as XXQ#\n");
+  EXPECT_NE(translate("--copy p.html out.html").errors.find("--encoding NAME"), std::string::npos);
+}
+
 TEST_F(Translate, LinesOfAFile) {
   write("t.txt", "Eins zwei.\n");
   EXPECT_EQ(translate("--engine none --translation t.txt site/a.html out.html").status, 0);
