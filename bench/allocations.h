@@ -10,8 +10,8 @@ namespace klib::bench {
 // Calls of malloc, calloc and realloc since the process began.
 [[nodiscard]] int64_t allocations();
 
-// For as long as one lives, counts for a benchmark whose every iteration makes so many calls of
-// what is measured. The table shows the time and the allocations of one call.
+// While it lives, counts for a benchmark, each of whose iterations makes this many calls of what is
+// measured. The table shows the time and the allocations of one call.
 class CountedCalls {
  public:
   explicit CountedCalls(benchmark::State &state, size_t calls = 1)

@@ -1,6 +1,6 @@
 // Expressions that a backtracking matcher never finishes, on texts that nearly match: without
-// back-references on 100,000 bytes, beside RE2, which also takes linear time; with them on growing
-// texts, beside a time for each byte.
+// back-references on 100,000 bytes, compared with RE2, which also takes linear time; with them on
+// growing texts, compared with a time for each byte.
 
 #include <benchmark/benchmark.h>
 
@@ -51,7 +51,7 @@ void add_hostile(const std::string &name, const std::string &expression) {
 #endif
 }
 
-// What follows \1 is in the text, at its end: nothing but a back-reference can say no before.
+// What follows \1 is in the text, at its end: only the back-reference can rule a match out earlier.
 void add_reference(const std::string &name, const char *expression, size_t length) {
   const std::string path = name + ", " + std::to_string(length) + " bytes";
   const std::string text = std::string(length - 2, 'x') + "zy";

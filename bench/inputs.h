@@ -9,7 +9,7 @@ namespace klib::bench {
 
 inline constexpr size_t text_size = 50'000'000;
 
-// Every generator starts the random numbers anew, for the benchmarks run in any order.
+// Every generator restarts the random numbers, since the benchmarks run in any order.
 void start_random(uint32_t seed);
 
 // A number from 0 up to, not including, `end`.
@@ -33,7 +33,7 @@ Sentence make_sentence(int32_t words, int32_t codes, Alignment kind);
 
 std::vector<std::string> plain_sentences(size_t count, int32_t words);
 
-// A page of so many paragraphs of 40 words with links and bold words.
+// A page with this many paragraphs of 40 words, with links and bold words.
 std::string make_page(size_t paragraphs);
 
 // A file below the system's temporary directory with this content, removed at the end of the run.

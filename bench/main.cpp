@@ -1,9 +1,9 @@
 // Runs every benchmark and prints, for each hot path, how klib compares with its peers and bounds.
 //
-// Benchmarks are named "path/who"; who is "klib" or what klib is measured beside in the same
-// process on the same content. The repetitions of all of them are run in a random order, so that a
-// busy machine slows all alike. Times are processor time, but where a whole program is started or a
-// limit is given. The table compares medians; a ratio above 1 means that klib is faster. Arguments
+// Benchmarks are named "path/who"; who is "klib" or what klib is compared with in the same process
+// on the same content. The repetitions of all of them are run in random order, so that a busy
+// machine slows all equally. Times are processor time, unless a whole program is started or the
+// bound is a time. The table compares medians; a ratio above 1 means that klib is faster. Arguments
 // are those of Google Benchmark.
 
 #include <benchmark/benchmark.h>
@@ -107,7 +107,7 @@ constexpr Goal goals[] = {
 };
 
 struct Measured {
-  double seconds, allocations;  // of a call; allocations are below 0 when they were not counted
+  double seconds, allocations;  // of a call; allocations are negative when they were not counted
 };
 
 class Table : public benchmark::ConsoleReporter {

@@ -1,4 +1,4 @@
-// What klib writes, beside a write(2) of the same bytes to the same kind of file.
+// What klib writes, compared with a write(2) of the same bytes to the same kind of file.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 // Whole programs on one page of 2,000 paragraphs, in their processor time: kextract, kmerge and
-// kshow beside programs that read the same page for other ends. All of them are started anew for
-// every run.
+// kshow compared with programs that read the same page for other purposes. All of them are started
+// again for every run.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -23,7 +23,7 @@ constexpr size_t paragraphs = 2000;
 
 using Command = std::vector<std::string>;
 
-// The processor time of the program in seconds, below 0 when it fails. Its output is thrown away.
+// The processor time of the program in seconds, negative when it fails. Its output is discarded.
 double run(const Command &command) {
   std::vector<char *> arguments;
   for (const std::string &part : command) arguments.push_back(const_cast<char *>(part.c_str()));

@@ -1,5 +1,5 @@
 // The parser on 50 MB of text with a font code every 40 bytes or so, with the kinds of tokens that
-// programs ask for, beside expat and a scanner by flex, and beside bounds.
+// programs ask for, compared with expat, with a scanner made by flex, and with bounds.
 
 #include <benchmark/benchmark.h>
 
@@ -65,7 +65,7 @@ BENCHMARK(klib_five_kinds)->Name("parse, five kinds (1A5)/klib")->Unit(benchmark
 BENCHMARK(klib_words)->Name("parse, words (225)/klib")->Unit(benchmark::kMillisecond);
 BENCHMARK(klib_positions)->Name("parse with positions/klib")->Unit(benchmark::kMillisecond);
 
-// Looks each byte up, stores it, and starts anew at each byte that the table stops at.
+// Looks each byte up, stores it, and starts again at each byte that the table stops at.
 template <class Next>
 size_t scan_and_copy(Next next) {
   static std::array<bool, 256> stops = [] {

@@ -1,5 +1,5 @@
-// Expressions on sentences: ten of each of ten kinds over a thousand sentences of 20 words, beside
-// PCRE2, which compiles them once for its machine code or, as klib does, for every text.
+// Expressions on sentences: ten of each of ten kinds over a thousand sentences of 20 words,
+// compared with PCRE2, which compiles them once to machine code or, as klib does, for every text.
 
 #include <benchmark/benchmark.h>
 

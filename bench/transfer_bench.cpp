@@ -1,6 +1,6 @@
-// Codes into translations: 20,000 sentences of 20 words with 4 codes, beside the same work written
-// plainly and a mere scan of both sentences; sentences without codes; and how the time for a word
-// grows with the sentence.
+// Codes into translations: 20,000 sentences of 20 words with 4 codes, compared with a plain
+// implementation and a mere scan of both sentences; sentences without codes; and how the time for a
+// word grows with the sentence.
 
 #include <benchmark/benchmark.h>
 

@@ -147,7 +147,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const Document page = read_page("page.html", "");
   const bool keeps = may_keep_text(page.text);
   const std::vector<Sentence> result = read_sentences("out.kti", target_language);
-  require(result.size() == source.size(), "the frames and what stands between them stay");
+  require(result.size() == source.size(), "the frames and what is between them stay");
   for (size_t k = 0; k < source.size(); k++) {
     require(result[k].number == source[k].number, "frames keep their order");
     require(result[k].anchors == source[k].anchors, "every anchor is carried once");

@@ -18,7 +18,7 @@ namespace klib::fuzz {
 
 namespace {
 
-// The process's own directory, removed when it ends in order.
+// The process's own directory, removed when it ends normally.
 struct Scratch {
   std::filesystem::path path;
   Scratch() {

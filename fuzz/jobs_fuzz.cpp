@@ -47,7 +47,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
                    in_order ? "--align=identity" : "job.ali", "out.kti"});
   const bool complete = carried.messages.find(" carried: ") != std::string::npos;
   require(has_scratch("out.kti") == complete, "an output is there if it is complete");
-  require(complete || !carried.good, "an output that is missing is told");
+  require(complete || !carried.good, "an output that is missing is reported");
   for (const std::string job : {"job", "out"}) {
     if (!has_scratch(job + ".kti")) continue;
     const Outcome merged = run(kmerge, {"-LANGUAGE", job == "job" ? language : target, job + ".kti",

@@ -16,8 +16,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   int32_t count = 0;
   char **entries = Kndxfile_to_array(name.c_str(), &count);
-  for (int32_t i = 0; i < count; ++i)
-    require(entries[i] >= entries[0], "entries stand in one block");
+  for (int32_t i = 0; i < count; ++i) require(entries[i] >= entries[0], "entries are in one block");
   if (entries != nullptr) Kfree(entries[0]);
   Kfree(entries);
 

@@ -1,5 +1,5 @@
-// The programs write to the streams of the C library, which are replaced while one runs: what the
-// sanitizers and the fuzzer report goes by them.
+// The programs write to the streams of the C library, which are replaced while one runs: reports of
+// the sanitizers and the fuzzer bypass them.
 
 #include "fuzz/page_jobs.h"
 
@@ -38,7 +38,7 @@ Outcome run(const programs::Program &program, const std::vector<std::string> &ar
   stderr = errors;
   const Outcome outcome{status == 0, std::string(messages, size)};
   free(messages);
-  require(status == 0 || !outcome.messages.empty(), "what went wrong is told");
+  require(status == 0 || !outcome.messages.empty(), "what went wrong is reported");
   return outcome;
 }
 

@@ -11,7 +11,7 @@ std::string any_language(Input &input);
 
 struct Outcome {
   bool good;             // the exit status is 0
-  std::string messages;  // what standard error got
+  std::string messages;  // what was written to standard error
 };
 
 // Runs a program with these arguments after the directory of the parameter file. Its standard

@@ -23,7 +23,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const std::string line = input.text();
     const int32_t result = Kmanage_parameter_line(line.c_str());
     require((result == -2) == (line.find('=') == std::string::npos),
-            "only a line without '=' gives -2");
+            "only a line without '=' returns -2");
   }
 
   std::vector<std::string> arguments = {"program"};

@@ -81,7 +81,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const Tokens from_stream = read_all(stream, text, flags);
     std::fclose(stream);
     require(from_stream.texts == text && from_stream.kinds == from_string.kinds,
-            "a stream gives the tokens of the string");
+            "a stream has the tokens of the string");
   }
   const std::string body_text = from_string.texts + " ";
   require(real_string_length(body_text.c_str()) >= INT32_MIN, "a display width exists");

@@ -1,4 +1,4 @@
-// Regular expressions: any expressions on any texts. The linear decision has the answer of the
+// Regular expressions: any expressions on any texts. The linear decision agrees with the
 // backtracking matcher, wherever that one ends in time.
 
 #include "fuzz/frame.h"
@@ -43,7 +43,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const regex::Expression *form = regex::regex_compile(expression.c_str(), compiled);
     if (form == nullptr || form->size > 18) continue;
     require(regex::regex_find(*form, subject) == found_by_backtracking(*form, subject),
-            "both matchers give one answer");
+            "both matchers agree");
   }
   return 0;
 }

@@ -55,7 +55,7 @@ void add_side(std::string_view line, align::LanguageModel &language, OutputFile 
 [[noreturn]] void fail_at_lines(LineReader &source, LineReader &target) {
   for (LineReader *file : {&source, &target})
     while (file->next()) continue;
-  fail(target.name(), 0, "has %lld lines, but %s has %lld", static_cast<long long>(target.number()),
+  fail(target.name(), 0, "has %s, but %s has %lld", counted(target.number(), "line").c_str(),
        source.name(), static_cast<long long>(source.number()));
 }
 

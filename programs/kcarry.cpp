@@ -27,7 +27,7 @@ struct Totals {
 };
 
 struct Carry {
-  SentenceFile sentences;  // first: it says the language
+  SentenceFile sentences;  // first: it knows the language
   const char *source_language = parameter(TextParameter::language);
   const char *language_of_target = parameter(TextParameter::target_language);
   std::unique_ptr<LineReader> translation, alignment;  // without the second, in order
@@ -36,7 +36,7 @@ struct Carry {
   OutputFile out;
   std::string anchor_name;
   std::unique_ptr<AnchorKinds> anchors;  // none: nothing is known about them
-  bool anchors_are_told = false;         // that nothing is known
+  bool lack_is_reported = false;         // of anchor files
   CodePage from, to;
   Sentence source, result;
   std::vector<Link> links;
@@ -100,18 +100,18 @@ void take_target(Carry &job) {
   target.text.resize(size);
 }
 
-// Reads the markup of the sentence. That there are no anchor files is told before the first anchor
-// that is placed without them.
+// Reads the markup of the sentence. A lack of anchor files is reported before the first anchor that
+// is placed without them.
 void take_markup(Carry &job) {
   const auto &codes = job.source.codes;
   const bool has_anchors =
       std::ranges::any_of(codes, [](const Code &code) { return !code.is_font(); });
-  if (has_anchors && !job.anchors && !job.anchors_are_told) {
+  if (has_anchors && !job.anchors && !job.lack_is_reported) {
     note(
         job.anchor_name.c_str(), 0,
         "is not there: which anchors are the two tags of an element is unknown, and each is placed "
         "by itself");
-    job.anchors_are_told = true;
+    job.lack_is_reported = true;
   }
   survey(job.placement.source);
   read_markup(job.sentences, job.source, job.placement.source, job.anchors.get(),
@@ -142,9 +142,9 @@ void report_sentence(Carry &job, int64_t fonts, int64_t anchors, bool translated
   if (!translated) text = ", no translation";
   append_count(fonts, "font", "dropped", text);
   append_count(anchors, "anchor", "placed by a fallback", text);
-  const char *behind_comma = text.c_str() + 2;
+  const char *after_comma = text.c_str() + 2;
   note(job.sentences.name(), job.sentences.line(), "sentence %d: %s",
-       static_cast<int>(job.sentences.number()), behind_comma);
+       static_cast<int>(job.sentences.number()), after_comma);
 }
 
 // Reads the alignment of the sentence.
@@ -229,7 +229,7 @@ void write_anchor(Carry &job) {
   job.out.write(line + "\n");
 }
 
-// Fails with the numbers of both, when a file has not one line for each sentence.
+// Fails with both numbers: a file does not have one line for each sentence.
 void fail_at_lines(Carry &job, int64_t sentences) {
   for (SentenceFile::Kind kind; (kind = job.sentences.next()) != SentenceFile::end;)
     if (kind == SentenceFile::frame) sentences++;

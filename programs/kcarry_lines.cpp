@@ -1,6 +1,6 @@
 // Both ways to links that count tokens: from the aligner, whose tokens are known, and from an
-// ALIGNMENT that speaks of the tokens of other files. Those are found in the line by their
-// characters, and each link of two tokens becomes the links of the words that they are in.
+// ALIGNMENT that counts the tokens of other files. Those are found in the line by their
+// characters, and each link of two tokens becomes the links of the words that contain them.
 #include "programs/kcarry_lines.h"
 
 #include <algorithm>
@@ -179,7 +179,7 @@ bool take_alignment(Preparation &job, const std::string &source, CarryLine &line
   if (!read_tokens(source, job.source_tokens.get(), from) ||
       !read_tokens(line.translation, job.target_tokens.get(), to)) {
     note({job.sentences.name(), job.sentences.line(), job.sentences.number()}, "tokens-differ", {},
-         "the tokens are not those of the %s; it is aligned anew",
+         "the tokens are not those of the %s; it is aligned again",
          from.words.empty() && !source.empty() ? "sentence" : "translation");
     return false;
   }
@@ -192,7 +192,7 @@ bool take_alignment(Preparation &job, const std::string &source, CarryLine &line
   return true;
 }
 
-// Fails with the numbers of both, when a file has not one line for each sentence.
+// Fails with both numbers when a file does not have one line for each sentence.
 void check_ends(Preparation &job, bool all_have_more) {
   auto sentences = static_cast<int64_t>(job.lines.size());
   const std::vector<LineReader *> readers = job.readers();
@@ -205,9 +205,8 @@ void check_ends(Preparation &job, bool all_have_more) {
     while (file->next()) continue;
     if (file->number() == sentences) continue;
     wrong = true;
-    report(file->name(), 0, "has %lld line%s, but %s has %lld sentence%s",
-           static_cast<long long>(file->number()), file->number() == 1 ? "" : "s",
-           job.sentences.name(), static_cast<long long>(sentences), sentences == 1 ? "" : "s");
+    report(file->name(), 0, "has %s, but %s has %s", counted(file->number(), "line").c_str(),
+           job.sentences.name(), counted(sentences, "sentence").c_str());
   }
   if (wrong) throw Failed{};
 }
@@ -242,7 +241,7 @@ std::vector<Range> add_tokens(const std::string &text, align::LanguageModel &lan
   return in_characters(text, tokens);
 }
 
-// Aligns all lines, and gives those without an alignment what was found.
+// Aligns all lines, and uses the result for those without an alignment.
 void align_lines(Preparation &job, const align::Material &material) {
   align::Alignment alignment;
   align::start_alignment(material, job.files.translation, alignment);

@@ -1,5 +1,5 @@
 // The lines of a job of kcarry in memory, when the alignment is not simply read line by line: the
-// aligner needs to see all of them, and so do tokens, some of which may have to be aligned anew.
+// aligner needs to see all of them, and lines with tokens may have to be aligned again.
 #pragma once
 
 #include <cstdint>

@@ -289,8 +289,8 @@ void translate(std::span<const char *const> names) {
       return kind.is_html ? kind.read(name.c_str(), encoding ? encoding : "").text : "";
     });
   if (run.pages.size() > 1)
-    note("ktranslate", 0, "%zu of %zu pages translated, %lld sentences", run.pages_done,
-         run.pages.size(), static_cast<long long>(run.sentences));
+    note("ktranslate", 0, "%zu of %zu pages translated, %s", run.pages_done, run.pages.size(),
+         counted(run.sentences, "sentence").c_str());
 }
 
 constexpr const char *purpose =

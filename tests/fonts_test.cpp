@@ -34,7 +34,7 @@ class Fonts : public Library {
     define("P Empty");
   }
 
-  // "F", "G" or "P" and a value, as the parameters "FONT", "FONTGROUPS" and "FONT-PACKET" have it.
+  // "F", "G" or "P" and a value of the parameter "FONT", "FONTGROUPS" or "FONT-PACKET".
   static int32_t define(std::string_view line) {
     std::string value = bytes(line.substr(2));
     if (line[0] == 'F') return P_set_fonts(0, value.data());

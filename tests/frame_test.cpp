@@ -239,8 +239,8 @@ TEST_F(Frame, MainLoopReportsItsRun) {
             "Program 'prog' aborted.\n");
 }
 
-// A parameter file counts from its group on, but for the names of the group itself; the run time
-// needs a name; an abort closes the log after the last message.
+// A parameter file takes effect from its group on, except for the names of the group itself; the
+// run time needs a name; an abort closes the log after the last message.
 TEST_F(Frame, KeepsTheOrderOfARun) {
   write_file("a.par", "\x96SHOW-FILENAME=1\n");
   std::vector<std::string> arguments = {

@@ -1,6 +1,6 @@
 // The tables of the library, all of them, as one listing that is compared with tests/golden.txt:
-// parameters, languages, properties and upper case of every byte, types, messages. After a change
-// that is wanted, golden.txt is what the failing test has written to the file that it names.
+// parameters, languages, properties and upper case of every byte, types, messages. After an
+// intended change, copy the file that the failing test names to golden.txt.
 
 #include <array>
 #include <filesystem>

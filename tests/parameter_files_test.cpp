@@ -32,7 +32,7 @@ TEST_F(ParameterFiles, AssignLines) {
             "Cannot get parameter type of parameter -1.\nI don't know this parameter: LOGGING \n");
 }
 
-// Every file is seen by a name that no parameter has, and assigns other directories to the chain.
+// Every file shows that it was read by a name that no parameter has, and assigns other directories.
 TEST_F(ParameterFiles, ReadTheWholeChainInItsOrder) {
   std::filesystem::create_directories("a/b.c");
   const std::string assignments =

@@ -1,5 +1,5 @@
 // Regular expressions: compiled forms, errors, matches, the searches, and the decisions by sets
-// against plain backtracking.
+// compared with plain backtracking.
 
 #include "pattern/regex_walk.h"
 
@@ -226,8 +226,8 @@ TEST_F(RegularExpressions, Matches) {
     EXPECT_EQ(search_one(expression, ""), 0) << expression;
 }
 
-// What every match must hold is looked for first: in all places of texts of all short lengths, and
-// where most places nearly fit.
+// What every match must contain is looked for first: in all places of texts of all short lengths,
+// and where most places nearly fit.
 TEST_F(RegularExpressions, StretchesAreFoundWhereverTheyAre) {
   static constexpr std::pair<const char *, const char *> rows[] = {
       {"qu", "qu"},   {"q.u", "q-u"},           {"[^a]qu[e-i]", "bque"}, {"\\<qu\\{2\\}\\>", "quu"},
@@ -290,7 +290,7 @@ TEST_F(RegularExpressions, NoExpressionTakesForever) {
     EXPECT_EQ(search_one(expression, text), -1) << expression;
 }
 
-// One back-reference in a long text, of which nothing but it decides.
+// One back-reference in a long text, where only the back-reference decides.
 TEST_F(RegularExpressions, OneBackReferenceIsDecidedInLongTexts) {
   const int half = 40000;
   const std::string even = repeated("x", 2 * half), odd = even + "x",

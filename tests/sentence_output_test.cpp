@@ -82,7 +82,8 @@ TEST_F(Library, FramesCollapsesAndWrapsSentences) {
 }
 
 TEST_F(Library, ReadsSentencesBackUnderTheirNumbers) {
-  // Longer than the pieces in which a sentence is written, with breaks at all distances from them.
+  // Longer than the pieces in which a sentence is written, with line breaks at every offset from
+  // them.
   std::string sentence = "x", single = "x";
   for (size_t i = 1; sentence.size() < 300000; ++i) {
     const std::string word(1 + i % 83, 'w');

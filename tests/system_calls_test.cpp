@@ -97,7 +97,7 @@ std::string join(const std::vector<int64_t> &results, const char *file) {
   return text + show(read_file(file));
 }
 
-// What the rows say shortly.
+// The abbreviations in the rows.
 const struct {
   const char *text, *sign;
 } signs[] = {

@@ -5,7 +5,8 @@
        cc -o carry_codes carry_codes.c $(pkg-config --cflags --libs klib) && ./carry_codes */
 #include <klib.h>
 
-/* In the literals a code byte stands alone, since "\x98Bold" would read B as one more digit. */
+/* In the literals a code byte is a string of its own, since "\x98Bold" would read B as a hex digit.
+ */
 /* clang-format off */
 #define BOLD "\x98" "Bold" "\x99"
 #define ROMAN "\x98" "Roman" "\x99"

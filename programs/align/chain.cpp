@@ -102,7 +102,7 @@ void multiply(const float *first, const float *second, float factor, int32_t cou
 }
 
 // Fills scratch.reach: how likely it is to jump to each state from the position before, whose
-// states are `likely`, 1 in sum.
+// states are `likely`, which add up to 1.
 void reach_next(const Jumps &jumps, const float *likely, int32_t states, ChainScratch &scratch) {
   float *const reach = scratch.reach.data(), *const weighted = scratch.next.data();
   const float *const norms = scratch.norms.data() + 1;
@@ -126,7 +126,7 @@ void find_strays(const Line &line, ChainScratch &scratch) {
   }
 }
 
-// Fills scratch.ahead and its like, scaled so that the states of a position are 1 in sum.
+// Fills scratch.ahead and its like, scaled so that the states of a position add up to 1.
 void go_forward(const Line &line, const Jumps &jumps, ChainScratch &scratch) {
   const int32_t states = line.states;
   // Before the first position, all states are as likely as each other, and the jump is from -1.

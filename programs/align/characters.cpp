@@ -73,7 +73,7 @@ UBreakIterator *word_breaks() {
   return breaks.get();
 }
 
-// Chinese characters would become syllables of one of their readings, which tell nothing.
+// Chinese characters would become syllables of one of their readings, which says nothing.
 bool has_sound(char32_t character) {
   const UScriptCode script = script_of(character);
   return script != USCRIPT_HAN && script != USCRIPT_HIRAGANA;

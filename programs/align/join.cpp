@@ -1,5 +1,5 @@
-// A wrong link costs the reader of an alignment more than a missing one: it takes markup along. So
-// a link counts only as far as both directions agree on it, in training and in the result.
+// A wrong link costs more than a missing one, since it moves markup to the wrong words. So a link
+// counts only as far as both directions agree on it, in training and in the result.
 #include "programs/align/join.h"
 
 #include <algorithm>

@@ -23,7 +23,7 @@ namespace klib::programs::align {
 namespace {
 
 constexpr float usual_likeness = 0.3F;
-constexpr float kept_count = 0.01F;  // a pair of types with less is not worth a place in a model
+constexpr float kept_count = 0.01F;  // a pair of types with a smaller count is left out of a model
 
 size_t at(int32_t index) { return static_cast<size_t>(index); }
 

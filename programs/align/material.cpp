@@ -13,7 +13,7 @@
 namespace klib::programs::align {
 namespace {
 
-// A line of a lexicon counts as often as this: it is known, not found in passing.
+// A line of a lexicon counts as much as this many lines of text: it is known to be right.
 constexpr int lexicon_weight = 5;
 
 void load_model(const char *name, Model &model) {
@@ -48,7 +48,7 @@ void read_lexicon(const char *name, Alignment &alignment) {
     std::string_view source, target;
     if (count_words(file.line()) == 0) continue;
     if (!find_columns(file.line(), source, target)) {
-      report(file.name(), file.number(), "has no two columns, and is left out");
+      report(file.name(), file.number(), "does not have two columns, and is left out");
       continue;
     }
     for (int i = 0; i < lexicon_weight; i++)
@@ -63,9 +63,8 @@ void read_memory(const char *source_name, const char *target_name, Alignment &al
     if (has_source != has_target) {
       LineReader &longer = has_source ? source : target;
       while (longer.next()) continue;
-      fail(source.name(), 0, "has %lld lines, but %s has %lld",
-           static_cast<long long>(source.number()), target.name(),
-           static_cast<long long>(target.number()));
+      fail(source.name(), 0, "has %s, but %s has %lld", counted(source.number(), "line").c_str(),
+           target.name(), static_cast<long long>(target.number()));
     }
     if (!has_source) return;
     add_line(source.line(), target.line(), alignment.model, alignment.corpus);

@@ -15,8 +15,8 @@ struct CodePage {
   unsigned char byte[0x10000];  // of each character; 0: it has none
 };
 
-// Makes a language that of the library's character table (initCT) while it lives, where the library
-// needs one: it is asked what is white, splits words and reads expressions by it.
+// While it lives, the library's character table (initCT) is that of a language. The library uses it
+// to find white space, split words and read expressions.
 class ActiveLanguage {
  public:
   explicit ActiveLanguage(const char *language);
@@ -41,7 +41,7 @@ void append_alien(char32_t character, std::string &text);
 void append_encoded(const CodePage &page, std::string_view utf8, std::string &text);
 
 // The next character of engine text without codes; the position moves after it. 0 when the byte is
-// none of the page's, or when an alien is cut short or half a surrogate pair (the position moves
+// not in the page, or when an alien is cut short or half a surrogate pair (the position moves
 // after what was looked at). The position must be before the end. `*alien` says whether the
 // character was an alien.
 char32_t next_character(const CodePage &page, std::string_view text, size_t &position,

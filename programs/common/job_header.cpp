@@ -30,10 +30,11 @@ std::string begin_header(std::string_view word, const JobHeader &header) {
 }
 
 [[noreturn]] void fail_at_header(const char *file) {
-  fail({file, 1}, "no-header", {},
-       "the first line is no header: the file is damaged, was not written by klib's programs, or "
-       "by a version before %d",
-       format_version);
+  fail(
+      {file, 1}, "no-header", {},
+      "the first line is not a header: the file is damaged, was not written by klib's programs, or "
+      "by a version before %d",
+      format_version);
 }
 
 // Reads what both kinds of lines begin with.

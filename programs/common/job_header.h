@@ -38,8 +38,8 @@ std::string sentence_header(const JobHeader &header);
 std::string anchor_header(const JobHeader &header);
 size_t mark_position(std::string_view header_line);
 
-// Reads a line without its line feed; what is no header, or one of another version, ends the job
-// (fail()). `file` is the name for the message.
+// Reads a line without its line feed; anything but a header of this version ends the job (fail()).
+// `file` is the name for the message.
 JobHeader read_sentence_header(const char *file, std::string_view line);
 JobHeader read_anchor_header(const char *file, std::string_view line);
 
@@ -51,8 +51,8 @@ void check_same_job(const char *sentence_file, const JobHeader &sentences, const
 // of this version.
 std::string language_of_header(std::string_view line);
 
-// Makes a parameter the language that a file says, so that it need not be given. One that was given
-// and is another ends the job.
+// Sets a parameter to the language that a file names, so that it need not be given. If another one
+// was given, the job ends.
 void fit_language(TextParameter name, const std::string &language, const char *file);
 
 }  // namespace klib::programs

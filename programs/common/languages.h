@@ -1,4 +1,4 @@
-// Names of languages: what a user may write, and what the library and the files call a language.
+// Names of languages: what a user may write, and the name in the library and in files.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@ namespace klib::programs {
 // "jp" and "xh" are the library's short forms for Japanese and Chinese. Empty for anything else.
 std::string language_name(std::string_view given);
 
-// The standard code of a language, such as "de" for GERMAN; for what is no name, the name itself.
+// The standard code of a language, such as "de" for GERMAN; for any other text, the text itself.
 std::string language_code(std::string_view name);
 
 // The 18 languages of the library with their short forms and codes, on indented lines of at most

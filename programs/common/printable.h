@@ -6,8 +6,8 @@
 
 namespace klib::programs {
 
-// Whether a character can be shown as it is: no control, no directional mark, override or isolate,
-// nothing without width or outside of what Unicode assigns to text.
+// Whether a character can be shown as it is: not a control, a directional mark, override or
+// isolate, not without width, and assigned to text by Unicode.
 bool is_printable(char32_t character);
 
 // UTF-8 for a terminal: what is not printable becomes {U+202E}, a byte that is not UTF-8 {9B}.

@@ -110,7 +110,7 @@ bool is_given(TextParameter language);
 std::vector<std::string> parameter_files();
 std::vector<std::string> own_outputs();
 
-// Lets the run end by a signal that was noted, after all is told and tidied.
+// Lets the run end by a signal that was noted, after everything was reported and cleaned up.
 void end_run_by(int signal);
 
 // Leaves a file as it is at the end of the run if it is that of --report: a job uses it, too.

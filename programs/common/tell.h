@@ -78,8 +78,8 @@ void clear_progress();
 void start_telling(const char *program, bool quiet);
 void tell_scripts(FILE *stream);                               // null: no more
 void tell_also(std::function<void(const Record &)> listener);  // such as a report; null: no more
-// From now on they are given to the listener and to nobody else, and no progress is shown: for a
-// process that works for another one.
+// From now on only the listener gets them, and no progress is shown: for a process that works for
+// another one.
 void tell_only(std::function<void(const Record &)> listener);
 bool something_failed();  // a problem was reported in this run
 

@@ -1,5 +1,5 @@
-// Slots: places in the raw text of an anchor for something that is not known before a translation
-// is there. A slot is {FF} key {FF} written {FF}; FF is no byte of UTF-8. `written` is what the
+// Slots: places in the raw text of an anchor for something that is not known before there is a
+// translation. A slot is {FF} key {FF} written {FF}; FF is no byte of UTF-8. `written` is what the
 // document has in its place, and the key says what comes there:
 //
 //   a number   the text that follows the anchor of this number in the sentence file

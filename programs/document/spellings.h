@@ -1,4 +1,4 @@
-// How characters that cannot be seen are written, such as a no-break space: themselves or as one of
+// How invisible characters, such as a no-break space, are written: as themselves or as one of
 // their references. A record lists, with blanks between them, how those of the next frame are
 // written, in their order. The last one of a character stays in force for those that follow.
 #pragma once

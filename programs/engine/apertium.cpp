@@ -1,12 +1,11 @@
 // A mode is a pipeline of commands, with its first one the analyser. Sentences go through it as
 // blocks that end with a NUL, at which the commands flush ("-z"). The analyses of a batch go
-// through the rest of the pipeline twice: as they are, which is the translation, and with bound
-// blanks, which shows where each word has gone. So blanks that change a translation change no
-// result.
+// through the rest of the pipeline twice: as they are, which yields the translation, and with bound
+// blanks, which shows where each word has gone. So blanks that change a translation do no harm.
 //
 // A command that dies at a sentence takes the blocks in the pipes with it, and those after it leave
-// stray NULs. A block counts if it has its end; where one has not, everything is started again from
-// there, and what fails as the first block of a fresh pipeline is lost.
+// stray NULs. A block counts if its end is there; where it is missing, everything is started again
+// from there, and what fails as the first block of a fresh pipeline is lost.
 #include "programs/engine/apertium.h"
 
 #include <algorithm>

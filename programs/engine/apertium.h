@@ -31,15 +31,15 @@ void apertium_languages(const std::string &mode, std::string &source, std::strin
 struct ApertiumTranslation {
   std::string text;
   std::string pairs;        // "0-0 1-2"
-  bool is_aligned = false;  // `pairs` holds what is known; else another aligner is asked
+  bool is_aligned = false;  // `pairs` is known; otherwise another aligner is asked
   bool is_lost = false;     // Apertium fails at this sentence: `text` is the source
 };
 
-// A batch of this many sentences is a good one: the commands are started anew for each.
+// A good size of a batch, in sentences: the commands are started again for each batch.
 constexpr size_t apertium_batch = 1000;
 
-// Translates sentences, each as Apertium translates it without blanks. The end is a good one, or
-// that of the command that failed; then `translations` is as long as what is done.
+// Translates sentences, each as Apertium translates it without blanks. The result says how the
+// commands ended; when one failed, `translations` has only what was done before.
 StreamEnd translate_batch(Apertium &engine, const std::vector<std::string> &sentences,
                           std::vector<ApertiumTranslation> &translations);
 

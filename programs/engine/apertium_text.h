@@ -32,7 +32,7 @@ struct ApertiumAnswer {
   std::vector<std::vector<int32_t>> units;  // of each word at blanks: those it comes from
 };
 
-// Reads a translated block; false when it has not the end of one: the block was lost.
+// Reads a translated block; false when its end is missing: the block was lost.
 bool read_answer(std::string_view block, ApertiumAnswer &answer);
 
 // The pairs i-j of a sentence and `plain`, its translation without blanks. Where that is not quite

@@ -1,5 +1,5 @@
 // An SQLite file in its rollback mode, which also works where memory cannot be shared, such as on a
-// network's file system. A mark in the header tells the file from other people's databases.
+// network's file system. A mark in the header distinguishes the file from other databases.
 #include "programs/engine/cache.h"
 
 #include <sqlite3.h>

@@ -273,7 +273,7 @@ bool everything_is_written(const Stream &stream) {
   return stream.all_is_sent && stream.written == stream.outgoing.size();
 }
 
-// Closes the command's input when nothing is left to say, and either all is answered or the moment
+// Closes the command's input when nothing is left to send, and either all is answered or the moment
 // is over in which a command that does not wait for the end would have ended. The moment begins
 // when the command has read everything.
 void close_input_in_time(Stream &stream, Clock::duration quiet) {
@@ -321,7 +321,7 @@ bool wait_for_end(Stream &stream) {
     poll(nullptr, 0, 10);
     const Clock::duration quiet = Clock::now() - stream.moved_at;
     close_input_in_time(stream, quiet);
-    // Without output it has nothing more to say; what is left to send is of no use to it.
+    // Without output it cannot answer any more, so the rest is not sent.
     if (quiet >= stream.command.end_is_held_back) stream.input.reset();
     if (!check_time(stream, quiet)) return false;
   }

@@ -37,7 +37,7 @@ struct StreamEnd {
   std::string reason;    // for people: "ended with status 3"; empty when good
 
   // The first answers are known to belong to the first lines. That holds for a command that stopped
-  // on its way. After one line too few or too many at the end of everything, nobody can tell which
+  // on its way. When a line is missing or extra at the end of everything, nobody can say which
   // one is missing, or which does not belong there.
   bool answers_are_in_order() const { return kind != too_few && kind != too_many; }
 };

@@ -247,8 +247,8 @@ void translate_with_file(const char *name, SentenceFeed &feed) {
   }
   while (lines.next()) continue;
   if (lines.number() != sentences)
-    fail(lines.name(), 0, "has %lld lines, but the pages have %lld sentences",
-         static_cast<long long>(lines.number()), static_cast<long long>(sentences));
+    fail(lines.name(), 0, "has %s, but the pages have %s", counted(lines.number(), "line").c_str(),
+         counted(sentences, "sentence").c_str());
   feed.finish();
 }
 

@@ -1,4 +1,4 @@
-// The aligner: its models against slow and obvious ones, what it finds, and what it survives.
+// The aligner: its models compared with slow and obvious ones, what it finds, and what it survives.
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -506,7 +506,7 @@ TEST_F(Kalign, LearnsFromWhatItIsGiven) {
   const Outcome outcome = run("kalign", "--lexicon lexicon source target out");
   EXPECT_EQ(read("out"), "0-1 1-0\n");
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.errors, "lexicon:4: has no two columns, and is left out\n");
+  EXPECT_EQ(outcome.errors, "lexicon:4: does not have two columns, and is left out\n");
   std::string words, partners;
   for (int i = 0; i < 5; i++) words += "alpha\nbeta\n", partners += "vier\ndrei\n";
   write("memory.s", words);
@@ -602,7 +602,7 @@ TEST_F(CarryAlong, FollowsTheWordsOfScriptsWithoutBlanks) {
   extract(english_houses, plain(japanese_houses), "-LANGUAGE ENGLISH -TARGET-LANGUAGE JAPANESE");
   const std::string page = carry("--align --memory m.en m.ja job.kti t.txt", "");
   EXPECT_EQ(page, japanese_houses);
-  // The same by way of files.
+  // The same through files.
   EXPECT_EQ(run("kalign", "--memory m.en m.ja --tokens k job.txt t.txt a.txt").status, 0);
   EXPECT_EQ(carry("--source-tokens k.source --target-tokens k.target job.kti t.txt a.txt", ""),
             page);
@@ -635,7 +635,7 @@ TEST_F(CarryAlong, MapsTokensToWords) {
   EXPECT_EQ(
       carry(
           "--source-tokens s.tok --target-tokens t.tok job.kti t.txt a.txt",
-          "job.kti:5: sentence 1: the tokens are not those of the sentence; it is aligned anew\n"),
+          "job.kti:5: sentence 1: the tokens are not those of the sentence; it is aligned again\n"),
       "<p><i>Nicht wahr</i>, das ist eine <b>„bekannte“ Tatsache</b>.</p>\n"
       "<p>Andere <b>Debian</b>-Wörter.</p>\n");
 }

@@ -8,7 +8,7 @@ namespace {
 
 class Attributes : public Workplace {
  protected:
-  // The lines of JOB.txt, parted by '/', after a look at whether the page comes back.
+  // The lines of JOB.txt, separated by '/'; also checks that the page comes back.
   std::string offered(const std::string &page, const std::string &options = "") const {
     write("job.htm", page);
     EXPECT_EQ(run("kextract", "-LANGUAGE ENGLISH " + options + " job.kti job.htm").errors, "");

@@ -1,4 +1,4 @@
-// The cache of translations: what is found, who shares it, what happens to it.
+// The cache of translations: what it finds, how runs share it, and what may happen to the file.
 #include "programs/engine/cache.h"
 
 #include <gtest/gtest.h>
@@ -58,7 +58,7 @@ TEST_F(CacheFile, ForgetsARun) {
   EXPECT_EQ(find("engine", "old") + find("engine", "5") + find("engine", "new"), "<x>none<x>");
 }
 
-// Processes that write at once, one of which is killed on its way.
+// Processes that write at once, one of which is killed halfway.
 TEST_F(CacheFile, IsShared) {
   constexpr int writers = 4, texts = 1000;
   pid_t processes[writers];

@@ -13,7 +13,7 @@ namespace klib::test {
 namespace {
 
 // A short notation for codes: "[w2]" is the font {98}weight{FF}2{99}, "[i3]" slant, "[c4]" face,
-// "[5]" the anchor {94}5{95}. What stands in braces is a byte.
+// "[5]" the anchor {94}5{95}. What is in braces is a byte.
 std::string with_codes(const std::string &text) {
   static const std::map<char, std::string> groups = {
       {'w', "weight"}, {'i', "slant"}, {'c', "face"}};
@@ -246,7 +246,7 @@ TEST_F(Carry, AnchorsThatDoNotFit) {
   } rows[] = {
       {"job.anx", index.substr(0, 7), "job.anx: is no anchor index"},
       {"job.anx", index.substr(0, 8), "job.anx: does not fit job.anc"},
-      {"job.anc", "anchors" + std::string(read("job.anc").substr(7)), "is no header"},
+      {"job.anc", "anchors" + std::string(read("job.anc").substr(7)), "is not a header"},
       {"job.kti", header + coded("{90}0 a {94}77{95}b{91}\n"), "job.anc: there is no anchor 77"},
       {"job.kti", header + coded("{90}0 a {98}weight{FF}2{99}b{91}\n"),
        "sentence 0: anchor 2 is no font"},

@@ -1,5 +1,5 @@
-// compare_pages PAGE RESULT: whether RESULT is PAGE, but for the freedoms that same_pages() gives.
-// Says where they differ otherwise.
+// compare_pages PAGE RESULT: whether RESULT is PAGE, apart from the differences that same_pages()
+// allows; otherwise says where they differ.
 //
 // The pages are compared as UTF-8.
 #include <algorithm>

@@ -1,5 +1,5 @@
-// That no file of a user is lost, whatever the programs are told to write, and that files which do
-// not belong together are refused.
+// No file of a user is lost, whatever the programs are asked to write, and files that do not belong
+// together are refused.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -115,11 +115,11 @@ TEST_F(JobFiles, OnlyFilesOfOneJobGoTogether) {
   } rows[] = {
       {"kmerge", "out.kti other.anc x.html", "out.kti:1: does not belong to other.anc"},
       {"kmerge", "out.kti old.anc x.html", "old.anc:1: has the format of version 1"},
-      {"kmerge", "old.kti job.anc x.html", "old.kti:1: the first line is no header"},
+      {"kmerge", "old.kti job.anc x.html", "old.kti:1: the first line is not a header"},
       {"kmerge", "-LANGUAGE fr out.kti job.anc x.html",
        "out.kti:1: is in GERMAN, but the language given is FRENCH"},
       {"kcarry", "new.kti t.txt a.txt x.kti", "new.kti:1: has the format of version 3"},
-      {"kcarry", "damaged.kti t.txt a.txt x.kti", "damaged.kti:1: the first line is no header"},
+      {"kcarry", "damaged.kti t.txt a.txt x.kti", "damaged.kti:1: the first line is not a header"},
       {"kcarry", "-LANGUAGE de job.kti t.txt a.txt x.kti",
        "job.kti:1: is in ENGLISH, but the language given is GERMAN"},
   };

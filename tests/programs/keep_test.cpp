@@ -1,4 +1,4 @@
-// What of a page comes back as it is, whatever the translation has for it.
+// The parts of a page that come back as they are, whatever the translation has for them.
 #include "workplace.h"
 
 namespace klib::test {

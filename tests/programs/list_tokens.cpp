@@ -1,7 +1,7 @@
 // list_tokens FILE...: the tokens of pages in UTF-8 as kextract reads them, outside of svg and
-// math, for a judge that reads them, too. For each page its name, then a line a token: the kind (S
-// start tag, E end tag, O other), where it begins and ends, the name, and the attributes, each with
-// where its value ends.
+// math, to be compared with another reader's. For each page its name, then a line per token: the
+// kind (S start tag, E end tag, O other), where it begins and ends, the name, and the attributes,
+// each with where its value ends.
 #include <algorithm>
 #include <cstdio>
 #include <fstream>

@@ -159,7 +159,7 @@ TEST_F(Merge, WritesTheEncodingOfThePage) {
   EXPECT_EQ(read("result.html"), "<meta charset=iso-8859-1><p>Caf\xE9\x80&#9786;</p>");
 }
 
-// Checked alike in every program.
+// Checked in the same way by every program.
 TEST_F(Merge, OutputThroughLinksAndPipes) {
   merge("<p>a", "{94}1{95}{90}0 A{91}");
   std::filesystem::create_symlink("result.html", directory_ + "/link.html");
@@ -172,7 +172,7 @@ TEST_F(Merge, OutputThroughLinksAndPipes) {
             "/dev/full: could not be written: No space left on device\n");
 }
 
-// What stood under a name stays there, and nothing else is left behind.
+// What was under a name stays there, and no other file is left.
 TEST_F(Merge, WritesFilesWholeOrNotAtAll) {
   const std::string text(600, 'a');
   merge("<p>" + text, "{94}1{95}{90}0 " + text + "{91}");

@@ -1,4 +1,4 @@
-// The report: what is in it, and that hostile text is nothing but text.
+// The report: what it contains, and that hostile text remains text.
 #include "programs/report/report.h"
 
 #include <gtest/gtest.h>

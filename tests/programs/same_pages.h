@@ -18,10 +18,10 @@ struct Place {
   }
 };
 
-// Whether the result is the page byte for byte, but for two freedoms in running text: a run of
-// white space may be one blank, and a character reference may be the character, in UTF-8, or
-// another reference to it (what must be a reference stays one). Both places are after what is the
-// same.
+// Whether the result is the page byte for byte, apart from two differences allowed in running text:
+// a run of white space may be one blank, and a character reference may be the character, in UTF-8,
+// or another reference to it (what must be a reference stays one). Both places end up after the
+// part that is the same.
 bool same_pages(Place &page, Place &result);
 
 }  // namespace klib::test

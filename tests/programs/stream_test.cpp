@@ -1,4 +1,4 @@
-// Commands that are fed as a stream: good ones, whatever they buffer, and every kind of bad one.
+// Commands that are fed as a stream: good ones, however they buffer, and every kind of bad one.
 #include "programs/engine/stream.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ namespace {
 constexpr const char *kinds[] = {"good",       "not started", "early",    "too few", "too many",
                                  "bad status", "timed out",   "too long", "refused"};
 
-// Sends `lines` numbered lines and shows the end of it all, with the answers if they are few.
+// Sends `lines` numbered lines and shows how it ended, with the answers if they are few.
 std::string run(const std::string &command, int lines, int timeout,
                 std::chrono::milliseconds held_back) {
   int sent = 0;

@@ -143,7 +143,7 @@ TEST_F(Translate, LinesOfAFile) {
   EXPECT_EQ(translate("--engine none --translation t.txt site/a.html out.html").status, 0);
   EXPECT_EQ(read("out.html"), "<p>Eins <b>zwei</b>.</p>\n");
   const Outcome outcome = translate("--engine none --translation t.txt site/sub/b.html x.html");
-  EXPECT_EQ(outcome.errors, "t.txt: has 1 lines, but the pages have 2 sentences\n");
+  EXPECT_EQ(outcome.errors, "t.txt: has 1 line, but the pages have 2 sentences\n");
   EXPECT_EQ(read("x.html"), "(none)");
 }
 
@@ -256,7 +256,7 @@ TEST_F(Translate, AnyNames) {
   EXPECT_EQ(read("out/x y/-p") + read("out/q"), std::string(small) + small);
 }
 
-// What was translated is not asked for again, also after an engine that failed on its way.
+// What was translated is not asked for again, not even after an engine that failed halfway.
 TEST_F(Translate, Cache) {
   const std::string pages = " --cache c.db --out-dir out site/a.html site/sub/b.html";
   write("engine",

@@ -16,7 +16,7 @@ std::string shown(std::string_view bytes);
 
 struct Outcome {
   int status;
-  std::string errors;  // what standard error got
+  std::string errors;  // what was written to standard error
   std::string output;
 };
 
