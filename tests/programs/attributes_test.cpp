@@ -8,18 +8,6 @@ namespace {
 
 class Attributes : public Workplace {
  protected:
-  // The lines of JOB.txt, separated by '/'; also checks that the page comes back.
-  std::string offered(const std::string &page, const std::string &options = "") const {
-    write("job.htm", page);
-    EXPECT_EQ(run("kextract", "-LANGUAGE ENGLISH " + options + " job.kti job.htm").errors, "");
-    EXPECT_EQ(run("kmerge", "-LANGUAGE ENGLISH job.kti job.anc same.htm").errors, "");
-    EXPECT_EQ(read("same.htm"), page);
-    std::string text = read("job.txt");
-    for (char &c : text)
-      if (c == '\n') c = '/';
-    return text;
-  }
-
   // The page with these translations of its sentences.
   std::string translated(const std::string &page, const std::string &translation,
                          const std::string &language) const {

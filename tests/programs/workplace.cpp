@@ -81,6 +81,16 @@ Outcome Workplace::run(const std::string &program, const std::string &arguments,
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(".errors"), read(".output")};
 }
 
+std::string Workplace::offered(const std::string &page, const std::string &options) const {
+  write("job.htm", page);
+  EXPECT_EQ(run("kextract", "-LANGUAGE ENGLISH " + options + " job.kti job.htm").errors, "");
+  EXPECT_EQ(run("kmerge", "-LANGUAGE ENGLISH job.kti job.anc same.htm").errors, "");
+  EXPECT_EQ(read("same.htm"), page);
+  std::string text = read("job.txt");
+  std::replace(text.begin(), text.end(), '\n', '/');
+  return text;
+}
+
 std::string Workplace::files() const {
   std::vector<std::string> names;
   for (const auto &entry : std::filesystem::directory_iterator(directory_))

@@ -35,6 +35,9 @@ class Workplace : public ::testing::Test {
   void write_sentences(const std::string &name, std::string_view content,
                        const std::string &language = "ENGLISH") const;
   std::string read_sentences(const std::string &name) const;
+  // Extracts the page to job.*, and checks that it comes back without a translation. The lines of
+  // JOB.txt, each followed by '/'.
+  std::string offered(const std::string &page, const std::string &options = "") const;
   std::string files() const;  // the names of all files, in order
 
   std::string directory_;
