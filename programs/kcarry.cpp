@@ -143,8 +143,9 @@ void report_sentence(Carry &job, int64_t fonts, int64_t anchors, bool translated
   append_count(fonts, "font", "dropped", text);
   append_count(anchors, "anchor", "placed by a fallback", text);
   const char *after_comma = text.c_str() + 2;
-  note(job.sentences.name(), job.sentences.line(), "sentence %d: %s",
-       static_cast<int>(job.sentences.number()), after_comma);
+  note({job.sentences.name(), job.sentences.line(), job.sentences.number()},
+       translated ? "placement" : "untranslated",
+       {{"fonts-dropped", fonts}, {"anchors-by-fallback", anchors}}, "%s", after_comma);
 }
 
 // Reads the alignment of the sentence.

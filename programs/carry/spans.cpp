@@ -50,8 +50,8 @@ void add_point(Reader &reader, const Code &code, Point::Role role) {
 AnchorKinds::Entry kind_of_anchor(Reader &reader, const Code &code) {
   const AnchorKinds::Entry entry = reader.kinds->find(code.number);
   if ((entry.kind == Anchor::font) != code.is_font())
-    fail(reader.file.name(), reader.file.line(), "sentence %d: anchor %d is %s",
-         static_cast<int>(reader.file.number()), static_cast<int>(code.number),
+    fail({reader.file.name(), reader.file.line(), reader.file.number()}, "wrong-anchor",
+         {{"anchor", code.number}}, "anchor %d is %s", static_cast<int>(code.number),
          code.is_font() ? "no font" : "a font");
   return entry;
 }

@@ -131,16 +131,6 @@ bool JsonReader::read_members(Told &told) {
 }  // namespace
 
 ReportNote make_note(const std::string &kind, int64_t sentence, std::string text) {
-  constexpr std::string_view prefix = "sentence ";
-  if (sentence == no_sentence && text.starts_with(prefix)) {
-    int64_t number = 0;
-    const char *const end = text.data() + text.size();
-    const auto [after, error] = std::from_chars(text.data() + prefix.size(), end, number);
-    if (error == std::errc() && std::string_view(after, end).starts_with(": ")) {
-      sentence = number;
-      text.erase(0, static_cast<size_t>(after + 2 - text.data()));
-    }
-  }
   const char *const badge = badge_of(kind, text);
   return {sentence, badge, std::move(text)};
 }
@@ -154,7 +144,7 @@ std::vector<ReportNote> read_notes(const char *name, std::span<const std::string
       fail(name, lines.number(), "is no record: name a file that --report has written");
     if (told.severity == "data" || told.kind == "totals") continue;
     if (!names.empty() && std::ranges::find(names, told.file) == names.end()) continue;
-    if (told.sentence == no_sentence && told.line > 0 && !told.text.starts_with("sentence "))
+    if (told.sentence == no_sentence && told.line > 0)
       told.text = told.file + ":" + std::to_string(told.line) + ": " + told.text;
     notes.push_back(make_note(told.kind, told.sentence, std::move(told.text)));
   }

@@ -9,7 +9,7 @@
 
 namespace klib::programs {
 
-// The note of a record. Some messages name their sentence in the text alone.
+// The note of a record.
 ReportNote make_note(const std::string &kind, int64_t sentence, std::string text);
 
 // The notes in a file that --report has written. Those of a run over several files are of those

@@ -46,11 +46,9 @@ Listening::Listening(RunNotes *notes) {
   tell_also([notes](const Record &record) {
     if (record.severity == Severity::data) return;
     ReportNote note = make_note(record.kind, record.place.sentence, std::string(record.text));
-    const bool is_summary = note.sentence == no_sentence && record.severity == Severity::note &&
-                            note.text.find(" carried: ") != note.text.npos;
     // That a font is not used follows from what was reported of its sentence.
-    const bool is_repeated = strcmp(record.kind, "font-unused") == 0;
-    if (!is_summary && !is_repeated) (*notes)[record.place.file].push_back(std::move(note));
+    if (strcmp(record.kind, "totals") != 0 && strcmp(record.kind, "font-unused") != 0)
+      (*notes)[record.place.file].push_back(std::move(note));
   });
 }
 
