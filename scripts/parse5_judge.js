@@ -208,7 +208,7 @@ function judge(names) {
   jobs.forEach((job, i) => {
     const merged = run('kmerge', [of(job, 'out.kti'), of(job, 'anc'), of(job, 'new.html')]);
     const dropped = carried.split('\n').some(line => line.startsWith(job + ':') && / font/.test(line) && !/: 0 fonts/.test(line.replace(job, '')));
-    if (merged || dropped) return;  // repairs that were told
+    if (merged || dropped) return;  // repairs that were reported
     if (tokens(fs.readFileSync(names[i])).mixed) return;  // where a drawing ends is not judged
     const source = elements(parse(names[i])), result = elements(parse(of(job, 'new.html')));
     const places = !source.crossed;

@@ -1,4 +1,4 @@
-// Threads take the next part from a common counter until there is none.
+// Threads take the next part from a common counter until there are no more.
 #include "programs/align/parallel.h"
 
 #include <algorithm>

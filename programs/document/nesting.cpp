@@ -118,7 +118,8 @@ void NestedWriter::open_wanted(int32_t limit, bool again) {
 }
 
 // Brings the open elements to what the next thing needs; an anchor needs only what was opened
-// before it in the page. What opens again has the blank inside, what opens anew has it outside.
+// before it in the page. What opens again has the blank inside, what opens for the first time has
+// it outside.
 void NestedWriter::settle(int32_t limit) {
   if (fonts_changed_) close_unwanted_fonts();
   const bool something_opens = fonts_changed_ || !suspended_.empty();

@@ -21,7 +21,7 @@ namespace {
 
 constexpr size_t tried_first = 50;    // sentences, to find out what a mode does with blanks
 constexpr size_t hopeless = 20;       // sentences lost one after the other, and none translated
-constexpr int64_t most_changed = 20;  // one in so many may be changed by blanks
+constexpr int64_t most_changed = 20;  // blanks may change one in this many
 
 constexpr struct {
   const char *three, *two;

@@ -47,7 +47,7 @@ char next_character(std::string_view text, size_t &position, bool &bare) {
   return text[position++];
 }
 
-// An analysis beside the sentence that it is of.
+// An analysis and its sentence.
 struct Reading {
   std::string_view analysis, sentence;
   size_t position = 0;  // in the analysis

@@ -17,15 +17,15 @@ namespace klib::programs {
 
 struct Task {
   std::string file;                // what messages call the work
-  std::string records;             // a file for what is told
+  std::string records;             // a file for what it reports
   std::function<void()> work;      // in the process of its own; Failed ends it
   std::function<void()> end = {};  // here, after it, its last step; Failed makes it not done
   bool is_done = false;            // it has ended, without a problem that ends a job
 };
 
-// Runs the tasks, `jobs` at a time. What they tell is told when each ends, of the place that
-// `for_people` makes of it; names that it gives must last. `ended` is called with how many have
-// ended, before the `end` of each.
+// Runs the tasks, `jobs` at a time. What a task reports is passed on when it ends, with the place
+// that `for_people` makes of its own; names that this returns must last. `ended` is called with how
+// many have ended, before the `end` of each.
 void run_tasks(std::vector<Task> &tasks, int64_t jobs,
                const std::function<Place(const Place &)> &for_people,
                const std::function<void(size_t)> &ended);

@@ -61,7 +61,7 @@ struct Save {
 };
 
 // A packet's place in a walk through packets. Every packet is open at most once at a time, so that
-// the walk needs no stack besides these.
+// the walk needs no other stack.
 struct PacketWalk {
   int32_t fields;  // of the packet, without its name; set when it is declared
   int32_t left;    // of them, still to be visited

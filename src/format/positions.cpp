@@ -58,7 +58,7 @@ void move_over_newline(parser_frame &frame) {
   add(frame.real_line, -d);
 }
 
-// What a byte does besides taking its place.
+// What a byte does apart from taking its place.
 template <Direction d>
 void apply_effect(parser_frame &frame, Effect effect) {
   switch (effect) {

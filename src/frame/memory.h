@@ -59,7 +59,7 @@ struct Allocator {
 template <class T>
 using Vector = std::vector<T, Allocator<T>>;
 
-// Memory for what lives only as long as one operation: many small blocks, taken one after the other
+// Memory that is needed only during one operation: many small blocks, taken one after the other
 // from a piece of the stack and, when that is full, from larger and larger blocks, and given back
 // together.
 class Arena {

@@ -71,9 +71,9 @@ void sort_keys(Entry *first, Entry *last) {
     if (sizes[bucket] > 1) sort_keys(end[bucket] - sizes[bucket], end[bucket]);
 }
 
-// A number of bytes from `offset` on that all lines have in common, none of them a NUL. It is
-// looked for in so many bytes at most, since a line that differs early would make a longer look
-// futile.
+// How many bytes from `offset` on all lines have in common, none of them a NUL. At most
+// longest_look bytes are compared, since one line that differs early would make a longer look
+// useless.
 size_t common_bytes(const Entry *first, const Entry *last, size_t offset, Readable readable) {
   size_t common = longest_look;
   for (const Entry *entry = first + 1; entry != last && common != 0; ++entry) {

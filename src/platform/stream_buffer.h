@@ -17,7 +17,7 @@ inline std::string_view buffered_bytes(const FILE *stream) {
   return {next, next < stream->_IO_read_end ? static_cast<size_t>(stream->_IO_read_end - next) : 0};
 }
 
-// As if so many of them had been read.
+// As if this many of them had been read.
 inline void skip_buffered_bytes(FILE *stream, size_t length) { stream->_IO_read_ptr += length; }
 
 #else

@@ -98,10 +98,10 @@ int32_t bytes_there(int32_t text_file, int32_t length) {
 // Kread of `length` bytes into a buffer with room for fewer: its result, and its report of a short
 // read, with the whole length.
 int32_t read_short(int32_t text_file, char *buffer, int32_t room, int32_t length) {
-  const auto got =
+  const auto bytes_read =
       static_cast<int32_t>(files::read_once(text_file, buffer, static_cast<size_t>(room)));
-  report_and_abort(MESSAGE_SHORT_READ, length, got);
-  return got;
+  report_and_abort(MESSAGE_SHORT_READ, length, bytes_read);
+  return bytes_read;
 }
 
 }  // namespace
@@ -171,9 +171,9 @@ char *read_anchor(int32_t text_file, int32_t n) {
   auto *text = static_cast<char *>(Kmalloc(static_cast<uint32_t>(room) + 1));
   if (text == nullptr) return nullptr;
   if (!found) Kmessage(MESSAGE_SEEK_ERROR);
-  const int32_t got =
+  const int32_t bytes_read =
       room == length ? Kread(text_file, text, length) : read_short(text_file, text, room, length);
-  text[std::max(got, 0)] = '\0';
+  text[std::max(bytes_read, 0)] = '\0';
   state.read_flags[n - 1] = 1;
   return text;
 }
