@@ -21,7 +21,7 @@ void load_model(const char *name, Model &model) {
   std::string bytes;
   char block[65536];
   for (size_t count; (count = fread(block, 1, sizeof block, file.get())) > 0;)
-    bytes.append(block, count);
+    if (!is_model(bytes.append(block, count))) break;  // which may have no end
   if (ferror(file.get())) fail_reading(name);
   const std::string fault = read_model(bytes, model);
   if (!fault.empty()) fail(name, 0, "%s", fault.c_str());

@@ -37,6 +37,8 @@ std::string begin_header(std::string_view word, const JobHeader &header) {
       format_version);
 }
 
+bool is_language(const std::string &name) { return !name.empty() && language_name(name) == name; }
+
 // Reads what both kinds of lines begin with.
 JobHeader read_begin(const char *file, std::string_view word, std::string_view &line) {
   if (take_word(line) != word) fail_at_header(file);
@@ -46,13 +48,13 @@ JobHeader read_begin(const char *file, std::string_view word, std::string_view &
   if (result.ec != std::errc() || result.ptr != number.data() + number.size()) fail_at_header(file);
   if (version != format_version)
     fail({file, 1}, "wrong-version", {{"version", version}},
-         "has the format of version %d, and these programs have version %d: extract the document "
-         "again",
-         version, format_version);
+         "has the format of version %d, and these programs have version %d: %s", version,
+         format_version,
+         version < format_version ? "extract the document again" : "use those that wrote it");
   JobHeader header;
   header.mark = take_word(line);
   header.language = take_word(line);
-  if (header.mark.size() != mark_size || header.language.empty()) fail_at_header(file);
+  if (header.mark.size() != mark_size || !is_language(header.language)) fail_at_header(file);
   return header;
 }
 
@@ -102,7 +104,7 @@ size_t mark_position(std::string_view header_line) {
 JobHeader read_sentence_header(const char *file, std::string_view line) {
   JobHeader header = read_begin(file, sentence_word, line);
   header.target = take_word(line);
-  if (!line.empty()) fail_at_header(file);
+  if (!line.empty() || !(header.target.empty() || is_language(header.target))) fail_at_header(file);
   return header;
 }
 

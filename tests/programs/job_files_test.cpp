@@ -110,6 +110,7 @@ TEST_F(JobFiles, OnlyFilesOfOneJobGoTogether) {
   write("old.kti", coded("{90}0 A{91}\n"));
   write("new.kti", "klib-sentences 3" + sentences.substr(16));
   write("damaged.kti", "klib-sentences 2 12 ENGLISH\n");
+  write("odd.kti", "klib-sentences 2 0123456789abcdef \x1B[31m\n");
   static const struct {
     const char *program, *arguments, *message;
   } rows[] = {
@@ -120,6 +121,8 @@ TEST_F(JobFiles, OnlyFilesOfOneJobGoTogether) {
        "out.kti:1: is in GERMAN, but the language given is FRENCH"},
       {"kcarry", "new.kti t.txt a.txt x.kti", "new.kti:1: has the format of version 3"},
       {"kcarry", "damaged.kti t.txt a.txt x.kti", "damaged.kti:1: the first line is not a header"},
+      {"kcarry", "odd.kti t.txt a.txt x.kti", "odd.kti:1: the first line is not a header"},
+      {"kalign", "--model /dev/zero job.txt t.txt x.kti", "/dev/zero: is no model"},
       {"kcarry", "-LANGUAGE de job.kti t.txt a.txt x.kti",
        "job.kti:1: is in ENGLISH, but the language given is GERMAN"},
   };
