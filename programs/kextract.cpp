@@ -32,7 +32,7 @@ void extract(const char *sentences, const char *page) {
 constexpr const char *purpose =
     "Takes the HTML page PAGE apart and writes\n"
     "  JOB.kti           its sentences, numbered, with format codes\n"
-    "  JOB.txt           their words, one sentence a line, in UTF-8, for the translation\n"
+    "  JOB.txt           their words, one sentence per line, in UTF-8, for the translation\n"
     "  JOB.anc, JOB.anx  everything else: anchor text and anchor index\n"
     "With '-' for PAGE, standard input is read.\n";
 
@@ -51,7 +51,7 @@ constexpr Option options[] = {
      "'#' in FORM is its number there"},
     {"translate-code", nullptr, &translate_code,
      "offer the text of code, kbd, samp and tt for translation, too"},
-    {"encoding", "NAME", &encoding, "the encoding of a page that does not say it (utf-8)"},
+    {"encoding", "NAME", &encoding, "the encoding of a page that does not declare one (utf-8)"},
 };
 
 }  // namespace

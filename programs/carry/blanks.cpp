@@ -13,7 +13,7 @@ struct Blanks {
   const Side &source;
   std::u32string_view text;
   std::unordered_map<int32_t, const Point *> points;  // those that are whole, by their numbers
-  bool at_edges = false;                              // of the text: its words are parted by blanks
+  bool at_edges = false;                              // of the text: blanks separate its words
 
   const Point *point_of(const Code &code) const {
     if (code.is_font()) return nullptr;

@@ -11,7 +11,7 @@ enum class CharKind : uint8_t {
   digit,
   upper,     // an upper-case letter
   letter,    // any other letter, and what combines with one
-  unspaced,  // a letter of a script that is not parted from others by blanks: Han, Kana, Hangul,
+  unspaced,  // a letter of a script without blanks between words: Han, Kana, Hangul,
              // ...
 };
 
@@ -21,7 +21,7 @@ const CharKind *kinds_of_common_characters();
 
 CharKind kind_of(char32_t character);
 
-// Letters and digits: what a word is about. The rest stands around them.
+// Letters and digits, which make up a word; all other characters are around them.
 constexpr bool is_core(CharKind kind) { return kind >= CharKind::digit; }
 
 // The same for characters that translations exchange: a letter without its case, '"' for all

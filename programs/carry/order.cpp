@@ -1,5 +1,5 @@
-// Spans form a tree in the source. From its leaves to its root, what one span contains is
-// parted and then taken in by the span; so every pair comes out well nested.
+// Spans form a tree in the source. From its leaves to its root, the spans in one span are separated
+// and then included in that span; so every pair comes out well nested.
 #include "programs/carry/order.h"
 
 #include <algorithm>
@@ -36,7 +36,7 @@ void drop(Span &span) {
   span.target.end = span.target.begin;
 }
 
-// Two spans that want the same place, though both have a text of their own.
+// Two spans with the same place, though both have a text of their own.
 void share_place(Ordering &ordering, Span &first, Span &second) {
   if (!exclude_each_other(first, second)) return;
   const Side &target = ordering.target;
@@ -54,7 +54,7 @@ void share_place(Ordering &ordering, Span &first, Span &second) {
   if (second.is_font()) drop(second);
 }
 
-// Parts two neighbours, of which `first` begins earlier, or together and ends later.
+// Separates two neighbours, of which `first` begins earlier, or together and ends later.
 void part(Ordering &ordering, Span &first, Span &second) {
   if (first.target.end <= second.target.begin || overlap_in_source(first, second)) return;
   if (first.target == second.target) return share_place(ordering, first, second);
@@ -73,7 +73,7 @@ void part(Ordering &ordering, Span &first, Span &second) {
   }
 }
 
-// Parts the spans of one parent, of which `first` is the first.
+// Separates the spans of one parent, of which `first` is the first.
 void part_children(Ordering &ordering, uint32_t first) {
   if (first == no_span || ordering.next_child[first] == no_span) return;
   std::vector<uint32_t> &children = ordering.order;
@@ -104,7 +104,7 @@ void take_in(Span &parent, const Span &child) {
   parent.target.end = std::max(parent.target.end, child.target.end);
 }
 
-// What parting has taken from a span its children have lost, too.
+// What separating has taken from a span its children lose, too.
 void keep_inside(const Span &parent, Span &child) {
   if (child.dropped) return;
   if (parent.dropped) {
@@ -159,7 +159,7 @@ void take_blanks_in(const Side &target, Markup &markup) {
 }
 
 // Halves of spans come in the order of the page, and at the edge of an outermost span that
-// they would tear.
+// they would split.
 void settle_halves(Ordering &ordering) {
   Markup &markup = ordering.markup;
   std::vector<uint32_t> &outer = ordering.order;

@@ -6,8 +6,8 @@
 
 namespace klib::programs {
 
-// Lets spans contain what they contain in the source, keeps those apart that are apart there,
-// and moves points to where no span that does not contain them is torn by them.
+// Makes spans contain what they contain in the source, keeps those apart that are apart there, and
+// moves points to where they split no span that does not contain them.
 void settle_order(const Side &source, const Side &target, Markup &markup);
 
 // Writes the codes of the spans and points to `codes`, in their order.

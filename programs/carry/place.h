@@ -17,7 +17,7 @@ struct Placement {
   Evidence evidence;
   std::vector<Code> codes;  // the result: codes between the characters of target.text
 
-  // What is told about the sentence.
+  // What is reported about the sentence.
   int64_t dropped_fonts = 0;
   int64_t fallback_anchors = 0;  // none of whose own words is aligned
 };

@@ -1,7 +1,7 @@
-// The text of a span that is in the translation as it is belongs there. Other spans go to
-// the stretch of the translation for which most speaks: each word that is aligned with one inside
-// the span speaks for it, each word between that is aligned with others speaks against it, and
-// each that is aligned with nothing a little. So a stray pair of the alignment, far from the rest,
+// A span whose text is in the translation as it is goes there. Other spans go to the stretch of
+// the translation with the best sum: each word that is aligned with one inside the span counts for
+// it, each word between that is aligned with others counts against it, and each that is aligned
+// with nothing counts against it a little. So a stray pair of the alignment, far from the rest,
 // moves nothing, and a gap is filled unless its words clearly belong to something else.
 #include "programs/carry/projection.h"
 
@@ -26,7 +26,7 @@ Words words_of(const Side &source, Range span) {
   return {source.word_at[begin], source.word_at[end - 1]};
 }
 
-// Whether nothing goes on that would be part of the same word.
+// Whether the word ends here: nothing that follows is part of it.
 bool ends_there(const Side &side, uint32_t end) {
   if (end == side.size() || side.is_blank(end) || is_hyphen(side.text[end])) return true;
   if (side.kinds[end] == CharKind::mark) {
@@ -62,9 +62,9 @@ Range first_word_of(const Side &source, Range text) {
 }
 
 // Finds the text of the span in the translation. Where it occurs as often as in the source, it is
-// the occurrence that is as many-th; else the one that the alignment names, or if there is none,
-// the one that is as many-th or the only one. An occurrence inside a word is not counted; what the
-// words have then belongs to them.
+// the occurrence with the same number; else the one that the alignment names, or if there is none,
+// the one with the same number or the only one. An occurrence inside a word is not counted; what
+// the words have then belongs to them.
 bool find_same_text(const Projection &projection, Range span, Range &found) {
   const Side &source = projection.sides.source, &target = projection.sides.target;
   const Evidence &evidence = projection.evidence;

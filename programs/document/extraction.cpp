@@ -1,4 +1,4 @@
-// A document as the files of a job. Everything that is no sentence becomes an anchor: what is
+// A document as the files of a job. Everything that is not a sentence becomes an anchor: what is
 // between two sentences one between their frames, markup inside a sentence one or a font in its
 // frame. docs/file-formats.md describes the files.
 #include "programs/document/extraction.h"
@@ -333,7 +333,7 @@ void begin_spellings(Extraction &job) {
   write_spellings(job);
 }
 
-// Adds an atom as a word that stands for it, apart from letters around it.
+// Adds an atom as a word that represents it, separated from letters around it.
 void add_atom(Extraction &job, const Item &item, bool letter_follows) {
   const int32_t number = job.anchors.add(Anchor::kept, with_slots(job, item.begin, item.end));
   std::u32string &text = job.sentence.text;
@@ -385,14 +385,14 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
   write_values(job, job.written);
 }
 
-// Gives the files their names, all or none: an old JOB.kti goes first, the new one comes last.
+// Renames the files, all or none: an old JOB.kti is removed first, the new one comes last.
 void publish(Extraction &job) {
   OutputFile *const files[] = {&job.txt, &job.anchors.text(), &job.anchors.index(), &job.kti};
   job.kti.remove_old();
   publish_all(files);
 }
 
-// Completes the files with the mark of their content, and gives them their names.
+// Completes the files with the mark of their content, and renames them.
 void finish(Extraction &job, const JobHeader &header) {
   job.mark.add(job.anchors.mark().text());
   const std::string mark = job.mark.text();

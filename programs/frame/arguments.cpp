@@ -23,7 +23,7 @@ struct Reading {
   int next = 1;  // of the arguments
 };
 
-// Tells what is wrong with the arguments, in any bytes.
+// Reports what is wrong with the arguments, in any bytes.
 KLIB_PRINTF(2, 3) bool bad(const Reading &reading, const char *format, ...) {
   char message[512];
   va_list arguments;
@@ -180,7 +180,7 @@ Arguments read_arguments(const Program &program, int argc, char **argv) {
   bool help = false, version = false;
   const Option common[] = {
       {"report", "FILE", &arguments.report,
-       "write what is told, and the totals, to FILE as lines of JSON"},
+       "write the messages and totals to FILE as lines of JSON"},
       {"quiet", nullptr, &arguments.quiet, "print problems only"},
       {"help", nullptr, &help, "print this text"},
       {"version", nullptr, &version, "print the version"},

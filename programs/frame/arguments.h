@@ -21,7 +21,7 @@ struct Arguments {
 };
 
 // Reads the arguments, stores the values of the program's options in their places, and prints what
-// --help and --version ask for. What is wrong is told.
+// --help and --version ask for. What is wrong is reported.
 Arguments read_arguments(const Program &program, int argc, char **argv);
 
 }  // namespace klib::programs

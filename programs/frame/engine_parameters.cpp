@@ -1,5 +1,5 @@
-// The names of the library's parameters: it tells them to nobody but its log, so they are written
-// here once more, and a test compares both.
+// The names of the library's parameters. It writes them only to its log, so they are repeated here,
+// and a test compares both.
 #include "programs/frame/engine_parameters.h"
 
 #include <algorithm>
@@ -71,11 +71,11 @@ std::string check_value(const EngineParameter &parameter, std::string &value) {
   if (parameter.is_number) return check_number(parameter, value);
   if (name == "LANGUAGE" || name == "SOURCE-LANGUAGE" || name == "TARGET-LANGUAGE") {
     const std::string language = language_name(value);
-    if (language.empty()) return "is no language; languages are\n" + list_of_languages();
+    if (language.empty()) return "is not a language; languages are\n" + list_of_languages();
     value = language;
   }
   if (name == "LOG-PATHNAME" && !value.empty() && !has_type(value))
-    return "is no name for a log: it must end in a dot and a three-character type";
+    return "is not a name for a log: it must end in a dot and a three-character type";
   return "";
 }
 

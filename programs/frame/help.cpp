@@ -1,5 +1,5 @@
-// The text of --help is made of the program's own tables and of those of all programs, within 80
-// columns.
+// The text of --help is made from the program's own tables and from those of all programs, within
+// 80 columns.
 #include "programs/frame/help.h"
 
 #include <cerrno>

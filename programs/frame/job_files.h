@@ -18,7 +18,7 @@ void check_job_files(std::span<const std::string> inputs, std::span<const std::s
 void check_own_outputs(std::span<const std::string> names, const char *report);
 
 // Ends the job when a regular file of this name exists, holds something, and is not of the
-// programs' own making, as far as its first bytes tell: `why` it is not replaced, such as "is no
+// programs' own making, as far as its first bytes show: `why` it is not replaced, such as "is no
 // report".
 void check_replaced(const std::string &name, bool (*is_ours)(std::string_view first_bytes),
                     const char *why);

@@ -49,7 +49,7 @@ struct Run {
 constinit Run *run = nullptr;
 constinit int ending_signal = 0;  // of the process's run, or 0
 
-// Gives scripts what is told while it lives.
+// While it lives, messages are also written for scripts.
 struct ToScripts {
   explicit ToScripts(FILE *stream) { tell_scripts(stream); }
   ~ToScripts() { tell_scripts(nullptr); }
@@ -97,7 +97,7 @@ template <class Work>
 void guarded(Work work) {
   try {
     work();
-  } catch (const Failed &) {  // told where it happened
+  } catch (const Failed &) {  // reported where it happened
   } catch (const std::bad_alloc &) {
     end_without_memory();
   }
@@ -144,7 +144,7 @@ void check_parameters(const char *file) {
     const EngineParameter *row = find_parameter(is_source ? "LANGUAGE" : "TARGET-LANGUAGE");
     const std::string given = value, fault = check_value(*row, value);
     if (!fault.empty())
-      fail(file, 0, "%s in the parameter files: '%s' is no language", row->name, given.c_str());
+      fail(file, 0, "%s in the parameter files: '%s' is not a language", row->name, given.c_str());
     set_parameter(name, value);
   }
 }

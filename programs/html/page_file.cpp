@@ -34,7 +34,7 @@ std::string read_file(const char *name) {
   return bytes;
 }
 
-// What a meta element says, or an empty text.
+// What a meta element declares, or an empty text.
 std::string_view declared_by(std::string_view tag) {
   const std::string_view charset = attribute(tag, "charset");
   if (!charset.empty() || !equal_names(attribute(tag, "http-equiv"), "content-type"))
@@ -46,7 +46,7 @@ std::string_view declared_by(std::string_view tag) {
   return content.substr(i, content.find_first_of(" \t\r\n\f;\"'", i) - i);
 }
 
-// What an XML declaration at the beginning of the page says, or an empty text.
+// What an XML declaration at the beginning of the page declares, or an empty text.
 std::string_view declared_by_xml(std::string_view head) {
   constexpr std::string_view word = "encoding";
   if (!head.starts_with("<?xml")) return {};

@@ -1,6 +1,6 @@
-// Elements end as in the standard, as far as that matters for the end of a protected one: by their
-// end tag, by the end tag of a block around them, and where their end tag may be left out by what
-// ends them then.
+// Elements end as in the standard, as far as that matters for the end of a protected one: at their
+// end tag, at the end tag of a block around them, and, where their end tag may be left out, at
+// whatever ends them then.
 #include "programs/html/protection.h"
 
 #include <algorithm>

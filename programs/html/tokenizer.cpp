@@ -85,7 +85,7 @@ size_t end_of_comment(std::string_view page, size_t i) {
   return page.size();
 }
 
-size_t behind(std::string_view page, char c, size_t i) {
+size_t after(std::string_view page, char c, size_t i) {
   const size_t found = page.find(c, i);
   return found == std::string_view::npos ? page.size() : found + 1;
 }
@@ -139,7 +139,7 @@ Token next_token(std::string_view page, size_t position) {
     if (c == '/' && i + 2 < page.size() && is_letter(page[i + 2]))
       return tag(page, i, i + 2, Token::end_tag);
     const size_t end =
-        page.substr(i).starts_with("<!--") ? end_of_comment(page, i + 4) : behind(page, '>', i);
+        page.substr(i).starts_with("<!--") ? end_of_comment(page, i + 4) : after(page, '>', i);
     return {Token::other, i, end, {}};
   }
   size_t end = page.find('<', i + 1);

@@ -1,5 +1,5 @@
-// Splits an HTML page into text and markup by the tokenization rules of the HTML standard, giving
-// the exact bytes of every piece: the pieces, one after the other, are the page.
+// Splits an HTML page into text and markup by the tokenization rules of the HTML standard, with the
+// exact bytes of every piece: the pieces, one after the other, are the page.
 #pragma once
 
 #include <cstddef>

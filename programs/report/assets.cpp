@@ -1,5 +1,5 @@
 // The style and the script of the report. The policy of the file names the script by its hash, so a
-// change here needs the new one, which the test of the report tells.
+// change here needs the new one, which the test of the report shows.
 #include "programs/report/assets.h"
 
 namespace klib::programs {

@@ -110,7 +110,7 @@ void append_head(const ReportPage &page, std::string &html) {
   html += "</h2>";
 }
 
-// What was told of the page as a whole, in full.
+// The messages about the page as a whole, in full.
 void append_page_notes(const NotesBySentence &notes, std::string &html, ReportTotals &totals) {
   const auto [first, last] = notes.equal_range(no_sentence);
   for (auto it = first; it != last; ++it) {

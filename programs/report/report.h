@@ -1,9 +1,9 @@
 // The report of a run: one HTML file that needs nothing else.
 //
 // Every sentence has its number, its source and its result, with brackets for the elements, words
-// that show their partners, the matrix of the alignment, and what was told of it. All of that is in
-// the file as plain markup; its script only moves what is there. Text of pages is escaped, and the
-// file's own content security policy lets no other script run and nothing be fetched.
+// that show their partners, the matrix of the alignment, and the messages about it. All of that is
+// in the file as plain markup; its script only moves what is there. Text of pages is escaped, and
+// the file's own content security policy lets no other script run and nothing be fetched.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace klib::programs {
 
-// What was told of a sentence, or of a page as a whole.
+// A message about a sentence, or about a page as a whole.
 struct ReportNote {
   int64_t sentence;   // its number; no_sentence: the page
   const char *badge;  // one of the names that badge_of() returns

@@ -40,7 +40,7 @@ inline Block block_at(const Subject &subject, size_t base, std::array<uint8_t, b
   return {tail.data(), &subject, base, inside, inside << 1 | 1};
 }
 
-// The bytes `from` to `from` + 63 of the text; NULs stand for those outside it.
+// The bytes `from` to `from` + 63 of the text, with NULs for those outside it.
 inline std::array<uint8_t, block_size> bytes_from(const Subject &subject, ptrdiff_t from) {
   std::array<uint8_t, block_size> bytes{};
   const auto length = static_cast<ptrdiff_t>(subject.length);

@@ -2,8 +2,8 @@
 // same length and the same distance from its group.
 //
 // With C the bytes that an item consumes and S the positions where it begins: a position comes of
-// age when it lies `least` behind an S and C is unbroken between. The item ends where a star from
-// these positions would, as long as the latest of them is not more than `most - least` behind. (In
+// age when it lies `least` after an S and C is unbroken between. The item ends where a star from
+// these positions would, as long as the latest of them is not more than `most - least` back. (In
 // an unbroken run the latest one reaches farthest, so the others need not be remembered.)
 //
 // Tested by regex_test.cpp.
@@ -24,7 +24,7 @@ uint64_t first_ones(uint64_t count) {
   return count < 64 ? (uint64_t{1} << count) - 1 : all_positions;
 }
 
-// The positions up to `distance` behind each of the set.
+// The positions up to `distance` after each of the set.
 uint64_t smear(uint64_t set, uint64_t distance) {
   if (distance >= 63) return set | (0 - set);
   for (uint64_t done = 0; done < distance;) {
@@ -64,8 +64,8 @@ Window &window_at(Walk &walk, const uint8_t *item) {
                                         : make_window(walk, item, counts_of(item));
 }
 
-// Tells the back-references that are counted from those whose text can vary in length. Items whose
-// width never varies form a stretch; in it, widths are distances.
+// Separates the back-references that are counted from those whose text can vary in length. Items
+// whose width never varies form a stretch; in it, widths are distances.
 void find_references(Walk &walk) {
   struct Group {
     const uint8_t *start, *stop;

@@ -26,7 +26,7 @@ inline constexpr uint8_t no_set = UINT8_MAX;
 // An item that is counted, and its state between two blocks.
 struct Window {
   Counts counts;
-  ptrdiff_t distance;               // of a back-reference: how far behind its group it stands
+  ptrdiff_t distance;               // of a back-reference: how far after its group it is
   std::array<uint64_t, 5> entries;  // positions where it began whose run is unbroken; 0: this block
   uint64_t age;  // from the latest position that came of age to the block's first position
 };
@@ -47,14 +47,14 @@ inline void set_made(Made &made, size_t at) { made[at / 64] |= uint64_t{1} << at
 struct Walk {
   const uint8_t *items, *end_item;
   bool backward;        // items and text are both turned round
-  const uint8_t *live;  // behind the last item that hands something on to the next block
+  const uint8_t *live;  // after the last item that passes something on to the next block
   std::array<uint8_t, form_size> carry;  // what that is, for the items before `live`
   // Of the items whose bit is set in `sets_made` or `windows_made`, the set and the window.
   Made sets_made, windows_made;
   std::array<uint8_t, form_size> set_of, window_of;
   size_t sets, windows, ranges;  // in use
   size_t words_base;             // the block for which these are made, 1 when there is none:
-  uint64_t words, words_behind;  // bytes of words, and positions behind one
+  uint64_t words, words_behind;  // bytes of words, and positions after one
   std::array<uint8_t, block_size> tail;  // the last block, when the text ends in it
   size_t references;                     // back-references whose text can vary in length
   Reference reference;                   // the last of them
@@ -92,8 +92,8 @@ void clear(Window &window);
 Window &make_window(Walk &walk, const uint8_t *item, Counts counts);
 [[nodiscard]] Window &window_at(Walk &walk, const uint8_t *item);
 
-// Tells the back-references that are counted from those whose text can vary in length, and makes
-// the windows of the counted ones.
+// Separates the back-references that are counted from those whose text can vary in length, and
+// makes the windows of the counted ones.
 void find_references(Walk &walk);
 
 [[nodiscard]] uint64_t advance_counted(uint64_t positions, uint64_t members, Window &window,
@@ -121,7 +121,7 @@ uint64_t advance(Walk &walk, const uint8_t *first, const uint8_t *past, const Bl
                  uint64_t positions);
 
 // Whether the expression, which begins with the stretch, matches somewhere, each back-reference
-// whose text can vary in length standing for any bytes that its group can match.
+// whose text can vary in length taken for any bytes that its group can match.
 [[nodiscard]] bool may_match(Walk &walk, bool anchored, const Stretch &start,
                              const Subject &subject);
 

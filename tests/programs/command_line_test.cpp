@@ -33,7 +33,7 @@ TEST_F(CommandLine, WhatIsReadAndWhatIsRefused) {
       {"-KTI-STEP 0", 1, "kmerge: -KTI-STEP: '0' is less than 1, the least that works\n"},
       {"-KTI-WIDTH 4294967296", 1, "kmerge: -KTI-WIDTH: '4294967296' has more than 32 bits\n"},
       {"-LOG-PATHNAME a", 1,
-       "kmerge: -LOG-PATHNAME: 'a' is no name for a log: it must end in a dot and a "
+       "kmerge: -LOG-PATHNAME: 'a' is not a name for a log: it must end in a dot and a "
        "three-character type\n"},
       {"a b.anc c", 1, "kmerge: the name must end in a dot and a three-character type: a\n"},
       {"a.kti '' c", 1, "kmerge: a file name is empty\n"},

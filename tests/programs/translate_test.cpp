@@ -289,7 +289,7 @@ TEST_F(Translate, TheFirstPagesParameterFiles) {
             "");
   EXPECT_EQ(read("out/r.txt"), "<p>Привет <b>мир</b>.</p>");
   EXPECT_EQ(run("ktranslate", "--copy --quiet --out-dir out site/sub/b.html site/a.html").errors,
-            "ktranslate: LANGUAGE in the parameter files: 'Russisch' is no language\n");
+            "ktranslate: LANGUAGE in the parameter files: 'Russisch' is not a language\n");
 }
 
 TEST_F(Translate, AnInterruptedRunLeavesNothing) {
