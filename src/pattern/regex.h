@@ -130,6 +130,11 @@ class Bitmap {
       words_[last / 64] |= to;
     }
   }
+  // Those of the values 0 to 63, and 64 to 127, whose bit is set.
+  void add_words(uint64_t low, uint64_t high) {
+    words_[0] |= low;
+    words_[1] |= high;
+  }
   void add(const Bitmap &other) {
     for (size_t i = 0; i < words_.size(); ++i) words_[i] |= other.words_[i];
   }
@@ -156,16 +161,20 @@ struct Expression {
   std::array<uint8_t, form_size> items;
 };
 
-// The compiled expressions of a search: the last one without an error, and room for the next.
+// The compiled expression of a search, and the text of the last one without an error.
 struct Compiled {
-  std::array<Expression, 2> forms;
-  const Expression *last = nullptr;  // one of them
+  Expression form;
+  const char *last = nullptr;
 };
 
-// Compiles up to the first NUL or newline; the empty expression stands for the last one compiled.
+// Compiles up to the first NUL or newline; the empty expression stands for the last one.
 // Result: the expression, valid until the next one is compiled. After an error, which is reported,
 // null; `compiled.last` then stays as it is.
 const Expression *regex_compile(const char *text, Compiled &compiled);
+
+// Whether an expression has no error and only bytes that stand for themselves, so that it matches
+// wherever a text has them.
+[[nodiscard]] bool is_plain(const char *expression);
 
 // A text to be searched.
 struct Subject {
@@ -182,12 +191,12 @@ struct Subject {
 struct Groups {
   std::array<const uint8_t *, most_groups> start, stop;  // of the text that each group matched
   std::array<const uint8_t *, most_groups> end_item;     // each group's end in the compiled form
-  uint64_t steps_left;                                   // 0 when they did not suffice
+  int64_t steps_left;                                    // 0 or less: they did not suffice
 };
 
 // Prepares for a search with this compiled form. A step is an item that is tried at a position, or
 // some bytes that a repetition passes.
-void set_up(Groups &groups, const Expression &expression, uint64_t most_steps = UINT64_MAX);
+void set_up(Groups &groups, const Expression &expression, int64_t most_steps = INT64_MAX);
 
 // Whether the items from `item` on match at the position. False, too, when the steps do not suffice
 // to find out.

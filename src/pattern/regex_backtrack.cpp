@@ -127,6 +127,7 @@ bool lengths_fit(const Subject &subject, const Groups &groups, const uint8_t *it
 // An item without repetition: whether it matches at the position, which moves behind it.
 bool match_once(const Subject &subject, Groups &groups, const uint8_t *item,
                 const uint8_t *&position) {
+  if (*item == literal) return *position++ == item[1];  // the usual one; a table jump is dearer
   switch (*item) {
     case group_start:
       groups.start[item[1]] = position;
@@ -143,7 +144,7 @@ bool match_once(const Subject &subject, Groups &groups, const uint8_t *item,
     case back_reference: {
       if (!lengths_fit(subject, groups, item, position)) return false;
       const std::string_view text = group_text(groups, item);
-      groups.steps_left -= std::min<uint64_t>(groups.steps_left, text.size() / 64);
+      groups.steps_left -= static_cast<int64_t>(text.size() / 64);
       if (!stands_at(text, subject, position)) return false;
       position += text.size();
       return true;
@@ -168,7 +169,7 @@ const uint8_t *deciding_item(const uint8_t *item) {
   }
 }
 
-void set_up(Groups &groups, const Expression &expression, uint64_t most_steps) {
+void set_up(Groups &groups, const Expression &expression, int64_t most_steps) {
   groups.steps_left = most_steps;
   for (const uint8_t *item = expression.items.data(); *item != end; item = next_item(item))
     if (*item == group_end) groups.end_item[item[1]] = item;
@@ -179,15 +180,14 @@ bool regex_match_at(const Subject &subject, Groups &groups, const uint8_t *posit
   std::array<Frame, form_size> frames;
   size_t depth = 0;
   while (*item != end) {
-    if (groups.steps_left == 0 || --groups.steps_left == 0) return false;
+    if (--groups.steps_left <= 0) return false;
     if (repetition_of(*item) == 0) {
       if (match_once(subject, groups, item, position)) {
         item = next_item(item);
         continue;
       }
     } else if (Run run; find_run(subject, groups, item, position, run)) {
-      const auto passed = static_cast<uint64_t>(run.longest - position);
-      groups.steps_left -= std::min(groups.steps_left, passed / 8);
+      groups.steps_left -= (run.longest - position) / 8;
       item = next_item(item);
       if (run.shortest == run.longest) {
         position = run.longest;

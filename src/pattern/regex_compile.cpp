@@ -111,7 +111,14 @@ Error put_bracket(Compilation &c) {
   uint8_t previous = 0;
   const char *at = c.at;
   for (const char *const first = at;; ++at) {
-    for (; plain_member[u8(*at)]; ++at) bitmap.add(previous = u8(*at));
+    uint64_t low = 0, high = 0;  // in registers, where an addition need not wait for the last one
+    for (; plain_member[u8(*at)]; ++at) {
+      previous = u8(*at);
+      const uint64_t member = uint64_t{1} << previous % 64;
+      low |= previous < 64 ? member : 0;
+      high |= previous < 64 ? 0 : member;
+    }
+    bitmap.add_words(low, high);
     if (*at == ']' && at != first) break;
     const bool range = at != first && *at == '-' && at[1] != ']';
     if (range) ++at;
@@ -222,15 +229,17 @@ Error put_escaped(Compilation &c) {
 }
 
 Error put_literals(Compilation &c) {
-  size_t size = c.size;
-  for (; ordinary[u8(*c.at)]; ++c.at) {
-    if (size + 2 + 1 > form_size) return form_too_long;
-    const uint8_t item[] = {literal, u8(*c.at)};
-    std::memcpy(&c.form.items[size], item, sizeof item);
-    size += sizeof item;
+  uint8_t *const items = c.form.items.data();
+  uint8_t *item = items + c.size;
+  const char *at = c.at;
+  for (; ordinary[u8(*at)]; ++at, item += 2) {
+    if (item + 2 + 1 > items + form_size) return form_too_long;
+    item[0] = literal;
+    item[1] = u8(*at);
   }
-  c.size = size;
-  c.repeatable = &c.form.items[size - 2];
+  c.at = at;
+  c.size = static_cast<size_t>(item - items);
+  c.repeatable = item - 2;
   return none;
 }
 
@@ -269,18 +278,25 @@ Error compile(Compilation &c) {
 }  // namespace
 
 const Expression *regex_compile(const char *text, Compiled &compiled) {
-  Error error = none;
-  if (ends(*text)) {
-    if (compiled.last == nullptr) error = nothing_compiled_before;
-  } else {
-    Expression &form = compiled.forms[compiled.last == &compiled.forms[0] ? 1 : 0];
-    Compilation compilation{text, form};
+  const char *const expression = ends(*text) ? compiled.last : text;
+  Error error = nothing_compiled_before;
+  if (expression != nullptr) {
+    Compilation compilation{expression, compiled.form};
     error = compile(compilation);
-    if (error == none) compiled.last = &form;
   }
-  if (error == none) return compiled.last;
-  Kmessage(MESSAGE_REGEX_ERROR, error);
-  return nullptr;
+  if (error != none) {
+    Kmessage(MESSAGE_REGEX_ERROR, error);
+    return nullptr;
+  }
+  compiled.last = expression;
+  return &compiled.form;
+}
+
+bool is_plain(const char *expression) {
+  constexpr ptrdiff_t most_literals = (form_size - 1) / 2;
+  const char *at = expression;
+  while (ordinary[u8(*at)]) ++at;
+  return *at == '\0' && *expression != '^' && at != expression && at - expression <= most_literals;
 }
 
 }  // namespace klib::regex

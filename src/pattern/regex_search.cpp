@@ -22,7 +22,7 @@ bool match_anywhere(const Expression &expression, const Subject &subject, Groups
   const uint8_t *decides = deciding_item(first);
   const uint8_t *past = subject.text + subject.length + 1;
   if (expression.anchored) return regex_match_at(subject, groups, subject.text, first);
-  for (const uint8_t *at = subject.text; at != past && groups.steps_left != 0; ++at) {
+  for (const uint8_t *at = subject.text; at != past && groups.steps_left > 0; ++at) {
     if (decides != nullptr && *decides == literal) {
       const auto left = static_cast<size_t>(past - at);
       at = static_cast<const uint8_t *>(std::memchr(at, decides[1], left));
@@ -36,16 +36,16 @@ bool match_anywhere(const Expression &expression, const Subject &subject, Groups
 // Backtracking is the quickest on most texts with back-references. On others sets have to decide.
 bool match_references(const Expression &expression, const Stretch &start, const Subject &subject) {
   Groups groups;
-  set_up(groups, expression, 64 + 4 * subject.length);
+  set_up(groups, expression, 64 + 4 * static_cast<int64_t>(subject.length));
   if (match_anywhere(expression, subject, groups)) return true;
-  if (groups.steps_left != 0) return false;
+  if (groups.steps_left > 0) return false;
   Walk walk;
   begin(walk, expression);
   if (!may_match(walk, expression.anchored, start, subject)) return false;
   if (walk.references == 0) return true;
   if (walk.references == 1 && subject.length <= longest_for_sets)
     return match_one_reference(walk, expression.anchored, subject);
-  groups.steps_left = UINT64_MAX;
+  groups.steps_left = INT64_MAX;
   return match_anywhere(expression, subject, groups);
 }
 
@@ -101,6 +101,11 @@ int32_t find_any(const char *text, int32_t first, int32_t count, char **expressi
   Compiled compiled;
   std::optional<Subject> subject;  // once its length is needed
   for (int32_t i = first; i < count; ++i) {
+    if (is_plain(expressions[i])) {
+      if (std::strstr(text, expressions[i]) != nullptr) return i;
+      compiled.last = expressions[i];
+      continue;
+    }
     const Expression *expression = regex_compile(expressions[i], compiled);
     if (expression == nullptr || (expression->anchored && !begins_alike(*expression, text)))
       continue;
