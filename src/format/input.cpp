@@ -137,6 +137,9 @@ void skip_ahead(parser_frame &frame, FILE *stream, size_t length) {
     frame.string_pos += length;
 }
 
+// Bytes that the token buffer holds besides its own at its size.
+size_t token_room() { return static_cast<size_t>(token_stack().size) - token_length() - 1; }
+
 constexpr int32_t nothing_wanted = -2;
 
 // Reads from the bytes ahead, through the first one that is wanted or must be counted separately;
@@ -145,8 +148,7 @@ int32_t read_run(parser_frame &frame, FILE *stream, std::string_view ahead, uint
   byte_stack &tokens = token_stack();
   if (!has_room(tokens, 1)) [[unlikely]]
     grow_tokens(token_length() + 1);
-  const size_t room = static_cast<size_t>(tokens.size) - token_length() - 1;
-  const size_t limit = std::min(ahead.size(), room);
+  const size_t limit = std::min(ahead.size(), token_room());
   const bool counting = frame.counting != 0;
   char *const to = tokens.top;
   const uint32_t stops = wanted | (counting ? P_COUNT : 0);
@@ -206,6 +208,12 @@ int32_t next_wanted(parser_frame &frame, FILE *stream, uint32_t wanted) {
       if (byte < 0 || is_wanted(static_cast<char>(byte), wanted)) return byte;
     }
   }
+}
+
+size_t copy_text(const parser_frame &frame, uint32_t wanted) {
+  const std::string_view ahead = ahead_in_text(frame.string_pos);
+  const size_t limit = std::min(ahead.size(), token_room() - 1);
+  return copy_unwanted<true>(token_stack().top, ahead.data(), limit, wanted | codes::text_end);
 }
 
 void take_back(parser_frame &frame, size_t count) {

@@ -127,27 +127,33 @@ void begin_positions(parser_frame &frame) {
   frame.token_real_column = frame.real_column;
 }
 
-// Half of the tokens of a text read by words are single blanks, taken back before. Reads such a
-// one, and takes back the byte after it, in one step; false, with nothing done, when that is not
-// so.
-bool read_single_white(parser_frame &frame, FILE *stream) {
+constexpr int32_t all_kinds = 2 * P_LINE - 1;
+
+// Most tokens of a text read by words are single blanks, and words before a blank, of which the
+// first byte has been taken back. Reads such a one, and takes back the byte after it, in one step;
+// P_END, with nothing done, when that is not so. Not inlined: others need not save its registers.
+[[gnu::noinline]] int32_t read_blank_or_word(parser_frame &frame) {
   byte_stack &tokens = token_stack(), &pushback = pushback_stack();
-  if (stream != nullptr || (frame.flags & P_WHITE) == 0 || frame.counting != 0 ||
-      frame.string_pos == nullptr || pushback.top - pushback.base != 1 || tokens.size <= 2)
-    return false;
-  const char byte = *pushback.base, next = *frame.string_pos;
-  if (!is_white(u8(byte)) || next == '\0' || is_white(u8(next))) return false;
-  begin_positions(frame);
-  *pushback.base = next;
-  ++frame.string_pos;
+  if (frame.counting != 0 || frame.string_pos == nullptr || pushback.top - pushback.base != 1 ||
+      tokens.size <= 2)
+    return P_END;
+  const char byte = *pushback.base;
+  const bool blank = is_white(u8(byte));
+  const int32_t flags = frame.flags & all_kinds;
+  if (!blank && (byte == '\0' || code_opened_by(u8(byte), flags) != nullptr)) return P_END;
   *tokens.base = byte;
   tokens.top = tokens.base + 1;
-  deliver(frame, P_WHITE);
-  return true;
+  const size_t length = blank ? 0 : copy_text(frame, static_cast<uint32_t>(flags));
+  const char next = frame.string_pos[length];
+  if (next == '\0' || is_white(u8(next)) == blank) return P_END;
+  begin_positions(frame);
+  *pushback.base = next;
+  frame.string_pos += length + 1;
+  tokens.top += length;
+  return deliver(frame, blank ? P_WHITE : P_TEXT);
 }
 
 int32_t read_token(parser_frame &frame, FILE *stream) {
-  constexpr int32_t all_kinds = 2 * P_LINE - 1;
   begin_token(frame);
   begin_positions(frame);
   const int32_t flags = frame.flags & all_kinds;
@@ -186,7 +192,8 @@ using namespace klib::parser;
 int32_t parse(FILE *stream) {
   if (!is_open()) return P_END;
   parser_frame &frame = p_root[parser_level];
-  if (read_single_white(frame, stream)) return P_WHITE;
+  if (stream == nullptr && (frame.flags & P_WHITE) != 0)
+    if (const int32_t kind = read_blank_or_word(frame); kind != P_END) return kind;
   return memory::guarded<int32_t>(P_END, [&] { return read_token(frame, stream); });
 }
 

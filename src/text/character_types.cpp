@@ -93,8 +93,6 @@ static_assert(gapless(western_half, 0x80, 0xFF));
 static_assert(gapless(russian_half, 0x80, 0xFF));
 static_assert(gapless(greek_half, 0x80, 0xFF));
 
-using Table = std::array<uint32_t, 256>;
-
 constexpr Table expand(std::span<const Run> upper_half) {
   Table table{};
   for (const std::span<const Run> runs : {std::span<const Run>(lower_half), upper_half})
@@ -111,9 +109,13 @@ static_assert([] {
   return true;
 }());
 
+}  // namespace
+
 constexpr Table western = expand(western_half);
 constexpr Table russian = expand(russian_half);
 constexpr Table greek = expand(greek_half);
+
+namespace {
 
 // See may_be_white.
 static_assert([] {
@@ -177,10 +179,6 @@ BracketExpression bracket_expression(uint32_t mask, bool negated) {
 }
 
 }  // namespace
-
-bool is_built_in(const uint32_t *table) {
-  return table == western.data() || table == russian.data() || table == greek.data();
-}
 
 void reset() {
   c_t = western.data();

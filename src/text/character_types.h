@@ -2,6 +2,7 @@
 // for every bit.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "klib.h"
@@ -34,8 +35,13 @@ enum Type : uint32_t {
 // variable first: a store through a char pointer makes the compiler load it again.
 [[nodiscard]] inline uint32_t properties(uint8_t byte) { return c_t[byte]; }
 
+using Table = std::array<uint32_t, 256>;  // property words by byte
+extern const Table western, russian, greek;
+
 // One of the library's own tables, whose words never change; programs may install others.
-[[nodiscard]] bool is_built_in(const uint32_t *table);
+[[nodiscard]] inline bool is_built_in(const uint32_t *table) {
+  return table == western.data() || table == russian.data() || table == greek.data();
+}
 
 // Of eight bytes those that may be white in a built-in table, 00-20 and 80-FF: a bit in each.
 [[nodiscard]] inline uint64_t may_be_white(uint64_t word) {
