@@ -213,7 +213,7 @@ int32_t next_wanted(parser_frame &frame, FILE *stream, uint32_t wanted) {
 size_t copy_text(const parser_frame &frame, uint32_t wanted) {
   const std::string_view ahead = ahead_in_text(frame.string_pos);
   const size_t limit = std::min(ahead.size(), token_room() - 1);
-  return copy_unwanted<true>(token_stack().top, ahead.data(), limit, wanted | codes::text_end);
+  return copy_unwanted<true>(token_stack().top, ahead.data(), limit, wanted);
 }
 
 void take_back(parser_frame &frame, size_t count) {

@@ -92,8 +92,8 @@ const uint8_t *pass(const uint8_t *item, const uint8_t *text, const uint8_t *pos
 // The first of the places from `place` on, 16 at a time, where `a` and `b` have the two bytes. A
 // look at the last places may go back. Result: which of the 16 have them, or 0 when none has. Not
 // inlined, so that its few values stay in registers.
-[[gnu::noinline]] uint32_t next_pairs(const uint8_t *a, const uint8_t *b, const uint8_t (&bytes)[2], size_t &place,
-                    size_t places) {
+[[gnu::noinline]] uint32_t next_pairs(const uint8_t *a, const uint8_t *b, const uint8_t (&bytes)[2],
+                                      size_t &place, size_t places) {
   const Pair pair(bytes[0], bytes[1]);
   const size_t last = places - at_once;
   for (; place + at_once < last; place += 2 * at_once) {
