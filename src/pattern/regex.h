@@ -8,7 +8,7 @@
 //                        without back-references
 //   regex_backtrack.cpp  the backtracking matcher; decides expressions with back-references
 //
-// Compiled forms (numbers are byte values, quoted characters stand for themselves):
+// Compiled forms (numbers are byte values, quoted characters are bytes of text):
 //
 //   ab\{2\}c      4 'a' 7 'b' 2 2 4 'c' 22
 //   x*            5 'x' 22
@@ -46,7 +46,7 @@ enum Code : uint8_t {
 inline constexpr uint8_t zero_or_more = 1;
 inline constexpr uint8_t interval = 3;
 
-inline constexpr uint8_t unbounded = 255;           // as a greatest count stands for
+inline constexpr uint8_t unbounded = 255;           // as a greatest count means
 inline constexpr uint32_t unbounded_extra = 20000;  // this many beyond the least count
 
 inline constexpr size_t most_groups = 9;
@@ -167,12 +167,12 @@ struct Compiled {
   const char *last = nullptr;
 };
 
-// Compiles up to the first NUL or newline; the empty expression stands for the last one.
+// Compiles up to the first NUL or newline; the empty expression means the last one.
 // Result: the expression, valid until the next one is compiled. After an error, which is reported,
 // null; `compiled.last` then stays as it is.
 const Expression *regex_compile(const char *text, Compiled &compiled);
 
-// Whether an expression has no error and only bytes that stand for themselves, so that it matches
+// Whether an expression has no error and only bytes that match themselves, so that it matches
 // wherever a text has them.
 [[nodiscard]] bool is_plain(const char *expression);
 
@@ -220,7 +220,7 @@ void set_up(Groups &groups, const Expression &expression, int64_t most_steps = I
 }
 
 // The item that must match the byte at the position where the items from this one on match: a
-// literal or set that stands first. Null when there is none.
+// literal or set that comes first. Null when there is none.
 [[nodiscard]] const uint8_t *deciding_item(const uint8_t *item);
 
 // Whether a byte is a letter or a digit, in the locale of the process, or '_'.

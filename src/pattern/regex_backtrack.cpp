@@ -3,9 +3,9 @@
 // Goes through the items one by one. A repeated item first takes as little as it may; when the
 // items after it fail, it takes one repetition after the other up to as many as it can, the
 // innermost repetition first. (Only whether there is a match counts, and short texts of groups are
-// more likely to come again.) Where only one byte can follow, ends at which another byte stands are
-// passed over. No recursion: each repetition is one frame, so that the stack needed depends on the
-// expression alone.
+// more likely to occur again.) Where only one byte can follow, ends with another byte after them
+// are passed over. No recursion: each repetition is one frame, so that the stack needed depends on
+// the expression alone.
 //
 // Before a back-reference is compared, the items after it are looked at as far as the texts of
 // their groups are known: a literal, or the end of the text, at the wrong distance saves the
@@ -57,7 +57,7 @@ std::string_view group_text(const Groups &groups, const uint8_t *reference) {
   return {start, static_cast<size_t>(groups.stop[group] - groups.start[group])};
 }
 
-bool stands_at(std::string_view text, const Subject &subject, const uint8_t *position) {
+bool is_at(std::string_view text, const Subject &subject, const uint8_t *position) {
   const auto left = static_cast<size_t>(subject.text + subject.length - position);
   if (text.empty()) return true;
   return text.size() <= left && *position == static_cast<uint8_t>(text[0]) &&
@@ -76,7 +76,7 @@ bool find_run(const Subject &subject, const Groups &groups, const uint8_t *item,
     const std::string_view text = group_text(groups, item);
     run = {position, position, text.size()};
     if (text.empty()) return true;
-    for (; count < counts.most && stands_at(text, subject, at); ++count) at += text.size();
+    for (; count < counts.most && is_at(text, subject, at); ++count) at += text.size();
   } else if (code == any) {
     count = std::min<size_t>(counts.most,
                              static_cast<size_t>(subject.text + subject.length - position));
@@ -124,7 +124,7 @@ bool lengths_fit(const Subject &subject, const Groups &groups, const uint8_t *it
   return false;
 }
 
-// An item without repetition: whether it matches at the position, which moves behind it.
+// An item without repetition: whether it matches at the position, which moves past it.
 bool match_once(const Subject &subject, Groups &groups, const uint8_t *item,
                 const uint8_t *&position) {
   if (*item == literal) return *position++ == item[1];  // the usual one; a table jump is dearer
@@ -145,7 +145,7 @@ bool match_once(const Subject &subject, Groups &groups, const uint8_t *item,
       if (!lengths_fit(subject, groups, item, position)) return false;
       const std::string_view text = group_text(groups, item);
       groups.steps_left -= static_cast<int64_t>(text.size() / 64);
-      if (!stands_at(text, subject, position)) return false;
+      if (!is_at(text, subject, position)) return false;
       position += text.size();
       return true;
     }

@@ -10,8 +10,7 @@
 //
 // One pass from left to right appends items to a form of at most 128 bytes and stops at the first
 // error that it meets: room is asked for as soon as the kind of an item is known, before anything
-// else about the item is looked at. Where there is nothing to repeat, '*' and '{' stand for
-// themselves.
+// else about the item is looked at. Where there is nothing to repeat, '*' and '{' match themselves.
 //
 // Tested by regex_test.cpp.
 
@@ -43,7 +42,7 @@ enum Error : int32_t {
   form_too_long = 50,
 };
 
-// Bytes that stand for themselves wherever an item can begin.
+// Bytes that match themselves wherever an item can begin.
 constexpr std::array<bool, 256> ordinary = [] {
   std::array<bool, 256> table{};
   table.fill(true);
@@ -51,7 +50,7 @@ constexpr std::array<bool, 256> ordinary = [] {
   return table;
 }();
 
-// Members of a bracket expression that stand for themselves and leave the set narrow.
+// Members of a bracket expression that match themselves and leave the set narrow.
 constexpr std::array<bool, 256> plain_member = [] {
   std::array<bool, 256> table{};
   std::fill_n(table.begin(), 0x80, true);

@@ -69,7 +69,7 @@ Window &window_at(Walk &walk, const uint8_t *item) {
 void find_references(Walk &walk) {
   struct Group {
     const uint8_t *start, *stop;
-    size_t stretch, width_before, width_behind;
+    size_t stretch, width_before, width_after;
   };
   std::array<Group, most_groups> groups;
   size_t stretch = 0, width = 0;
@@ -82,7 +82,7 @@ void find_references(Walk &walk) {
         break;
       case group_end:
         group.stop = next_item(item);
-        group.width_behind = width;
+        group.width_after = width;
         break;
       case end_anchor:
       case word_start:
@@ -91,7 +91,7 @@ void find_references(Walk &walk) {
       case back_reference: {
         // In a group that is still open the text is empty.
         const bool empty = group.stop == nullptr;
-        const size_t length = empty ? 0 : group.width_behind - group.width_before;
+        const size_t length = empty ? 0 : group.width_after - group.width_before;
         const bool fixed = group.stretch == stretch && length <= longest_move &&
                            (length == 0 || repetition_of(*item) == 0);
         if (empty || fixed) {

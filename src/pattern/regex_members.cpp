@@ -75,15 +75,15 @@ void find_words(Walk &walk, const Block &block) {
     if (is_word_byte(text[lowest(left)])) bits |= left & (0 - left);
   walk.words_base = block.base;
   walk.words = bits;
-  walk.words_behind = bits << 1 | (block.base != 0 && is_word_byte(text[-1]) ? 1 : 0);
+  walk.after_words = bits << 1 | (block.base != 0 && is_word_byte(text[-1]) ? 1 : 0);
 }
 
 // The positions where a word starts, or ends.
 uint64_t at_word(Walk &walk, const uint8_t *item, const Block &block) {
   find_words(walk, block);
-  const uint64_t following = walk.backward ? walk.words_behind : walk.words;
+  const uint64_t following = walk.backward ? walk.after_words : walk.words;
   if (*item == word_end) return ~following;
-  const uint64_t before = walk.backward ? walk.words : walk.words_behind;
+  const uint64_t before = walk.backward ? walk.words : walk.after_words;
   const uint64_t first = block.base == 0 ? 1 : 0, last = ~block.inside & block.positions;
   return (following & ~before) | (walk.backward ? last : first);
 }

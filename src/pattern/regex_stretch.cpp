@@ -39,7 +39,7 @@ constexpr size_t at_once = 16;
 constexpr uint32_t no_pair = UINT32_MAX;
 constexpr unsigned item_bits = 7, distance_bits = 14;
 
-// Goes through literals that stand side by side, from the one at `item` on. Result: the last one.
+// Goes through literals that are side by side, from the one at `item` on. Result: the last one.
 const uint8_t *pass_literals(const uint8_t *item, const uint8_t *items, uint32_t distance,
                              uint32_t &rarest) {
   uint32_t place = distance << item_bits | static_cast<uint32_t>(item - items);

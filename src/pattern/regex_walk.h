@@ -54,7 +54,7 @@ struct Walk {
   std::array<uint8_t, form_size> set_of, window_of;
   size_t sets, windows, ranges;  // in use
   size_t words_base;             // the block for which these are made, 1 when there is none:
-  uint64_t words, words_behind;  // bytes of words, and positions after one
+  uint64_t words, after_words;   // bytes of words, and positions after one
   std::array<uint8_t, block_size> tail;  // the last block, when the text ends in it
   size_t references;                     // back-references whose text can vary in length
   Reference reference;                   // the last of them
