@@ -86,6 +86,27 @@ void append_decimal(int32_t number, std::string &text) {
   text.append(digits, result.ptr);
 }
 
+unsigned char byte_of(const CodePage &page, char32_t c) { return c < 0x10000 ? page.byte[c] : 0; }
+
+void append_characters(std::u32string_view characters, const CodePage &page, std::string &text) {
+  for (size_t i = 0; i < characters.size();) {
+    size_t end = i;
+    while (end < characters.size() && byte_of(page, characters[end]) != 0) end++;
+    const size_t size = text.size();
+    text.resize(size + end - i);
+    std::ranges::transform(characters.substr(i, end - i),
+                           text.begin() + static_cast<std::ptrdiff_t>(size),
+                           [&](char32_t c) { return static_cast<char>(byte_of(page, c)); });
+    i = end;
+    if (i == characters.size()) break;
+    const char32_t c = characters[i++];
+    if ((c & bare_flag) != 0)
+      append_alien(c & ~bare_flag, text);
+    else
+      append_character(page, c, text);
+  }
+}
+
 }  // namespace
 
 void append_anchor(int32_t number, std::string &text) {
@@ -144,6 +165,7 @@ void read_sentence(const SentenceFile &file, const CodePage &page, Sentence &sen
 }
 
 void append_sentence(const Sentence &sentence, const CodePage &page, std::string &text) {
+  const std::u32string_view characters = sentence.text;
   auto code = sentence.codes.begin();
   const auto append_codes = [&](size_t at) {
     for (; code != sentence.codes.end() && code->at == at; ++code)
@@ -152,17 +174,13 @@ void append_sentence(const Sentence &sentence, const CodePage &page, std::string
       else
         append_anchor(code->number, text);
   };
-  for (size_t i = 0; i < sentence.text.size(); i++) {
-    if (code != sentence.codes.end()) append_codes(i);
-    const char32_t c = sentence.text[i];
-    if (const unsigned char byte = c < 0x10000 ? page.byte[c] : 0; byte != 0)
-      text += static_cast<char>(byte);
-    else if ((c & bare_flag) != 0)
-      append_alien(c & ~bare_flag, text);
-    else
-      append_character(page, c, text);
+  for (size_t i = 0, end; i < characters.size(); i = end) {
+    append_codes(i);
+    end = characters.size();
+    if (code != sentence.codes.end() && code->at > i) end = std::min(end, code->at);
+    append_characters(characters.substr(i, end - i), page, text);
   }
-  append_codes(sentence.text.size());
+  append_codes(characters.size());
 }
 
 void write_frame(FILE *stream, int32_t number, std::string &text) {

@@ -254,7 +254,10 @@ void collect_words(Extraction &job) {
     }
     if (blank_is_due) job.words += ' ';
     blank_is_due = false;
-    append_utf8(c & ~bare_flag, job.words);
+    if (c < 0x80)
+      job.words += static_cast<char>(c);
+    else
+      append_utf8(c & ~bare_flag, job.words);
   }
 }
 

@@ -94,6 +94,12 @@ Item part_of(std::string_view page, const Item &item, size_t begin, size_t end) 
   if (item.kind != Item::text) return part;
   TextReader reader(page.substr(begin, end - begin));
   while (!part.lettered && !reader.at_end()) {
+    if (const std::string_view plain = reader.take_plain(); !plain.empty()) {
+      part.visible = true;
+      part.lettered = std::ranges::any_of(
+          plain, [](char c) { return is_letter_or_digit(static_cast<unsigned char>(c)); });
+      continue;
+    }
     const char32_t c = reader.next().character;
     part.lettered = is_letter_or_digit(c);
     part.visible = part.visible || !is_invisible(c);

@@ -11,15 +11,14 @@
 // has up to the mark.
 #include "programs/html/sentences.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <string>
 
 #include "klib.h"
-#include "programs/common/input_file.h"
 #include "programs/common/program.h"
+#include "programs/common/utf8.h"
 #include "programs/html/boundaries.h"
+#include "programs/html/exceptions.h"
 #include "programs/html/text_reader.h"
 
 namespace klib::programs {
@@ -31,8 +30,6 @@ constexpr std::u32string_view closing =
 constexpr std::u32string_view opening =
     U"([{\"'«‹»›“‘„‚¿¡\u3008\u300A\u300C\u300E\u3010\u3014\uFF08\uFF3B\uFF5B\uFF62";
 constexpr size_t looked_at = 64;  // bytes of a sentence in which exceptions are searched
-
-bool exceptions_loaded = false;
 
 // What a sentence has so far, for its end to be recognised.
 struct SoFar {
@@ -47,10 +44,20 @@ struct SoFar {
     if (part == SentencePart::uncased_letter) uncased = true;
   }
 
+  void add_plain(std::string_view plain) {
+    append_plain(plain, word);
+    if (uncased)
+      uncased = std::ranges::none_of(plain, [](char c) {
+        return sentence_part(static_cast<unsigned char>(c)) == SentencePart::cased_letter;
+      });
+  }
+
   void add_word(const CodePage &page) {
     if (text.size() > 64 * looked_at) text.erase(0, text.size() - looked_at);
     for (const char32_t c : word) {
-      if (c == 0xA0 || c == 0x202F)  // the blanks inside an abbreviation
+      if (const unsigned char byte = c < 0x80 ? page.byte[c] : 0; byte != 0)
+        text += static_cast<char>(byte);
+      else if (c == 0xA0 || c == 0x202F)  // the blanks inside an abbreviation
         text += ' ';
       else
         append_character(page, c, text);
@@ -61,6 +68,7 @@ struct SoFar {
 
   // The last character but for closing ones, or 0.
   char32_t mark() const {
+    if (!word.empty() && word.back() < 0x80 && is_letter_or_digit(word.back())) return word.back();
     const size_t last = word.find_last_not_of(closing);
     return last == std::u32string::npos ? 0 : word[last];
   }
@@ -89,7 +97,7 @@ bool begins_sentence(std::string_view page, const std::vector<Item> &items, size
 }
 
 bool is_exception(const CodePage &page, SoFar so_far) {
-  if (!exceptions_loaded) return false;
+  if (!has_sentence_exceptions()) return false;
   so_far.word.resize(so_far.word.find_last_not_of(closing) + 1);
   so_far.add_word(page);
   std::string &text = so_far.text;
@@ -103,7 +111,7 @@ bool is_exception(const CodePage &page, SoFar so_far) {
     const size_t blank = tail.find(' ');
     if (blank != std::string_view::npos) tail.remove_prefix(blank);
   }
-  return Kregex_search(tail.data()) == 1;
+  return is_sentence_exception(tail.data());
 }
 
 // The end of a sentence, in the page: inside an item, or right after it, or where white space
@@ -127,21 +135,34 @@ struct EndFinder {
   }
 };
 
-// Lets Unicode's rules find their ends, if there is anything for which they are asked.
+// Whether there is anything for which Unicode's rules are asked: a mark or letter beyond ASCII.
+bool needs_unicode(const EndFinder &finder) {
+  if (finder.items.empty()) return false;
+  const size_t begin = finder.items.front().begin;
+  const std::string_view raw = finder.page.substr(begin, finder.items.back().end - begin);
+  if (ascii_length(raw) == raw.size() && raw.find('&') == raw.npos) return false;
+  for (const Item &item : finder.items) {
+    if (item.kind != Item::text) continue;
+    for (TextReader reader = finder.reader(item); !reader.at_end();) {
+      if (!reader.take_plain().empty()) continue;
+      const char32_t c = reader.next().character;
+      if (c < 0x80) continue;
+      const SentencePart part = sentence_part(c);
+      if (part == SentencePart::uncased_letter || part == SentencePart::mark) return true;
+    }
+  }
+  return false;
+}
+
+// Lets Unicode's rules find their ends.
 void ask_unicode(EndFinder &finder) {
-  bool needed = false;
   for (const Item &item : finder.items) {
     if (item.kind == Item::white) finder.text += ' ';
     if (item.kind != Item::text) continue;
-    for (TextReader reader = finder.reader(item); !reader.at_end();) {
-      const char32_t c = reader.next().character;
-      finder.text += c;
-      if (c < 0x80 || needed) continue;
-      const SentencePart part = sentence_part(c);
-      needed = part == SentencePart::uncased_letter || part == SentencePart::mark;
-    }
+    for (TextReader reader = finder.reader(item); !reader.at_end();)
+      finder.text += reader.next().character;
   }
-  if (needed) find_sentence_ends(finder.text, finder.unicode_ends);
+  find_sentence_ends(finder.text, finder.unicode_ends);
 }
 
 void end_sentence(EndFinder &finder, size_t item, size_t position) {
@@ -152,6 +173,12 @@ void end_sentence(EndFinder &finder, size_t item, size_t position) {
 // Reads text, in which sentences end that go on without white space.
 void take_text(EndFinder &finder, size_t i) {
   for (TextReader reader = finder.reader(finder.items[i]); !reader.at_end();) {
+    if (finder.unicode_ends.empty()) {
+      const std::string_view plain = reader.take_plain();
+      finder.so_far.add_plain(plain);
+      finder.place += plain.size();
+      if (!plain.empty()) continue;
+    }
     finder.so_far.add_character(reader.next().character);
     const size_t place = finder.place++;
     if (finder.unicode_ends.empty() || !finder.unicode_ends[place]) continue;
@@ -288,7 +315,7 @@ void find_frames(const CodePage &code_page, std::string_view page, std::vector<I
   frames.clear();
   std::vector<End> ends;
   EndFinder finder{code_page, page, items, ends};
-  ask_unicode(finder);
+  if (needs_unicode(finder)) ask_unicode(finder);
   for (size_t i = 0; i < items.size(); i++) {
     if (items[i].kind == Item::text)
       take_text(finder, i);
@@ -303,21 +330,6 @@ void find_frames(const CodePage &code_page, std::string_view page, std::vector<I
     begin = end;
   }
   add_frame(page, items, begin, items.size(), frames);
-}
-
-void load_sentence_exceptions() {
-  const Text name(Klib_pathname("SentenceExceptions", 1), Kfree);
-  if (!name || !is_there(name.get())) return;
-  struct stat status;
-  if (stat(name.get(), &status) != 0) fail_reading(name.get());
-  exceptions_loaded = Klist_in(name.get()) == 0;
-  if (status.st_size > 0 && (!exceptions_loaded || l_length == 0))
-    fail(name.get(), 0, "cannot be read, or holds no line");
-}
-
-void free_sentence_exceptions() {
-  if (exceptions_loaded) Kdestroy_list();
-  exceptions_loaded = false;
 }
 
 }  // namespace klib::programs

@@ -14,8 +14,4 @@ namespace klib::programs {
 void find_frames(const CodePage &code_page, std::string_view page, std::vector<Item> &items,
                  std::vector<Frame> &frames);
 
-// Loads the exceptions of the language in use, if there are any, as the library's word list.
-void load_sentence_exceptions();
-void free_sentence_exceptions();
-
 }  // namespace klib::programs

@@ -2,6 +2,8 @@
 // is written if its character would turn both into a tag or another reference.
 #include "programs/html/text_reader.h"
 
+#include <array>
+
 #include "programs/common/utf8.h"
 #include "programs/html/references.h"
 
@@ -15,6 +17,14 @@ bool continues_reference(char32_t c) {
 }
 
 bool continues_tag(char32_t c) { return is_letter(c) || c == '/' || c == '!' || c == '?'; }
+
+// By byte: visible ASCII that is never part of markup or of a reference.
+constexpr auto is_plain = [] {
+  std::array<bool, 256> plain{};
+  for (size_t byte = '!'; byte <= '~'; byte++)
+    plain[byte] = byte != '<' && byte != '>' && byte != '&';
+  return plain;
+}();
 
 }  // namespace
 
@@ -38,6 +48,14 @@ TextCharacter TextReader::next() {
   else if (bare_before_ == '<' || !continues_reference(c))
     bare_before_ = 0;
   return {c, c == '<' || c == '>' || c == '&'};
+}
+
+std::string_view TextReader::take_plain() {
+  if (bare_before_ != 0) return {};
+  const size_t begin = position_;
+  while (position_ < text_.size() && is_plain[static_cast<unsigned char>(text_[position_])])
+    position_++;
+  return text_.substr(begin, position_ - begin);
 }
 
 bool is_invisible(char32_t c) {

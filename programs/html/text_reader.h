@@ -1,6 +1,7 @@
 // The characters of a page's text, references resolved.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace klib::programs {
@@ -16,6 +17,10 @@ class TextReader {
   explicit TextReader(std::string_view text) : text_(text) {}
   bool at_end() const { return position_ == text_.size(); }
   TextCharacter next();
+
+  // The visible ASCII characters that follow, as far as each is nothing but itself.
+  std::string_view take_plain();
+
   size_t position() const { return position_; }
 
  private:
@@ -23,6 +28,13 @@ class TextReader {
   size_t position_ = 0;
   char32_t bare_before_ = 0;  // '<' right before, or '&' and what may be of its reference
 };
+
+// Appends what take_plain() returned.
+inline void append_plain(std::string_view plain, std::u32string &text) {
+  const size_t size = text.size();
+  text.resize(size + plain.size());
+  for (size_t i = 0; i < plain.size(); i++) text[size + i] = static_cast<unsigned char>(plain[i]);
+}
 
 // Blanks, marks of no width and controls.
 bool is_invisible(char32_t character);

@@ -1,4 +1,7 @@
 // What kextract makes of a page.
+#include <algorithm>
+#include <filesystem>
+
 #include "workplace.h"
 
 namespace klib::test {
@@ -156,6 +159,43 @@ TEST_F(Extract, Refuses) {
   EXPECT_EQ(run("kextract", "-LIB-DIRECTORY / job.kti page.html").errors,
             "job.kti: font group \"weight\" is not declared by the parameter files: is "
             "LIB-DIRECTORY /?\n");
+}
+
+// Expressions of every form have the last word, those that say plainly how they end and others.
+TEST_F(Extract, SentenceExceptionsOfAnyForm) {
+  std::filesystem::create_directories(directory_ + "/share/EN");
+  write("share/KavroParm",
+        "\x96"
+        "FONTGROUPS=weight\xFFslant\xFF"
+        "face\xFFline\xFFheight\n");
+  static const struct {
+    const char *expression, *text;
+    bool ends;
+  } rows[] = {
+      {"\\<Xy\\.$", "a Xy. B", false},
+      {"\\<Xy\\.$", "a xy. B", true},
+      {"[A-C]y*\\.$", "a Byy. B", false},
+      {"[A-C]y*\\.$", "a B. B", false},
+      {"[A-C]y*\\.$", "a D. B", true},
+      {"^[0-9][0-9.]*\\.$", "1.2. B", false},
+      {"b[^x]\\.$", "a by. B", false},
+      {"x\\{2\\}\\.$", "a xx. B", false},
+      {"\\(ab\\)\\1\\.$", "a abab. B", false},
+      {"by", "a by. B", false},
+      {"y.$", "a by! B", false},
+      {"\xE4h\\.$", "a \u00E4h. B", false},
+      {"[]y]\\.$", "a by. B", false},
+      {"[a\\]\\.$", "a b\\. B", false},
+  };
+  for (const auto &[expression, text, ends] : rows) {
+    write("share/EN/SentenceExceptions", std::string("\\<Dr\\.$\n") + expression + "\n");
+    write("page.html", text);
+    const Outcome outcome = run(
+        "kextract", "-LIB-DIRECTORY share/ -LANGUAGE ENGLISH --encoding utf-8 job.kti page.html");
+    EXPECT_EQ(outcome.errors, "") << expression;
+    const std::string lines = read("job.txt");
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), ends ? 2 : 1) << expression << lines;
+  }
 }
 
 }  // namespace
