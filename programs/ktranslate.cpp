@@ -216,7 +216,7 @@ void translate_pages(Run &run) {
 }
 
 // Carries the markup into the translation, and puts the page together in the target language. Not
-// in its place yet: what its process tells comes first.
+// in its place yet: what its process reports comes first.
 void finish_page(const PageFiles &page) {
   const std::string source_tokens = page.source_tokens(), target_tokens = page.target_tokens();
   if (page.counts_tokens) {

@@ -318,12 +318,12 @@ TEST_F(RegularExpressions, OneBackReferenceIsDecidedInLongTexts) {
 
 TEST_F(RegularExpressions, TwoBackReferencesTakeQuadraticTime) {
   const std::string text = repeated("x", 1501);
-  for (const auto &[expression, behind, matches] : {std::tuple("\\(x*\\)x*\\1x*\\1zy", "zy", true),
+  for (const auto &[expression, ending, matches] : {std::tuple("\\(x*\\)x*\\1x*\\1zy", "zy", true),
                                                     {"\\(xx*\\)x*\\1x*\\1y", "zy", false},
                                                     {"\\(xx*\\)\\(xx*\\)\\1\\2y", "y", true},
                                                     {"^\\(xx*\\)\\(xx*\\)\\1\\2$", "", false},
                                                     {"^\\(xx*\\)\\1\\1$", "x", false}})
-    EXPECT_EQ(search_one(expression, text + behind) == 0, matches) << expression;
+    EXPECT_EQ(search_one(expression, text + ending) == 0, matches) << expression;
 }
 
 TEST_F(RegularExpressions, SearchesGoThroughTheirLists) {

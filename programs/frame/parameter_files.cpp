@@ -1,4 +1,4 @@
-// The library tells its log alone what it could not read, and goes on without it: in another
+// The library reports only to its log what it could not read, and goes on without it: in another
 // language, say. So the files are read here again, and their lines assigned again; but for those of
 // fonts, of which a second one would be another font.
 #include "programs/frame/parameter_files.h"

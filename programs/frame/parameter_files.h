@@ -13,8 +13,8 @@ struct ParameterFilePlaces {
 };
 
 // Sees to it that the parameter files of a job's first name are obeyed, which the library has read,
-// and tells scripts which there are. A file that exists and cannot be read, or that assigns what
-// does harm, ends the job (fail()): the library passes such a file over.
+// and reports to scripts which there are. A file that exists and cannot be read, or that assigns
+// what does harm, ends the job (fail()): the library passes such a file over.
 std::vector<std::string> read_parameter_files(const ParameterFilePlaces &places,
                                               const std::string &first_name);
 

@@ -8,7 +8,7 @@ namespace klib::programs {
 
 struct TextCharacter {
   char32_t character;
-  bool bare;  // a '<', '>' or '&' that stands in the page as itself
+  bool bare;  // a '<', '>' or '&' that is in the page as itself
 };
 
 // Reads text between tags, which is UTF-8 without white space. Other bytes are taken one by one.

@@ -12,12 +12,12 @@
 namespace klib::programs {
 namespace {
 
-struct Told {
+struct Fields {
   std::string severity, kind, file, text;
   int64_t line = 0, sentence = no_sentence;
 };
 
-// Reads one object; every function is false at what is no JSON.
+// Reads one object; every function returns false where the text is not JSON.
 struct JsonReader {
   std::string_view text;
   size_t at = 0;
@@ -32,7 +32,7 @@ struct JsonReader {
   bool read_string(std::string &value);
   bool read_number(int64_t &number);
   bool skip_value();
-  bool read_members(Told &told);
+  bool read_members(Fields &fields);
 };
 
 bool JsonReader::read_hexadecimal(char32_t &unit) {
@@ -103,24 +103,24 @@ bool JsonReader::skip_value() {
   return false;
 }
 
-bool JsonReader::read_members(Told &told) {
+bool JsonReader::read_members(Fields &fields) {
   if (!take('{')) return false;
   for (bool first = true; !take('}'); first = false) {
     std::string name;
     if ((!first && !take(',')) || !read_string(name) || !take(':')) return false;
     bool good;
     if (name == "severity")
-      good = read_string(told.severity);
+      good = read_string(fields.severity);
     else if (name == "kind")
-      good = read_string(told.kind);
+      good = read_string(fields.kind);
     else if (name == "file")
-      good = read_string(told.file);
+      good = read_string(fields.file);
     else if (name == "text")
-      good = read_string(told.text);
+      good = read_string(fields.text);
     else if (name == "line")
-      good = read_number(told.line);
+      good = read_number(fields.line);
     else if (name == "sentence")
-      good = read_number(told.sentence);
+      good = read_number(fields.sentence);
     else
       good = skip_value();
     if (!good) return false;
@@ -139,14 +139,14 @@ std::vector<ReportNote> read_notes(const char *name, std::span<const std::string
   std::vector<ReportNote> notes;
   for (LineReader lines(name); lines.next();) {
     JsonReader reader{lines.line()};
-    Told told;
-    if (!reader.read_members(told) || told.severity.empty())
+    Fields fields;
+    if (!reader.read_members(fields) || fields.severity.empty())
       fail(name, lines.number(), "is no record: name a file that --report has written");
-    if (told.severity == "data" || told.kind == "totals") continue;
-    if (!names.empty() && std::ranges::find(names, told.file) == names.end()) continue;
-    if (told.sentence == no_sentence && told.line > 0)
-      told.text = told.file + ":" + std::to_string(told.line) + ": " + told.text;
-    notes.push_back(make_note(told.kind, told.sentence, std::move(told.text)));
+    if (fields.severity == "data" || fields.kind == "totals") continue;
+    if (!names.empty() && std::ranges::find(names, fields.file) == names.end()) continue;
+    if (fields.sentence == no_sentence && fields.line > 0)
+      fields.text = fields.file + ":" + std::to_string(fields.line) + ": " + fields.text;
+    notes.push_back(make_note(fields.kind, fields.sentence, std::move(fields.text)));
   }
   return notes;
 }

@@ -44,7 +44,7 @@ struct Side {
   }
 };
 
-// The pairs of a line: what is none is left out, as kcarry does, which tells it.
+// The pairs of a line. What is not a pair is left out, as in kcarry, which reports it.
 std::string clean_pairs(std::string_view line) {
   std::string pairs;
   size_t position = 0;

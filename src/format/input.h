@@ -57,7 +57,7 @@ inline int32_t next_byte(parser_frame &frame, FILE *stream) {
 // P_WHITE in it, is white; that byte, or -1 at the end of the input.
 int32_t next_wanted(parser_frame &frame, FILE *stream, uint32_t wanted);
 
-// Copies the next bytes of the level's text behind the token buffer's, up to the first one that is
+// Appends the next bytes of the level's text to the token buffer's, up to the first one that is
 // wanted or white, or as far as they and one more fit; their number. Nothing has been read then.
 size_t copy_text(const parser_frame &frame, uint32_t wanted);
 

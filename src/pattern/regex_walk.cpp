@@ -64,7 +64,7 @@ uint64_t at_end(const Walk &walk, const Block &block) {
 
 }  // namespace
 
-// The carry tells that the block's first position is one of the set.
+// The carry says that the block's first position is one of the set.
 uint64_t advance_star(uint64_t positions, uint64_t members, uint8_t &carry) {
   positions |= carry;
   const uint64_t sum = (positions & members) + members;

@@ -101,7 +101,7 @@ void find_references(Walk &walk);
 
 // regex_walk.cpp
 
-// The carry tells that the block's first position is one of the set.
+// The carry says that the block's first position is one of the set.
 [[nodiscard]] uint64_t advance_star(uint64_t positions, uint64_t members, uint8_t &carry);
 
 // Makes a walk ready for the first block.
