@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <thread>
@@ -150,11 +151,16 @@ void run_on_pages(Run &run, std::vector<Task> &tasks, const std::function<void(s
       tasks, run.jobs, [&](const Place &place) { return place_for_people(run, place); }, ended);
 }
 
-// Sets an option of another program whose job is run here: a text, or whether it is given.
+// Sets an option of another program whose job is run here: a text, or whether it is given. A name
+// that the program does not have is a fault of this one.
 template <typename Value>
 void set_option(const Program &program, const char *name, Value value) {
   for (const Option &option : program.options)
-    if (strcmp(option.name, name) == 0) *std::get<Value *>(option.place) = value;
+    if (strcmp(option.name, name) == 0) {
+      *std::get<Value *>(option.place) = value;
+      return;
+    }
+  std::abort();
 }
 
 // Runs the job of another program on files, with the parameters of this one.
@@ -228,8 +234,8 @@ void finish_page(const PageFiles &page) {
   run_job(kmerge, {page.carried(), page.anchors(), page.merged()});
 }
 
-// Gives the page its name. Nothing that can fail comes after it, but for other pages and the
-// report.
+// Renames the page to its final name. Nothing that can fail comes after it, except for other pages
+// and the report.
 void publish_page(const PageFiles &page) {
   make_folders(page.result);
   OutputFile result(page.result);
