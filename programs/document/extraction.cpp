@@ -28,9 +28,15 @@ struct FrameItems {
   std::vector<int> groups;                            // of opening tags that became fonts, else -1
   std::vector<size_t> free_before, kept_before;  // visible texts of either kind before the item
   bool is_open[font_group_count] = {};           // whether a font of the group is in force
+  size_t first_text = 0, last_text = 0;          // the first and last visible texts
 
   const Item &item(size_t i) const { return items[frame.first + i]; }
   size_t size() const { return frame.last - frame.first; }
+  // White space before the first text or after the last is no part of the sentence, but of a tag
+  // beside it.
+  bool is_at_edge(size_t i) const {
+    return item(i).kind == Item::white && (i < first_text || i > last_text);
+  }
   // The place of a tag's partner, or Item::none when it is not in the frame.
   size_t partner(size_t i) const {
     const size_t place = item(i).partner;
@@ -146,7 +152,7 @@ void write_between(Extraction &job, size_t end, size_t paragraph) {
   job.written = end;
 }
 
-FrameItems look_at(const std::vector<Item> &items, const Frame &frame) {
+FrameItems look_at(const std::vector<Item> &items, const Frame &frame, bool takes_atoms) {
   FrameItems look{items, frame, {}, {}, {}, {}, {}, {}};
   const size_t size = look.size();
   look.numbers.assign(size, 0);
@@ -163,6 +169,12 @@ FrameItems look_at(const std::vector<Item> &items, const Frame &frame) {
     if (!look.item(i).is_markup()) content = i;
     look.content_after[i] = content;
   }
+  const auto is_text = [&](size_t i) {
+    return look.item(i).visible || (takes_atoms && look.item(i).atom);
+  };
+  while (!is_text(look.first_text)) look.first_text++;
+  look.last_text = size - 1;
+  while (!is_text(look.last_text)) look.last_text--;
   look.free_before.assign(size + 1, 0);
   look.kept_before.assign(size + 1, 0);
   for (size_t i = 0; i < size; i++) {
@@ -209,6 +221,14 @@ int font_of(const FrameItems &look, size_t i, size_t partner) {
   return text ? group : -1;
 }
 
+// Where the raw text of a tag begins and ends, with white space at the edge of the sentence.
+size_t begin_of_tag(const FrameItems &look, size_t i) {
+  return look.item(i > 0 && look.is_at_edge(i - 1) && i > look.last_text ? i - 1 : i).begin;
+}
+size_t end_of_tag(const FrameItems &look, size_t i) {
+  return look.item(i < look.first_text && look.is_at_edge(i + 1) ? i + 1 : i).end;
+}
+
 // Adds the markup at `i` and returns the place of the last item that it took.
 size_t add_markup(Extraction &job, FrameItems &look, size_t i) {
   const Item &item = look.item(i);
@@ -232,7 +252,7 @@ size_t add_markup(Extraction &job, FrameItems &look, size_t i) {
   } else if (item.partner != Item::none || item.reaches_out) {
     kind = item.kind == Item::open ? Anchor::opens_out : Anchor::closes_from;
   }
-  const std::string raw = with_slots(job, item.begin, look.item(last).end);
+  const std::string raw = with_slots(job, begin_of_tag(look, i), end_of_tag(look, last));
   look.numbers[i] = job.anchors.add(kind, raw, opened_by);
   if (const int group = look.groups[i]; group >= 0) {
     look.is_open[group] = true;
@@ -303,7 +323,8 @@ void add_kept_piece(Extraction &job, const FrameItems &look, size_t begin, size_
   const std::string_view raw = job.raw(look.item(begin).begin, look.item(end - 1).end);
   const int32_t number = job.anchors.add(Anchor::kept, raw);
   job.sentence.add_anchor(number);
-  for (size_t i = begin; i < end; i++) add_text(job, look.item(i));
+  for (size_t i = begin; i < end; i++)
+    if (!look.is_at_edge(i)) add_text(job, look.item(i));
   job.sentence.add_anchor(job.anchors.add(Anchor::kept_end, "", number));
 }
 
@@ -363,7 +384,7 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
   job.sentence.clear();
   job.sentence.number = static_cast<int32_t>(job.number);
   job.atoms = 0;
-  FrameItems look = look_at(items, frame);
+  FrameItems look = look_at(items, frame, !job.placeable.empty());
   for (size_t i = 0; i < look.size(); i++) {
     const size_t kept_end = end_of_kept_piece(look, i);
     if (kept_end > i) {
@@ -375,7 +396,7 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
       add_atom(job, look.item(i), is_next && look.item(next).lettered);
     } else if (look.item(i).is_markup()) {
       i = add_markup(job, look, i);
-    } else {
+    } else if (!look.is_at_edge(i)) {
       const Item &item = look.item(i);
       add_text(job, item);
       if (job.has_spellings && item.kind == Item::text)

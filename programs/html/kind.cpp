@@ -2,6 +2,7 @@
 // this room.
 #include "programs/html/kind.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "programs/common/languages.h"
@@ -77,7 +78,8 @@ void write_character(char32_t c, std::string &text) {
 }
 
 std::string closing_tag(std::string_view opening) {
-  return std::string("</").append(next_token(opening, 0).name).append(">");
+  const size_t begin = std::min(opening.find('<'), opening.size() - 1);  // after white space
+  return std::string("</").append(next_token(opening, begin).name).append(">");
 }
 
 Encoder encoder(std::string_view encoding) {

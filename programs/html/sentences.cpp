@@ -295,12 +295,12 @@ void add_frame(std::string_view page, const std::vector<Item> &items, size_t beg
   while (!items[last].visible) last--;
   Frame frame{text, last + 1};
   // An element around the whole sentence stays outside, and so does one before or after its text;
-  // one that begins or ends between belongs to the frame.
-  for (size_t i = text; i > begin && items[i - 1].is_markup(); i--) {
+  // one that begins or ends between belongs to the frame, with white space at its edge.
+  for (size_t i = text; i > begin && items[i - 1].kind != Item::text; i--) {
     const size_t partner = items[i - 1].partner;
     if (items[i - 1].kind == Item::open && partner > text && partner < last) frame.first = i - 1;
   }
-  for (size_t i = last + 1; i < end && items[i].is_markup(); i++) {
+  for (size_t i = last + 1; i < end && items[i].kind != Item::text; i++) {
     const size_t partner = items[i].partner;
     if (items[i].kind == Item::close && partner >= frame.first && partner < last)
       frame.last = i + 1;

@@ -35,6 +35,11 @@ TEST_F(Extract, FontsAnchorsAndWhatStaysOutside) {
       {"a <b>c</b > d", "[a {94}1{95}c{94}2{95} d]"},   // not how the end tag would be written
       {"a <b> c</b> d", "[a {94}1{95} c{94}2{95} d]"},  // white space at an edge
       {"a <b>c </b>d", "[a {94}1{95}c {94}2{95}d]"},
+      {"a <b><i>c</i> </b>", "[a {94}1{95}{98}slant{FF}2{99}c{98}slant{FF}0{99}{94}3{95}]"},
+      {"<i> <b>a</b> </i> d <a> c <!-- x --> </a> ",
+       "[{94}1{95}{98}weight{FF}2{99}a{98}weight{FF}0{99} {94}3{95} d {94}4{95} "
+       "c{94}5{95}{94}6{95}]"},
+      {"a <code>b </code>", "[a {94}1{95}b{94}2{95}]"},
       {"a <b>c <strong>d</strong></b> e",  // one of its own group inside
        "[a {98}weight{FF}1{99}c {94}2{95}d{94}3{95}{98}weight{FF}0{99} e]"},
       {"a <b>c <i>d</b> e</i> f",  // crossed
