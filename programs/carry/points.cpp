@@ -72,11 +72,6 @@ uint32_t shared_place(const Placing &placing, uint32_t at) {
   return place != no_position && target.is_in_run(place) ? no_position : place;
 }
 
-// For a point that only the last marks of the sentence follow.
-uint32_t before_last_marks(const Sides &sides, uint32_t at) {
-  return beside_blanks(sides, at, sides.target.core_end[sides.target.size()]);
-}
-
 // Forward over the words of the phrase that word `w` ends, to the next mark if it is this one.
 uint32_t before_mark(const Placing &placing, uint32_t place, uint32_t w, char32_t mark) {
   const Side &target = placing.sides.target;
@@ -206,15 +201,35 @@ uint32_t place_in_word(Placing &placing, Point &point) {
   return here.begin + static_cast<uint32_t>(length * (at - word.begin) / (word.end - word.begin));
 }
 
+// A point between a blank and a mark that belongs to what is before it (`here <img>, too`) goes to
+// the last word before the blank, and on to the mark; no_position when that word is not aligned.
+uint32_t place_before_mark(const Placing &placing, uint32_t at) {
+  const auto &[source, target] = placing.sides;
+  const char32_t shape = fold(source.text[at]);
+  if (source.kinds[at] != CharKind::mark || (shape != ',' && shape != '.' && shape != ')') ||
+      source.word_at[at] == 0)
+    return no_position;
+  if (source.next_core[at] == source.size())
+    return beside_blanks(placing.sides, at, target.core_end[target.size()]);
+  const uint32_t w = source.word_at[at] - 1;
+  if (!placing.evidence.is_aligned(w)) return no_position;
+  const Range here = target.words[placing.evidence.targets_of(w).back()];
+  uint32_t place = target.core_end[here.end];
+  if (place <= here.begin) place = here.end;
+  place = before_mark(placing, place, w, source.text[at]);
+  return beside_blanks(placing.sides, at, place);
+}
+
 uint32_t place(Placing &placing, Point &point) {
   const Side &source = placing.sides.source;
   const uint32_t at = point.source;
   if (at == 0) return 0;
   if (at == source.size()) return placing.sides.target.size();
   if (const uint32_t place = shared_place(placing, at); place != no_position) return place;
-  const bool ends_text = source.next_core[at] == source.size() && source.text[at] != ' ';
-  if (source.text[at - 1] == ' ')
-    return ends_text ? before_last_marks(placing.sides, at) : place_at_cut(placing, point);
+  if (source.text[at - 1] == ' ') {
+    const uint32_t place = place_before_mark(placing, at);
+    return place != no_position ? place : place_at_cut(placing, point);
+  }
   if (source.text[at] == ' ') return place_after(placing, point);
   const Range word = source.words[source.word_at[at]];
   if (at == word.begin) return place_before(placing, point);
