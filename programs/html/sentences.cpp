@@ -1,8 +1,7 @@
 // Where sentences end, after the letters of two kinds of scripts:
 //
 //   with capital letters   after '.', '!', '?', an ellipsis or ':' when white space and then a
-//   capital
-//                          letter or, but for ':', a digit follow
+//                          capital letter or, except after ':', a digit follow
 //   all others             where Unicode's rules say, with or without white space
 //
 // A mark that is none of the first kind ends sentences by Unicode's rules in any script. Closing
@@ -204,10 +203,10 @@ void take_white(EndFinder &finder, size_t i) {
     finder.so_far.add_word(finder.code_page);
 }
 
-// Splits the items inside which sentences end. In `behind` comes the number of the item behind
+// Splits the items inside which sentences end. Adds to `next_items` the number of the item after
 // each end.
 void split_items(std::string_view page, const std::vector<End> &ends, std::vector<Item> &items,
-                 std::vector<size_t> &behind) {
+                 std::vector<size_t> &next_items) {
   std::vector<Item> parts;
   std::vector<size_t> moved_to(items.size());
   auto end = ends.begin();
@@ -219,7 +218,7 @@ void split_items(std::string_view page, const std::vector<End> &ends, std::vecto
         parts.push_back(part_of(page, rest, rest.begin, end->position));
         rest = part_of(page, rest, end->position, rest.end);
       }
-      behind.push_back(parts.size());
+      next_items.push_back(parts.size());
     }
     parts.push_back(rest);
     if (end == ends.end() || end->item != i) continue;
@@ -227,7 +226,7 @@ void split_items(std::string_view page, const std::vector<End> &ends, std::vecto
       moved_to[i + 1] = parts.size();  // closing tags belong to the sentence that ends
       parts.push_back(items[i + 1]);
     }
-    behind.push_back(parts.size());
+    next_items.push_back(parts.size());
     ++end;
   }
   for (Item &item : parts)
@@ -322,10 +321,10 @@ void find_frames(const CodePage &code_page, std::string_view page, std::vector<I
     else if (items[i].kind == Item::white)
       take_white(finder, i);
   }
-  std::vector<size_t> behind;
-  if (!ends.empty()) split_items(page, ends, items, behind);
+  std::vector<size_t> next_items;
+  if (!ends.empty()) split_items(page, ends, items, next_items);
   size_t begin = 0;
-  for (const size_t end : behind) {
+  for (const size_t end : next_items) {
     add_frame(page, items, begin, end, frames);
     begin = end;
   }
