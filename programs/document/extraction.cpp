@@ -13,37 +13,12 @@
 #include "programs/common/sentence.h"
 #include "programs/common/utf8.h"
 #include "programs/document/anchor_writer.h"
+#include "programs/document/frame_items.h"
 #include "programs/document/slots.h"
 #include "programs/document/spellings.h"
 
 namespace klib::programs {
 namespace {
-
-// What is known of the items of a frame while it is written, an element for each.
-struct FrameItems {
-  const std::vector<Item> &items;
-  const Frame &frame;
-  std::vector<size_t> content_before, content_after;  // the nearest items that are no markup
-  std::vector<int32_t> numbers;                       // of anchors
-  std::vector<int> groups;                            // of opening tags that became fonts, else -1
-  std::vector<size_t> free_before, kept_before;  // visible texts of either kind before the item
-  bool is_open[font_group_count] = {};           // whether a font of the group is in force
-  size_t first_text = 0, last_text = 0;          // the first and last visible texts
-
-  const Item &item(size_t i) const { return items[frame.first + i]; }
-  size_t size() const { return frame.last - frame.first; }
-  // White space before the first text or after the last is no part of the sentence, but of a tag
-  // beside it.
-  bool is_at_edge(size_t i) const {
-    return item(i).kind == Item::white && (i < first_text || i > last_text);
-  }
-  // The place of a tag's partner, or Item::none when it is not in the frame.
-  size_t partner(size_t i) const {
-    const size_t place = item(i).partner;
-    return place != Item::none && place >= frame.first && place < frame.last ? place - frame.first
-                                                                             : Item::none;
-  }
-};
 
 // The text of a slot, as a sentence of its own.
 struct Value {
@@ -150,83 +125,6 @@ void write_between(Extraction &job, size_t end, size_t paragraph) {
   append_anchor(job.anchors.add(Anchor::single, raw), line);
   job.kti.write(line += '\n');
   job.written = end;
-}
-
-FrameItems look_at(const std::vector<Item> &items, const Frame &frame, bool takes_atoms) {
-  FrameItems look{items, frame, {}, {}, {}, {}, {}, {}};
-  const size_t size = look.size();
-  look.numbers.assign(size, 0);
-  look.groups.assign(size, -1);
-  look.content_before.resize(size);
-  look.content_after.resize(size);
-  size_t content = Item::none;
-  for (size_t i = 0; i < size; i++) {
-    if (!look.item(i).is_markup()) content = i;
-    look.content_before[i] = content;
-  }
-  content = Item::none;
-  for (size_t i = size; i-- > 0;) {
-    if (!look.item(i).is_markup()) content = i;
-    look.content_after[i] = content;
-  }
-  const auto is_text = [&](size_t i) {
-    return look.item(i).visible || (takes_atoms && look.item(i).atom);
-  };
-  while (!is_text(look.first_text)) look.first_text++;
-  look.last_text = size - 1;
-  while (!is_text(look.last_text)) look.last_text--;
-  look.free_before.assign(size + 1, 0);
-  look.kept_before.assign(size + 1, 0);
-  for (size_t i = 0; i < size; i++) {
-    const Item &item = look.item(i);
-    look.free_before[i + 1] = look.free_before[i] + (item.visible && !item.kept);
-    look.kept_before[i + 1] = look.kept_before[i] + (item.visible && item.kept);
-  }
-  return look;
-}
-
-// The end of the item at `i`, or of the element that it opens, if it can be part of a piece that
-// comes back as it is; else `i`.
-size_t end_of_kept_item(const FrameItems &look, size_t i) {
-  const Item &item = look.item(i);
-  if (!item.kept || item.kind == Item::close) return i;
-  if (item.kind != Item::open) return i + 1;
-  const size_t partner = look.partner(i);
-  return partner != Item::none && look.free_before[partner] == look.free_before[i] ? partner + 1
-                                                                                   : i;
-}
-
-// The end of the piece beginning at `i` that comes back as it is, or `i` when there is none: text
-// that is not to be translated, with the markup in it.
-size_t end_of_kept_piece(const FrameItems &look, size_t i) {
-  size_t end = i;
-  for (size_t next = i, after; next < look.size(); next = after) {
-    after = end_of_kept_item(look, next);
-    if (after == next) break;
-    if (look.kept_before[after] > look.kept_before[next])
-      end = after;
-    else if (end == i)
-      break;  // it begins with text or the tags around it
-  }
-  return end;
-}
-
-// The font group by which the element from `i` to `partner` can be said, or -1: it holds text, has
-// no white space at its edges, and is not inside a font of its group.
-int font_of(const FrameItems &look, size_t i, size_t partner) {
-  const int group = look.item(i).font_group;
-  if (group < 0 || look.is_open[group]) return -1;
-  const bool text = look.item(look.content_after[i]).kind == Item::text &&
-                    look.item(look.content_before[partner]).kind == Item::text;
-  return text ? group : -1;
-}
-
-// Where the raw text of a tag begins and ends, with white space at the edge of the sentence.
-size_t begin_of_tag(const FrameItems &look, size_t i) {
-  return look.item(i > 0 && look.is_at_edge(i - 1) && i > look.last_text ? i - 1 : i).begin;
-}
-size_t end_of_tag(const FrameItems &look, size_t i) {
-  return look.item(i < look.first_text && look.is_at_edge(i + 1) ? i + 1 : i).end;
 }
 
 // Adds the markup at `i` and returns the place of the last item that it took.

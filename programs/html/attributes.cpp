@@ -78,6 +78,24 @@ std::string_view without_quotes(std::string_view written) {
   return written;
 }
 
+// The position after white space at `i`, which may be written as a reference.
+size_t end_of_white(std::string_view value, size_t i) {
+  constexpr std::string_view references[] = {"&#9;",  "&#10;", "&#13;", "&#32;", "&#x9;",
+                                             "&#xA;", "&#xa;", "&#xD;", "&#xd;", "&#x20;"};
+  while (i < value.size()) {
+    const auto reference = std::ranges::find_if(references, [&](std::string_view text) {
+      return value[i] == '&' && value.substr(i).starts_with(text);
+    });
+    if (reference != std::end(references))
+      i += reference->size();
+    else if (is_html_white(value[i]))
+      i++;
+    else
+      break;
+  }
+  return i;
+}
+
 bool needs_quotes(char32_t c) {
   return c <= 0x20 || c == '"' || c == '\'' || c == '=' || c == '<' || c == '>' || c == '`';
 }
@@ -122,9 +140,9 @@ std::u32string read_value(std::string_view written) {
   std::u32string text;
   const std::string_view value = without_quotes(written);
   for (size_t i = 0; i < value.size();) {
-    while (i < value.size() && is_html_white(value[i])) i++;
+    i = end_of_white(value, i);
     const size_t begin = i;
-    while (i < value.size() && !is_html_white(value[i])) i++;
+    while (i < value.size() && end_of_white(value, i) == i) i++;
     if (begin == i) break;
     if (!text.empty()) text += U' ';
     for (TextReader reader(value.substr(begin, i - begin)); !reader.at_end();) {

@@ -36,6 +36,7 @@ TEST_F(Attributes, TextsAreOfferedOnceEach) {
       {"<meta name=Keywords content='a, b'><meta name=viewport content=c>"
        "<meta property=og:title content=d><meta name=twitter:title content=e>",
        "a, b/d/e/"},
+      {"<p title='&#10;a&#x9; b'>c", "a b/c/"},
       {"<table summary=a><tr><th abbr=b>c<td abbr=d>e</table><div summary=f label=g>h",
        "a/b/c/e/h/"},
       {"<select><optgroup label=a><option label=b>c</select><track label=d><p label=e>",
@@ -57,6 +58,8 @@ TEST_F(Attributes, TranslationsComeBackInTheirQuotes) {
       {"<p title=a>b", "x\nB\n", "<p title=x>B"},
       {"<p title = a>b", "x y\nB\n", "<p title = \"x y\">B"},
       {"<p title=a>b", "\xC3\xA9=\nB\n", "<p title=\"&#233;=\">B"},
+      {"<p title='a&#10;&#x9; b'>c", "x y\nB\n", "<p title='x y'>B"},
+      {"<p title='a&#10;b'>c", "a b\nB\n", "<p title='a&#10;b'>B"},
       {"<p title='a\n b'>b<p title=\"a b\">", "\nB\n", "<p title='a\n b'>B<p title=\"a b\">"},
       {"<p>a <img alt=b> c", "A C\nB\n", "<p>A <img alt=B> C"},
   };
