@@ -292,7 +292,7 @@ constexpr Option options[] = {
     {"source-tokens", "FILE", &source_tokens,
      "with --alignment: it counts the tokens of these lines, not\nthe words of the sentences"},
     {"target-tokens", "FILE", &target_tokens, "the same for the result"},
-    {"notes", "FILE", &notes, "with --html: what was told, a file that --report has written"},
+    {"notes", "FILE", &notes, "with --html: messages to show, a file that --report has written"},
 };
 
 }  // namespace

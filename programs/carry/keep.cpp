@@ -1,5 +1,5 @@
 // A change of the translation is noted for each kept element, and for each word outside of its
-// place that translates nothing but it; then the text is written anew and the codes are moved
+// place that translates nothing but it; then the text is written again and the codes are moved
 // along.
 #include "programs/carry/keep.h"
 
