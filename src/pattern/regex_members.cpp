@@ -67,8 +67,8 @@ bool are_few(uint64_t positions) {
 // the locale.
 void find_words(Walk &walk, const Block &block) {
   if (walk.words_base == block.base) return;
-  static constexpr Range ascii[] = {{'a', 'z'}, {'A', 'Z'}, {'0', '9'}, {'_', '_'}};
-  static constexpr Range others = {0x80, 0xFF};
+  static constexpr ByteRange ascii[] = {{'a', 'z'}, {'A', 'Z'}, {'0', '9'}, {'_', '_'}};
+  static constexpr ByteRange others = {0x80, 0xFF};
   uint64_t bits = within(block, ascii, std::size(ascii));
   const uint8_t *text = block.subject->text + block.base;
   for (uint64_t left = within(block, &others, 1); left != 0; left &= left - 1)

@@ -32,7 +32,7 @@ constexpr std::array<uint8_t, 256> commonness = [] {
 }();
 constexpr uint32_t any_byte = 256;  // is more common than any one
 
-constexpr size_t at_once = 16;
+constexpr size_t at_once = BytePair::at_once;
 
 // Two literals side by side: how common they are, their distance from the beginning of the stretch,
 // in 14 bits, and that of the first one's item, in 7 bits.
@@ -94,7 +94,7 @@ const uint8_t *pass(const uint8_t *item, const uint8_t *text, const uint8_t *pos
 // inlined, so that its few values stay in registers.
 [[gnu::noinline]] uint32_t next_pairs(const uint8_t *a, const uint8_t *b, const uint8_t (&bytes)[2],
                                       size_t &place, size_t places) {
-  const Pair pair(bytes[0], bytes[1]);
+  const BytePair pair(bytes[0], bytes[1]);
   const size_t last = places - at_once;
   for (; place + at_once < last; place += 2 * at_once) {
     const uint32_t both = pair.places(a + place, b + place);

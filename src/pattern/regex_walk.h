@@ -61,7 +61,7 @@ struct Walk {
   std::array<Bitmap, most_groups> held;  // the bytes that the texts of each such group may have
   std::array<uint8_t, most_groups> set_of_group;  // the set of these bytes, or no_set
   std::array<Set, form_size / 17 + most_groups> set;
-  std::array<Range, form_size * 4 + most_groups * 128> range;
+  std::array<ByteRange, form_size * 4 + most_groups * 128> range;
   std::array<Window, form_size / 2> window;
 };
 

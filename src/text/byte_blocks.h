@@ -1,4 +1,4 @@
-// Looking at many bytes at once: at words of 8, vectors of 16 and blocks of 64.
+// Looking at many bytes at once: at words of 8, vectors and pairs of 16, and blocks of 64.
 #pragma once
 
 #include <bit>
@@ -57,24 +57,112 @@ inline void store_vector(char *bytes, const ByteVector &vector) {
   return (halves[0] | halves[1]) != 0;
 }
 
-// Blocks: bit i of a mask is about byte i.
+// Masks: bit i is about byte i.
+
+#if defined(__SSE2__)
+
+[[nodiscard]] inline __m128i load_sixteen(const uint8_t *bytes) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes));
+}
+
+#endif
+
+// Two bytes to look for in 16 places at a time: those at which `a` has the one and `b` the other.
+struct BytePair {
+  static constexpr size_t at_once = 16;
+
+#if defined(__SSE2__)
+  BytePair(uint8_t of_a, uint8_t of_b)
+      : first(_mm_set1_epi8(static_cast<char>(of_a))),
+        second(_mm_set1_epi8(static_cast<char>(of_b))) {}
+  [[nodiscard]] uint32_t places(const uint8_t *a, const uint8_t *b) const {
+    const __m128i both = _mm_and_si128(_mm_cmpeq_epi8(load_sixteen(a), first),
+                                       _mm_cmpeq_epi8(load_sixteen(b), second));
+    return static_cast<uint32_t>(_mm_movemask_epi8(both));
+  }
+  __m128i first, second;
+#else
+  BytePair(uint8_t of_a, uint8_t of_b) : first(of_a), second(of_b) {}
+  [[nodiscard]] uint32_t places(const uint8_t *a, const uint8_t *b) const {
+    uint32_t result = 0;
+    for (size_t i = 0; i < at_once; ++i)
+      result |= static_cast<uint32_t>(a[i] == first && b[i] == second) << i;
+    return result;
+  }
+  uint8_t first, second;
+#endif
+};
 
 inline constexpr size_t block_size = 64;
 
+struct ByteRange {
+  uint8_t first, last;
+};
+
+// The bytes of a block that have been found by any of the looks at it.
+class BlockMask {
+ public:
+  explicit BlockMask(const uint8_t *block) : block_(block) {}
+
+#if defined(__SSE2__)
+  void add_equal(uint8_t byte) {
+    const __m128i wanted = _mm_set1_epi8(static_cast<char>(byte));
+    add([&](size_t i) { return _mm_cmpeq_epi8(load_sixteen(block_ + i), wanted); });
+  }
+  void add_range(ByteRange range) {
+    const __m128i first = _mm_set1_epi8(static_cast<char>(range.first));
+    const __m128i width = _mm_set1_epi8(static_cast<char>(range.last - range.first));
+    add([&](size_t i) {
+      const __m128i above = _mm_sub_epi8(load_sixteen(block_ + i), first);
+      return _mm_cmpeq_epi8(_mm_min_epu8(above, width), above);
+    });
+  }
+  void add_equal_to(const uint8_t *others) {
+    add([&](size_t i) {
+      return _mm_cmpeq_epi8(load_sixteen(block_ + i), load_sixteen(others + i));
+    });
+  }
+  [[nodiscard]] uint64_t bits() const {
+    uint64_t result = 0;
+    for (size_t i = 0; i < 4; ++i)
+      result |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(found_[i]))} << (16 * i);
+    return result;
+  }
+
+ private:
+  template <class Find>
+  void add(Find find) {
+    for (size_t i = 0; i < 4; ++i) found_[i] = _mm_or_si128(found_[i], find(16 * i));
+  }
+  const uint8_t *block_;
+  __m128i found_[4]{};  // each byte of ones
+#else
+  void add_equal(uint8_t byte) {
+    add([&](size_t i) { return block_[i] == byte; });
+  }
+  void add_range(ByteRange range) {
+    add([&](size_t i) { return range.first <= block_[i] && block_[i] <= range.last; });
+  }
+  void add_equal_to(const uint8_t *others) {
+    add([&](size_t i) { return block_[i] == others[i]; });
+  }
+  [[nodiscard]] uint64_t bits() const { return found_; }
+
+ private:
+  template <class Find>
+  void add(Find find) {
+    for (size_t i = 0; i < block_size; ++i) found_ |= uint64_t{find(i)} << i;
+  }
+  const uint8_t *block_;
+  uint64_t found_ = 0;
+#endif
+};
+
 // Which bytes of the block are `byte`.
 [[nodiscard]] inline uint64_t bytes_equal_to(char byte, const char *block) {
-  uint64_t equal = 0;
-#if defined(__SSE2__)
-  const __m128i wanted = _mm_set1_epi8(byte);
-  for (size_t i = 0; i < block_size; i += sizeof wanted) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(block + i));
-    const int mask = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, wanted));
-    equal |= static_cast<uint64_t>(static_cast<uint32_t>(mask)) << i;
-  }
-#else
-  for (size_t i = 0; i < block_size; ++i) equal |= uint64_t{block[i] == byte} << i;
-#endif
-  return equal;
+  BlockMask mask(reinterpret_cast<const uint8_t *>(block));
+  mask.add_equal(static_cast<uint8_t>(byte));
+  return mask.bits();
 }
 
 // Whether any byte of the block is `limit` or below.
