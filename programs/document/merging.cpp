@@ -52,7 +52,8 @@ struct Merge {
   std::unordered_map<int32_t, std::u32string> values{};  // the texts of slots
   int32_t value = 0;  // the anchor of the text that is next, or 0
   Spellings spellings{kind};
-  std::string held{};  // what waits for the texts of its slots
+  std::string held{};     // what waits for the texts of its slots
+  size_t held_begin = 0;  // what is before it has been written
   int64_t frames = 0;
 
   Merge(FindKind find, const char *sentence_name, const char *anchor_name, const char *result_name)
@@ -109,7 +110,7 @@ bool fill(Merge &job, const SlotPlace &slot, std::string &result) {
 // Writes what is held up to the first slot whose text is not known; at the end all of it.
 void write_held(Merge &job, bool at_end) {
   std::string filled;
-  size_t position = 0;
+  size_t position = job.held_begin;
   for (SlotPlace slot; find_slot(job.held, position, slot); position = slot.end) {
     filled.append(job.held, position, slot.begin - position);
     if (fill(job, slot, filled)) continue;
@@ -118,11 +119,14 @@ void write_held(Merge &job, bool at_end) {
       continue;
     }
     write_encoded(job, filled);
-    job.held.erase(0, slot.begin);
+    job.held_begin = slot.begin;
+    if (job.held_begin > job.held.size() / 2)  // not each time: slots can be many
+      job.held.erase(0, std::exchange(job.held_begin, 0));
     return;
   }
   write_encoded(job, filled.append(job.held, position));
   job.held.clear();
+  job.held_begin = 0;
 }
 
 void write(Merge &job, std::string_view text) {
