@@ -273,6 +273,7 @@ void finish_pages(Run &run) {
 
 void translate(std::span<const char *const> names) {
   check_options();
+  check_font_groups("ktranslate");
   Run run;
   name_pages(names, run);
   check_files(run);

@@ -105,6 +105,10 @@ void set_parameter(TextParameter name, const std::string &value);
 // Whether the command line or a parameter file has set a language of this job.
 bool is_given(TextParameter language);
 
+// Ends the job (fail()) when the parameter files do not declare the font groups: fonts would be
+// lost. Jobs of a fixed number of files begin with this.
+void check_font_groups(const char *file);
+
 // The parameter files that this job has read, and what it writes beside its results: the log and
 // the file of --report.
 std::vector<std::string> parameter_files();

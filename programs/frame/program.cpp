@@ -79,6 +79,8 @@ void prepare_process() {
 std::string share_directory_beside_program() {
   char path[4096];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+  if (length < 0 && errno != ENOENT)
+    fail("/proc/self/exe", 0, "cannot be read: %s", error_text(errno));
   if (length <= 0 || length == static_cast<ssize_t>(sizeof path)) return "";
   const std::string program(path, static_cast<size_t>(length));
   return program.substr(0, program.rfind('/')) + "/../share/klib";
@@ -147,14 +149,6 @@ void check_parameters(const char *file) {
       fail(file, 0, "%s in the parameter files: '%s' is not a language", row->name, given.c_str());
     set_parameter(name, value);
   }
-}
-
-void check_font_groups(const char *file) {
-  for (const char *group : font_groups)
-    if (find_named_font_group(group) < 0)
-      fail(file, 0,
-           "font group \"%s\" is not declared by the parameter files: is LIB-DIRECTORY %s?", group,
-           parameter(TextParameter::lib_directory));
 }
 
 // The library has no other place for reports than the log that it could not open.
@@ -279,6 +273,14 @@ int run_program(const Program &program, int argc, char **argv) {
   clear_progress();
   if (ending_signal != 0) end_by_signal(ending_signal);
   return arguments.outcome == Arguments::bad || something_failed() ? 1 : 0;
+}
+
+void check_font_groups(const char *file) {
+  for (const char *group : font_groups)
+    if (find_named_font_group(group) < 0)
+      fail(file, 0,
+           "font group \"%s\" is not declared by the parameter files: is LIB-DIRECTORY %s?", group,
+           parameter(TextParameter::lib_directory));
 }
 
 void set_parameter(TextParameter name, const std::string &value) {

@@ -248,6 +248,13 @@ TEST_F(Translate, NamesThatAreRefused) {
     EXPECT_EQ(translate(std::string(options) + " site/a.html out.html").status, 1) << options;
 }
 
+TEST_F(Translate, FontGroupsThatNobodyDeclares) {
+  const Outcome outcome = translate("--copy -LIB-DIRECTORY /nonexistent site/a.html out.html");
+  EXPECT_NE(outcome.errors.find("\"weight\" is not declared"), std::string::npos) << outcome.errors;
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(read("out.html"), "(none)");
+}
+
 TEST_F(Translate, AnyNames) {
   std::filesystem::create_directories(directory_ + "/site/x y");
   write("site/x y/-p", small);
