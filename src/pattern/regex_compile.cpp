@@ -293,9 +293,10 @@ const Expression *regex_compile(const char *text, Compiled &compiled) {
 
 bool is_plain(const char *expression) {
   constexpr ptrdiff_t most_literals = (form_size - 1) / 2;
+  if (*expression == '^' || *expression == '\0') return false;
   const char *at = expression;
   while (ordinary[u8(*at)]) ++at;
-  return *at == '\0' && *expression != '^' && at != expression && at - expression <= most_literals;
+  return *at == '\0' && at - expression <= most_literals;
 }
 
 }  // namespace klib::regex
