@@ -6,6 +6,7 @@
 #include "frame/memory.h"
 #include "parameters/definitions.h"
 #include "parameters/parameters.h"
+#include "programs/common/program.h"
 #include "tests/support.h"
 
 namespace klib::test {
@@ -15,6 +16,23 @@ namespace {
 using parameters::combined, parameters::Number, parameters::Text;
 
 class Parameters : public Library {};
+
+// The programs see the public header only, so they number the parameters that they read themselves.
+consteval bool is(programs::TextParameter number, std::string_view name) {
+  return static_cast<int32_t>(number) == parameters::textual(name);
+}
+consteval bool is(programs::NumberParameter number, std::string_view name) {
+  return static_cast<int32_t>(number) == parameters::numeric(name);
+}
+static_assert(is(programs::TextParameter::lib_directory, "LIB-DIRECTORY"));
+static_assert(is(programs::TextParameter::language, "LANGUAGE"));
+static_assert(is(programs::TextParameter::target_language, "TARGET-LANGUAGE"));
+static_assert(is(programs::TextParameter::parameter_file_basename, "PARAMETER-FILE-BASENAME"));
+static_assert(is(programs::TextParameter::log_pathname, "LOG-PATHNAME"));
+static_assert(is(programs::NumberParameter::kti_width, "KTI-WIDTH"));
+static_assert(is(programs::NumberParameter::kti_start, "KTI-START"));
+static_assert(is(programs::NumberParameter::kti_step, "KTI-STEP"));
+static_assert(is(programs::NumberParameter::logging, "LOGGING"));
 
 TEST_F(Parameters, StartAtTheirDefaults) {
   EXPECT_EQ(number_of("KTI-WIDTH"), 999999);

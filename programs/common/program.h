@@ -95,6 +95,7 @@ enum class TextParameter {
   lib_directory = 1,
   language = 2,
   target_language = 5,
+  parameter_file_basename = 6,
   log_pathname = 19
 };
 enum class NumberParameter { kti_width = 1, kti_start = 16, kti_step = 17, logging = 31 };

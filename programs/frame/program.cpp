@@ -33,7 +33,6 @@ namespace klib::programs {
 namespace {
 
 constexpr const char *default_directory = "c:\\kavro\\dfmt";
-constexpr int parameter_base_name = 6;  // text parameter
 
 // A run of a program.
 struct Run {
@@ -89,7 +88,7 @@ std::string share_directory_beside_program() {
 void find_share_directory() {
   if (strcmp(parameter(TextParameter::lib_directory), default_directory) != 0) return;
   std::string found = share_directory_beside_program();
-  if (!Kprobe_file((found + "/" + skparm[parameter_base_name - 1]).c_str()))
+  if (!Kprobe_file((found + "/" + parameter(TextParameter::parameter_file_basename)).c_str()))
     found = KLIB_SHARE_DIRECTORY;
   set_parameter(TextParameter::lib_directory, found);
 }
@@ -120,7 +119,8 @@ void start() {
   if (!skparm) return;
   guarded([] {
     find_share_directory();
-    run->places = {parameter(TextParameter::lib_directory), skparm[parameter_base_name - 1]};
+    run->places = {parameter(TextParameter::lib_directory),
+                   parameter(TextParameter::parameter_file_basename)};
     empty_languages_not_given();
   });
 }
