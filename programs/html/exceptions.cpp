@@ -128,7 +128,7 @@ bool has_sentence_exceptions() { return exceptions.loaded; }
 bool is_sentence_exception(const char *text) {
   const size_t length = strlen(text);
   const auto byte = [&](size_t from_end) {
-    return length < from_end ? 0 : static_cast<unsigned char>(text[length - from_end]);
+    return length < from_end ? size_t{0} : static_cast<unsigned char>(text[length - from_end]);
   };
   exceptions.candidates.clear();
   for (size_t i = 0; i < exceptions.endings.size(); i++) {

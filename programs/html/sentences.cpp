@@ -244,16 +244,20 @@ bool goes_on(std::string_view page, const std::vector<Item> &items, size_t i) {
 }
 
 // Leaves out elements at the edges of a sentence that have no letter or digit, such as "#" and
-// permalinks.
+// permalinks. Inside an element that is not around all of the text they stay: "[1]" in a link.
 void trim(std::string_view page, const std::vector<Item> &items, size_t &begin, size_t &end) {
   size_t last = end;  // after the last letter
   while (last > begin && !items[last - 1].lettered) last--;
   if (last == begin) return;  // all of it is marks, such as "(*)" in a table
+  size_t first_visible = begin, last_visible = end - 1;
+  while (!items[first_visible].visible) first_visible++;
+  while (!items[last_visible].visible) last_visible--;
   for (size_t i = end; i > last;) {
     const Item &item = items[i - 1];
-    if (item.kind == Item::close && item.partner != Item::none && item.partner >= last)
+    const bool closes = item.kind == Item::close && item.partner != Item::none;
+    if (closes && item.partner >= last)
       end = i = item.partner;
-    else if (item.visible)
+    else if (item.visible || (closes && item.partner > first_visible))
       break;
     else
       i--;
@@ -262,10 +266,10 @@ void trim(std::string_view page, const std::vector<Item> &items, size_t &begin, 
   while (first < end && !items[first].lettered) first++;
   for (size_t i = begin; i < first;) {
     const Item &item = items[i];
-    if (item.kind == Item::open && item.partner != Item::none && item.partner < first &&
-        !goes_on(page, items, item.partner + 1))
+    const bool opens = item.kind == Item::open && item.partner != Item::none;
+    if (opens && item.partner < first && !goes_on(page, items, item.partner + 1))
       begin = i = item.partner + 1;
-    else if (item.visible)
+    else if (item.visible || (opens && item.partner < last_visible))
       break;
     else
       i++;

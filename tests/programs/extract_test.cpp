@@ -109,6 +109,10 @@ TEST_F(Extract, Sentences) {
        "<h1><a>#</a> One.<a>\xC2\xB6</a></h1><p><i>/</i>, <i>/home</i>, two<p><b>\xC2\xBB</b>",
        "[One.][{98}slant{FF}3{99}/{98}slant{FF}0{99}, {98}slant{FF}4{99}/home{98}slant{FF}0{99}, "
        "two][{BB}]"},
+      {"ENGLISH", "<p>New<a><s>(</s>1<s>)</s></a><p><a><s>(</s>x</a> y<p><b>One<a>#</a></b>",
+       "[New{94}2{95}{98}line{FF}3{99}({98}line{FF}0{99}1{98}line{FF}4{99}){98}line{FF}0{99}{94}5{"
+       "95}]"
+       "[{94}7{95}{98}line{FF}8{99}({98}line{FF}0{99}x{94}9{95} y][One]"},
       {"ENGLISH", "(One.) \"Two.\" [Three]", "[(One.)][\"Two.\"][[Three]]"},
       {"ENGLISH", "<p>One.<b> Two</b> <i>three.</i> Four</p>",
        "[One.][Two{94}3{95} {98}slant{FF}"
