@@ -39,6 +39,7 @@ struct Run {
   const char *program;
   const Arguments &arguments;
   size_t names_done = 0;
+  bool is_ready = false;                              // what all jobs need was found
   int jobs = 0;                                       // that were begun
   bool language_given = false, target_given = false;  // in this job
   bool report_is_withheld = false;
@@ -122,6 +123,7 @@ void start() {
     run->places = {parameter(TextParameter::lib_directory),
                    parameter(TextParameter::parameter_file_basename)};
     empty_languages_not_given();
+    run->is_ready = true;
   });
 }
 
@@ -180,6 +182,7 @@ void do_job() {
   run->jobs++;
   const char *file = takes_all ? run->program : names[0];
   guarded([&] {
+    if (!run->is_ready) return;
     check_own_outputs(std::vector<std::string>(names.begin(), names.end()), arguments.report);
     check_log();
     Kstart_logging_file(parameter(TextParameter::log_pathname));
