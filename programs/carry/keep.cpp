@@ -90,7 +90,49 @@ Change after(const Keeper &keeper, uint32_t e, const Change &last) {
   return change;
 }
 
-void keep_element(Keeper &keeper, uint32_t e, uint32_t limit) {
+// Whether there is a code in a word or at its edges.
+bool has_code(const std::vector<Code> &codes, Range word) {
+  const auto code = std::ranges::lower_bound(codes, word.begin, {}, &Code::at);
+  return code != codes.end() && code->at <= word.end;
+}
+
+// Takes a word away: with the blank before it, but without the marks after it.
+Change removal(const Side &target, uint32_t w) {
+  const Range word = target.words[w];
+  Change change{{word.begin, target.core_end[word.end]}};
+  if (change.range.empty()) change.range.end = word.end;
+  if (word.begin > 0)
+    change.range.begin--;
+  else if (change.range.end == word.end && w + 1 < target.word_count())
+    change.range.end = target.words[w + 1].begin;
+  return change;
+}
+
+// Words of others between those of an element stay where they are if markup is at them. The element
+// then takes the place of the longest row of words without such a one, and its other words go.
+void part_from_others(Keeper &keeper, uint32_t e, const std::vector<Code> &codes, Range &range) {
+  const Side &target = keeper.target;
+  const uint32_t first = target.word_at[range.begin], last = target.word_at[range.end - 1];
+  const auto stays = [&](uint32_t w) { return keeper.is_foreign(w, e); };
+  bool has_markup = false;
+  uint32_t best = first, best_end = first;
+  for (uint32_t w = first, begin = first; w <= last; w++) {
+    if (stays(w)) {
+      has_markup = has_markup || has_code(codes, target.words[w]);
+      begin = w + 1;
+    } else if (w + 1 - begin > best_end - best) {
+      best = begin, best_end = w + 1;
+    }
+  }
+  if (!has_markup || best == best_end) return;
+  for (uint32_t w = first; w <= last; w++)
+    if ((w < best || w >= best_end) && !stays(w) && !keeper.evidence.sources_of(w).empty())
+      keeper.changes.push_back(removal(target, w));
+  range = {std::max(range.begin, target.words[best].begin),
+           std::min(range.end, target.words[best_end - 1].end)};
+}
+
+void keep_element(Keeper &keeper, uint32_t e, uint32_t limit, const std::vector<Code> &codes) {
   const Side &target = keeper.target;
   const Span &element = keeper.element(e);
   Range range = element.target;
@@ -114,18 +156,14 @@ void keep_element(Keeper &keeper, uint32_t e, uint32_t limit) {
     keeper.changes.push_back(beside(keeper, e, first));
     return;
   }
+  if (!same) part_from_others(keeper, e, codes, range);
+  first = target.word_at[range.begin], last = target.word_at[range.end - 1];
   Change change{range, false, e};
   change.text = text;
   change.length = static_cast<uint32_t>(text.size());
   for (uint32_t w = first + 1; !same && w < last; w++)
     if (keeper.is_foreign(w, e)) change.text.append(U" ").append(target.view(target.words[w]));
   keeper.changes.push_back(change);
-}
-
-// Whether there is a code in a word or at its edges.
-bool has_code(const std::vector<Code> &codes, Range word) {
-  const auto code = std::ranges::lower_bound(codes, word.begin, {}, &Code::at);
-  return code != codes.end() && code->at <= word.end;
 }
 
 // Words that translate nothing but an element that has its place elsewhere.
@@ -146,13 +184,7 @@ void drop_strays(Keeper &keeper, const std::vector<Code> &codes) {
     const Range word = target.words[w];
     const bool elsewhere = word.end <= element.target.begin || word.begin >= element.target.end;
     if (!is_own || !elsewhere || has_code(codes, word)) continue;
-    // With the blank before it, but without the marks after it.
-    Change change{{word.begin, target.core_end[word.end]}};
-    if (word.begin > 0)
-      change.range.begin--;
-    else if (change.range.end == word.end && w + 1 < target.word_count())
-      change.range.end = target.words[w + 1].begin;
-    keeper.changes.push_back(change);
+    keeper.changes.push_back(removal(target, w));
   }
 }
 
@@ -267,7 +299,7 @@ void put_kept_back(const Side &source, const Evidence &evidence, const Markup &m
   std::ranges::stable_sort(kept, {}, [&](uint32_t e) { return markup.spans[e].target.begin; });
   uint32_t limit = 0;
   for (const uint32_t e : kept) {
-    keep_element(keeper, e, limit);
+    keep_element(keeper, e, limit, codes);
     limit = std::max(limit, keeper.changes.back().range.end);
   }
   drop_strays(keeper, codes);

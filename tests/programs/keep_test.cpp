@@ -83,6 +83,9 @@ TEST_F(Keep, PiecesOfSentencesComeBack) {
        "jetzt <code>apt-get x</code> nutzen,"},
       // Words of others between come after the block, words of the piece elsewhere go.
       {"a <code>b c d</code> e", "A B E C D F", "0-0 1-1 2-3 3-4 4-2", "A E <code>b c d</code> F"},
+      // With markup, they stay.
+      {"a <code>b c d</code> <i>e</i> f", "A B E C D F", "0-0 1-1 2-3 3-4 4-2 5-5",
+       "A <i>E</i> <code>b c d</code> F"},
       {"a <code>b c</code> d", "A B D, C.", "0-0 1-1 2-3 3-2", "A <code>b c</code> D,."},
       // Nothing is aligned with it.
       {"a <i><kbd>b</kbd></i> d", "A D", "0-0 2-1", "A <i><kbd>b</kbd></i> D"},
