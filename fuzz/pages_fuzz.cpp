@@ -33,8 +33,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
           "nothing but the results is left");
 
   const programs::Document page = programs::read_page("page.html", "");
-  const std::string result = to_utf8(read_scratch("result.html"), page.encoding);
-  test::Place expected{page.text}, place{result};
+  // Read as the page was: converters differ in single bytes, such as the backslash of Shift_JIS.
+  const programs::Document result = programs::read_page("result.html", "");
+  test::Place expected{page.text}, place{result.text};
   require(test::same_pages(expected, place), "the page comes back");
   return 0;
 }
