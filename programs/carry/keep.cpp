@@ -126,13 +126,15 @@ void part_from_others(Keeper &keeper, uint32_t e, const std::vector<Code> &codes
   }
   if (!has_markup || best == best_end) return;
   for (uint32_t w = first; w <= last; w++)
-    if ((w < best || w >= best_end) && !stays(w) && !keeper.evidence.sources_of(w).empty())
+    if ((w < best || w >= best_end) && target.words[w].begin >= range.begin &&
+        target.words[w].end <= range.end && !stays(w) && !keeper.evidence.sources_of(w).empty())
       keeper.changes.push_back(removal(target, w));
   range = {std::max(range.begin, target.words[best].begin),
            std::min(range.end, target.words[best_end - 1].end)};
 }
 
-void keep_element(Keeper &keeper, uint32_t e, uint32_t limit, const std::vector<Code> &codes) {
+// Returns the end of what it has changed; the next element begins there at the earliest.
+uint32_t keep_element(Keeper &keeper, uint32_t e, uint32_t limit, const std::vector<Code> &codes) {
   const Side &target = keeper.target;
   const Span &element = keeper.element(e);
   Range range = element.target;
@@ -140,7 +142,7 @@ void keep_element(Keeper &keeper, uint32_t e, uint32_t limit, const std::vector<
   range.begin = std::max(range.begin, limit);
   if (range.empty() && limit > 0) {
     keeper.changes.push_back(after(keeper, e, keeper.changes.back()));
-    return;
+    return limit;
   }
   uint32_t first = target.word_at[std::min(element.target.begin, target.size() - 1)];
   first = std::min(first, target.word_count() - 1);
@@ -154,8 +156,9 @@ void keep_element(Keeper &keeper, uint32_t e, uint32_t limit, const std::vector<
   }
   if (range.empty() || (!same && first == last && keeper.is_foreign(first, e))) {
     keeper.changes.push_back(beside(keeper, e, first));
-    return;
+    return std::max(limit, keeper.changes.back().range.end);
   }
+  const uint32_t end = range.end;
   if (!same) part_from_others(keeper, e, codes, range);
   first = target.word_at[range.begin], last = target.word_at[range.end - 1];
   Change change{range, false, e};
@@ -164,6 +167,7 @@ void keep_element(Keeper &keeper, uint32_t e, uint32_t limit, const std::vector<
   for (uint32_t w = first + 1; !same && w < last; w++)
     if (keeper.is_foreign(w, e)) change.text.append(U" ").append(target.view(target.words[w]));
   keeper.changes.push_back(change);
+  return std::max(limit, end);
 }
 
 // Words that translate nothing but an element that has its place elsewhere.
@@ -298,10 +302,7 @@ void put_kept_back(const Side &source, const Evidence &evidence, const Markup &m
     if (markup.spans[e].kept) kept.push_back(e);
   std::ranges::stable_sort(kept, {}, [&](uint32_t e) { return markup.spans[e].target.begin; });
   uint32_t limit = 0;
-  for (const uint32_t e : kept) {
-    keep_element(keeper, e, limit, codes);
-    limit = std::max(limit, keeper.changes.back().range.end);
-  }
+  for (const uint32_t e : kept) limit = keep_element(keeper, e, limit, codes);
   drop_strays(keeper, codes);
   settle_changes(keeper.changes);
   move_codes(keeper, codes);
