@@ -26,14 +26,13 @@ const char *first_without_stepping_back(const char *pattern, const char *text) {
   return nullptr;
 }
 
-// Whether a partial match may reach from before the first occurrence into it: only where the first
-// byte of the pattern comes again in it.
+// Whether a partial match may reach from before the first occurrence into it: only where the byte
+// before it and its first one follow each other in the pattern.
 bool may_be_passed(const char *pattern, const char *text, const char *found) {
-  const char first = *pattern;
-  if (first == '\0') return false;
-  for (const char *again = pattern; (again = std::strchr(again + 1, first)) != nullptr;) {
-    if (again - pattern <= found - text && found[pattern - again] == first) return true;
-  }
+  if (found == text || *pattern == '\0') return false;
+  const char before = found[-1];
+  for (const char *at = pattern; (at = std::strchr(at, before)) != nullptr;)
+    if (*++at == *pattern) return true;
   return false;
 }
 
