@@ -182,7 +182,8 @@ void join_code_only_groups(SourceTable &table) {
       last->text_length = words[i].text_length;
       last->has_text = words[i].has_text;
     } else {
-      words[kept++] = words[i];
+      if (kept != i) words[kept] = words[i];  // mostly all stay in place
+      ++kept;
     }
     text_before |= words[i].has_text;
   }
