@@ -49,4 +49,12 @@ extern const Table western, russian, greek;
   return (word | below_21) & in_each_byte(0x80);
 }
 
+// Likewise of a block.
+[[nodiscard]] inline uint64_t may_be_white(const char *block) {
+  BlockMask mask(reinterpret_cast<const uint8_t *>(block));
+  mask.add_range({0x00, 0x20});
+  mask.add_range({0x80, 0xFF});
+  return mask.bits();
+}
+
 }  // namespace klib::character_types

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstring>
 #include <initializer_list>
 
 #include "format/codes.h"
@@ -43,32 +45,49 @@ static_assert([] {
 // What most sentences need.
 constexpr size_t reserved_words = 32, reserved_codes = 8, reserved_bodies = 64;
 
-// Looks for white space in a text.
+// Looks for white space in a text, a block at a time.
 struct Scanner {
   std::string_view text;
   const uint32_t *types = c_t;
-  bool by_words = character_types::is_built_in(c_t);
+  bool by_blocks = character_types::is_built_in(c_t);
+  size_t block = SIZE_MAX;  // the offset of the block that was looked at last
+  uint64_t special = 0;     // its bytes that may be white or open a code, and those after the end
 
   [[nodiscard]] bool is_white(size_t at) const {
     return (types[u8(text[at])] & character_types::white) != 0;
   }
 };
 
+void look_at_block(Scanner &scanner, size_t start) {
+  const std::string_view rest = scanner.text.substr(start);
+  char last[block_size];
+  const char *bytes = rest.data();
+  if (rest.size() < block_size) {
+    std::memset(last, 0, sizeof last);
+    std::memcpy(last, bytes, rest.size());
+    bytes = last;
+  }
+  scanner.block = start;
+  scanner.special = character_types::may_be_white(bytes);
+}
+
 // The offset of the first byte at `at` or after it that may be white or open a code; the size when
 // there is none.
-size_t find_special(const Scanner &scanner, size_t at) {
-  const std::string_view text = scanner.text;
-  if (!scanner.by_words) return at;
-  for (; at + word_size <= text.size(); at += word_size) {
-    const uint64_t special = character_types::may_be_white(load_word(text.data() + at));
-    if (special != 0) return at + first_marked_byte(special);
+size_t find_special(Scanner &scanner, size_t at) {
+  if (!scanner.by_blocks) return at;
+  while (at < scanner.text.size()) {
+    const size_t place = at % block_size;
+    if (at - place != scanner.block) look_at_block(scanner, at - place);
+    if (const uint64_t rest = scanner.special >> place; rest != 0)
+      return at + static_cast<size_t>(std::countr_zero(rest));
+    at += block_size - place;
   }
   return at;
 }
 
 // Likewise for the first byte that is white or, with `codes`, opens a code of the sentence.
 template <bool codes>
-size_t find_word_end(const Scanner &scanner, size_t at) {
+size_t find_word_end(Scanner &scanner, size_t at) {
   const std::string_view text = scanner.text;
   for (;; ++at) {
     at = find_special(scanner, at);
@@ -213,7 +232,7 @@ SourceTable read_source_words(std::string_view source, memory::Arena &arena) {
   Reading reading{.table = table};
   table.words.reserve(reserved_words);
   open_word(reading);
-  const Scanner scanner{.text = source};
+  Scanner scanner{.text = source};
   for (size_t at = 0; at < source.size();) {
     if (const size_t end = find_word_end<true>(scanner, at); end != at) {
       add_text(reading, source.substr(at, end - at));
@@ -234,7 +253,7 @@ SourceTable read_source_words(std::string_view source, memory::Arena &arena) {
 TargetTable read_target_words(std::string_view target, memory::Arena &arena) {
   TargetTable table{.text = target, .words = memory::ArenaVector<TargetWord>(arena)};
   table.words.reserve(reserved_words);
-  const Scanner scanner{.text = target};
+  Scanner scanner{.text = target};
   for (size_t at = find_word(scanner, 0); at < target.size();) {
     const size_t end = find_word_end<false>(scanner, at);
     table.words.push_back({static_cast<uint32_t>(at), static_cast<uint32_t>(end - at)});
