@@ -236,15 +236,32 @@ size_t end_of(const std::vector<Code> &codes, size_t i, const Span &element) {
   return codes.size();
 }
 
+// Lets the spans inside what becomes a kept element begin where it does, so that they go around it:
+// they would lose all of their text.
+void begin_with_elements(const Keeper &keeper, const std::unordered_map<int32_t, size_t> &places,
+                         std::vector<Code> &codes) {
+  for (const Span &span : keeper.markup.spans) {
+    const auto opener = places.find(span.number);
+    if (span.kept || opener == places.end()) continue;
+    size_t &begin = codes[opener->second].at;
+    const auto around = std::ranges::find_if(keeper.changes, [&](const Change &change) {
+      return change.element != no_span && change.range.begin < begin && begin < change.range.end;
+    });
+    if (around == keeper.changes.end()) continue;
+    const size_t closer = end_of(codes, opener->second, span);
+    if (closer < codes.size() && codes[closer].at <= around->range.end) begin = around->range.begin;
+  }
+}
+
 // Moves the codes with the text; those of kept elements go around their blocks, and those of the
 // elements around them take the blocks in.
 void move_codes(const Keeper &keeper, std::vector<Code> &codes) {
   constexpr int deepest = 64;  // of the nesting that is looked at
   std::unordered_map<int32_t, size_t> places;
-  for (size_t i = 0; i < codes.size(); i++) {
-    codes[i].at = moved(keeper.changes, static_cast<uint32_t>(codes[i].at));
+  for (size_t i = 0; i < codes.size(); i++)
     if (codes[i].number != 0) places.emplace(codes[i].number, i);
-  }
+  begin_with_elements(keeper, places, codes);
+  for (Code &code : codes) code.at = moved(keeper.changes, static_cast<uint32_t>(code.at));
   std::vector<int> ranks(codes.size());  // among codes at one position
   for (size_t i = 0; i < keeper.changes.size(); i++) {
     const Change &change = keeper.changes[i];
