@@ -2,6 +2,7 @@
 // those of the library's character tables.
 #include "programs/common/code_page.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "programs/common/program.h"
@@ -62,6 +63,8 @@ struct Page {
 };
 constexpr Page western = {"", nullptr};
 constexpr Page pages[] = {{"RUSSIAN", &russian}, {"GREEK", &greek}};
+static_assert(std::ranges::max(russian) < sizeof CodePage::byte &&
+              std::ranges::max(greek) < sizeof CodePage::byte);
 
 const Page &page_of(const char *language) {
   for (const Page &row : pages)
@@ -121,10 +124,11 @@ ActiveLanguage::~ActiveLanguage() {
 
 void make_code_page(const char *language, CodePage &page) {
   const ActiveLanguage active(language);  // white bytes of its table are none of the page's
+  const Page &own = page_of(language);
   page = CodePage{};
   for (int byte = 1; byte < 256; byte++) {
     if (!comes_from_text(byte)) continue;
-    const char32_t c = character_of(page_of(language), byte);
+    const char32_t c = character_of(own, byte);
     if (c == 0) continue;
     page.character[byte] = c;
     page.byte[c] = static_cast<unsigned char>(byte);
@@ -141,8 +145,7 @@ void append_alien(char32_t character, std::string &text) {
 }
 
 void append_character(const CodePage &page, char32_t character, std::string &text) {
-  const unsigned char byte = character > 0xFFFF ? 0 : page.byte[character];
-  if (byte)
+  if (const unsigned char byte = byte_of(page, character))
     text += static_cast<char>(byte);
   else
     append_alien(character, text);

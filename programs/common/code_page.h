@@ -11,8 +11,8 @@
 namespace klib::programs {
 
 struct CodePage {
-  char32_t character[256];      // of each byte; 0: the byte never comes from text
-  unsigned char byte[0x10000];  // of each character; 0: it has none
+  char32_t character[256];     // of each byte; 0: the byte never comes from text
+  unsigned char byte[0x2200];  // of each character below, which all that have one are; 0: none
 };
 
 // While it lives, the library's character table (initCT) is that of a language. The library uses it
@@ -30,6 +30,11 @@ class ActiveLanguage {
 
 // The code page of a language.
 void make_code_page(const char *language, CodePage &page);
+
+// The byte of a character, or 0.
+inline unsigned char byte_of(const CodePage &page, char32_t character) {
+  return character < sizeof page.byte ? page.byte[character] : 0;
+}
 
 // Appends the character as a byte or as one or two aliens.
 void append_character(const CodePage &page, char32_t character, std::string &text);

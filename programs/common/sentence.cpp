@@ -86,8 +86,6 @@ void append_decimal(int32_t number, std::string &text) {
   text.append(digits, result.ptr);
 }
 
-unsigned char byte_of(const CodePage &page, char32_t c) { return c < 0x10000 ? page.byte[c] : 0; }
-
 void append_characters(std::u32string_view characters, const CodePage &page, std::string &text) {
   for (size_t i = 0; i < characters.size();) {
     size_t end = i;

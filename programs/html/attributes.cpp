@@ -35,14 +35,15 @@ constexpr std::string_view looked_at[] = {
 constexpr std::string_view described[] = {"description",    "keywords",      "og:title",
                                           "og:description", "twitter:title", "twitter:description"};
 
-bool has_any(std::string_view tag, std::string_view name, const auto &values) {
-  Attribute read;
-  return find_attribute(tag, name, read) &&
-         std::ranges::any_of(
-             values, [&](std::string_view value) { return equal_names(read.value, value); });
+bool has_any(const std::vector<Attribute> &attributes, std::string_view name, const auto &values) {
+  const Attribute *const found = find_attribute(attributes, name);
+  return found && std::ranges::any_of(values, [&](std::string_view value) {
+           return equal_names(found->value, value);
+         });
 }
 
-bool is_text(std::string_view element, std::string_view tag, std::string_view attribute) {
+bool is_text(std::string_view element, const std::vector<Attribute> &attributes,
+             std::string_view attribute) {
   const std::string name = ' ' + lower_case(element) + ' ';
   for (const auto &row : texts) {
     if (!equal_names(row.name, attribute)) continue;
@@ -51,10 +52,10 @@ bool is_text(std::string_view element, std::string_view tag, std::string_view at
   }
   if (equal_names(element, "input") && equal_names(attribute, "value")) {
     constexpr std::string_view buttons[] = {"submit", "reset", "button"};
-    return has_any(tag, "type", buttons);
+    return has_any(attributes, "type", buttons);
   }
   return equal_names(element, "meta") && equal_names(attribute, "content") &&
-         (has_any(tag, "name", described) || has_any(tag, "property", described));
+         (has_any(attributes, "name", described) || has_any(attributes, "property", described));
 }
 
 bool has_letters(std::string_view written) {
@@ -83,15 +84,15 @@ size_t end_of_white(std::string_view value, size_t i) {
   constexpr std::string_view references[] = {"&#9;",  "&#10;", "&#13;", "&#32;", "&#x9;",
                                              "&#xA;", "&#xa;", "&#xD;", "&#xd;", "&#x20;"};
   while (i < value.size()) {
-    const auto reference = std::ranges::find_if(references, [&](std::string_view text) {
-      return value[i] == '&' && value.substr(i).starts_with(text);
-    });
-    if (reference != std::end(references))
-      i += reference->size();
-    else if (is_html_white(value[i]))
+    if (is_html_white(value[i])) {
       i++;
-    else
-      break;
+      continue;
+    }
+    if (value[i] != '&') break;
+    const auto reference = std::ranges::find_if(
+        references, [&](std::string_view text) { return value.substr(i).starts_with(text); });
+    if (reference == std::end(references)) break;
+    i += reference->size();
   }
   return i;
 }
@@ -102,21 +103,22 @@ bool needs_quotes(char32_t c) {
 
 }  // namespace
 
-void find_slots(std::string_view page, const Token &token, const Protection &protection,
-                std::vector<Slot> &slots) {
+void find_slots(std::string_view page, const Token &token, const std::vector<Attribute> &attributes,
+                const Protection &protection, std::vector<Slot> &slots) {
+  if (attributes.empty() || protection.protects(token.name, attributes)) return;
   const std::string_view tag = page.substr(token.begin, token.end - token.begin);
-  if (protection.protects(token.name, tag)) return;
-  Attribute read;
+  const auto names_own_language = [&](std::string_view name) {
+    const Attribute *const found = find_attribute(attributes, name);
+    return found && protection.is_own_language(found->value);
+  };
   const bool is_root = equal_names(token.name, "html");
-  const bool own_language =
-      (find_attribute(tag, "lang", read) && protection.is_own_language(read.value)) ||
-      (find_attribute(tag, "xml:lang", read) && protection.is_own_language(read.value));
-  if (is_root && own_language && !find_attribute(tag, "dir", read)) {
+  const bool own_language = names_own_language("lang") || names_own_language("xml:lang");
+  if (is_root && own_language && !find_attribute(attributes, "dir")) {
     const size_t at = token.begin + 1 + token.name.size();
     slots.push_back({Slot::direction, at, at});
   }
   std::vector<std::string_view> seen;  // a later attribute of the same name has no meaning
-  for (size_t i = 0; next_attribute(tag, i, read);) {
+  for (const Attribute &read : attributes) {
     const auto is_same = [&](std::string_view name) { return equal_names(name, read.name); };
     if (std::ranges::none_of(looked_at, is_same) || std::ranges::any_of(seen, is_same)) continue;
     seen.push_back(read.name);
@@ -128,7 +130,7 @@ void find_slots(std::string_view page, const Token &token, const Protection &pro
     } else if (equal_names(read.name, "dir")) {
       if (!is_root && !equal_names(token.name, "body") && !own_language) continue;
       slot.kind = Slot::direction;
-    } else if (!is_text(token.name, tag, read.name) ||
+    } else if (!is_text(token.name, attributes, read.name) ||
                !has_letters(tag.substr(read.begin, read.end - read.begin))) {
       continue;
     }
@@ -145,10 +147,7 @@ std::u32string read_value(std::string_view written) {
     while (i < value.size() && end_of_white(value, i) == i) i++;
     if (begin == i) break;
     if (!text.empty()) text += U' ';
-    for (TextReader reader(value.substr(begin, i - begin)); !reader.at_end();) {
-      const TextCharacter c = reader.next();
-      text += c.bare ? c.character | bare_flag : c.character;
-    }
+    read_text(value.substr(begin, i - begin), text);
   }
   return text;
 }

@@ -12,9 +12,9 @@
 
 namespace klib::programs {
 
-// Adds the slots of a start tag, in their order.
-void find_slots(std::string_view page, const Token &tag, const Protection &protection,
-                std::vector<Slot> &slots);
+// Adds the slots of a start tag with these attributes, in their order.
+void find_slots(std::string_view page, const Token &tag, const std::vector<Attribute> &attributes,
+                const Protection &protection, std::vector<Slot> &slots);
 
 // The text of a value as it is written, with its quotes.
 std::u32string read_value(std::string_view written);

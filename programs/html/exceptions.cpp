@@ -86,9 +86,10 @@ bool read_parts(std::string_view expression, std::vector<Part> &parts) {
   return parts.size() <= most_parts;
 }
 
-Ending ending_of(const char *expression) {
+// `parts` is room for those of the expression.
+Ending ending_of(const char *expression, std::vector<Part> &parts) {
   const Ending any = {~Bytes{}, ~Bytes{}};
-  std::vector<Part> parts;
+  parts.clear();
   if (!read_parts(expression, parts) || parts.empty() || parts.back().repeated) return any;
   Ending ending = {{}, parts.back().bytes};
   for (size_t i = parts.size() - 1; i-- > 0;) {
@@ -101,8 +102,10 @@ Ending ending_of(const char *expression) {
 void read_endings() {
   bool all = true;  // an empty expression means one before it
   for (int32_t i = 0; i < l_length; i++) all = all && l_array[i][0] != '\0';
+  std::vector<Part> parts;
+  exceptions.endings.reserve(static_cast<size_t>(l_length));
   for (int32_t i = 0; i < l_length; i++)
-    exceptions.endings.push_back(ending_of(all ? l_array[i] : ""));
+    exceptions.endings.push_back(ending_of(all ? l_array[i] : "", parts));
 }
 
 }  // namespace

@@ -41,22 +41,10 @@ void split(const Document &page, const CodePage &code_page, const Wishes &wishes
   }
 }
 
-void read_text(std::string_view raw, std::u32string &text) {
-  TextReader reader(raw);
-  while (!reader.at_end()) {
-    if (const std::string_view plain = reader.take_plain(); !plain.empty()) {
-      append_plain(plain, text);
-      continue;
-    }
-    const TextCharacter c = reader.next();
-    text += c.bare ? c.character | bare_flag : c.character;
-  }
-}
-
 bool find_spellings(std::string_view raw, std::vector<std::string_view> &spellings) {
   bool any_reference = false;
   for (TextReader reader(raw); !reader.at_end();) {
-    if (!reader.take_plain().empty()) continue;
+    if (reader.skip_plain()) continue;
     const size_t begin = reader.position();
     const char32_t c = reader.next().character;
     if (c <= ' ' || !is_invisible(c)) continue;

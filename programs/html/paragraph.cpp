@@ -167,14 +167,15 @@ bool ParagraphReader::take_verbatim(size_t end, std::vector<Item> &items) {
   return true;
 }
 
-// Takes the slots of a start tag, and of those in an element that is kept whole.
+// Takes the slots of a start tag, and of those before the position, in an element kept whole.
 void ParagraphReader::take_slots(const Token &start) {
-  find_slots(page_, start, protection_, slots_);
-  if (element(start.name).content != Element::preserved) return;
+  find_slots(page_, start, attributes_, protection_, slots_);
   for (size_t i = start.end; i < position_;) {
     const Token token = next_token(page_, i);
     i = token.end;
-    if (token.kind == Token::start_tag) find_slots(page_, token, protection_, slots_);
+    if (token.kind != Token::start_tag) continue;
+    read_attributes(page_.substr(token.begin, token.end - token.begin), attributes_);
+    find_slots(page_, token, attributes_, protection_, slots_);
   }
 }
 
@@ -196,6 +197,7 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
     return true;
   }
   const bool opens = token.kind == Token::start_tag;
+  if (opens) read_attributes(page_.substr(token.begin, token.end - token.begin), attributes_);
   Element::Content content = element(token.name).content;
   if (token.begin < drawing_end_ && content != Element::raw)
     content = equal_names(token.name, "tspan") || equal_names(token.name, "a") ||
@@ -219,7 +221,7 @@ bool ParagraphReader::take_token(std::vector<Item> &items) {
   if (opens && content == Element::preserved) position_ = end_of_nested_element(page_, token, true);
   if (content == Element::inlined || content == Element::block || content == Element::caption) {
     if (opens)
-      protection_.start(token.name, page_.substr(token.begin, token.end - token.begin));
+      protection_.start(token.name, attributes_);
     else
       protection_.end(token.name);
     if (opens) kept = protection_.is_on();

@@ -38,6 +38,7 @@ class ParagraphReader {
 
   std::string_view page_;
   size_t position_;
+  std::vector<Attribute> attributes_;  // of the start tag that is being taken
   Protection &protection_;
   std::vector<Slot> &slots_;
   std::string_view offer_;   // elements whose text is offered instead of being kept whole

@@ -70,27 +70,27 @@ bool Protection::is_own_language(std::string_view value) const {
   return std::ranges::find(languages_, code_of(value)) != languages_.end();
 }
 
-Protection::State Protection::state_inside(std::string_view name, std::string_view tag) const {
+Protection::State Protection::state_inside(std::string_view name,
+                                           const std::vector<Attribute> &attributes) const {
   State state = open_.empty() ? State{} : open_.back().state;
   if (is_code(name) && !code_is_text_) state.off = true;
-  Attribute read;
-  for (size_t i = 0; next_attribute(tag, i, read);) {
+  for (const Attribute &read : attributes) {
     if (equal_names(read.name, "lang") || equal_names(read.name, "xml:lang"))
       state.foreign = !code_of(read.value).empty() && !is_own_language(read.value);
     else if (equal_names(read.name, "class") && has_class(read.value, "notranslate"))
       state.off = true;
   }
-  if (find_attribute(tag, "translate", read)) {
-    if (equal_names(read.value, "no"))
+  if (const Attribute *const translate = find_attribute(attributes, "translate")) {
+    if (equal_names(translate->value, "no"))
       state.off = true;
-    else if (read.value.empty() || equal_names(read.value, "yes"))
+    else if (translate->value.empty() || equal_names(translate->value, "yes"))
       state = State{};
   }
   return state;
 }
 
-bool Protection::protects(std::string_view name, std::string_view tag) const {
-  return state_inside(name, tag).is_on();
+bool Protection::protects(std::string_view name, const std::vector<Attribute> &attributes) const {
+  return state_inside(name, attributes).is_on();
 }
 
 // Ends what the start of an element ends without an end tag.
@@ -111,17 +111,16 @@ void Protection::end_by_start(std::string_view name) {
   if (ends_paragraph(name)) end(" p ", " button caption td th table object template ");
 }
 
-void Protection::start(std::string_view name, std::string_view tag) {
+void Protection::start(std::string_view name, const std::vector<Attribute> &attributes) {
   const bool is_root = equal_names(name, "html");
-  Attribute read;
   if (!page_is_known_ && (is_root || equal_names(name, "body"))) {
-    if (find_attribute(tag, "lang", read) || find_attribute(tag, "xml:lang", read)) {
-      languages_.push_back(code_of(read.value));
-      page_is_known_ = true;
-    }
+    const Attribute *language = find_attribute(attributes, "lang");
+    if (!language) language = find_attribute(attributes, "xml:lang");
+    if (language) languages_.push_back(code_of(language->value));
+    page_is_known_ = language != nullptr;
   }
   if (!open_.empty()) end_by_start(name);
-  const State state = state_inside(name, tag);
+  const State state = state_inside(name, attributes);
   if (!open_.empty() || state.is_on()) open_.push_back({name, state});
 }
 

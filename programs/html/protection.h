@@ -20,13 +20,13 @@ class Protection {
 
   // Takes a tag. For an element without content and end tag only attributes matter: use
   // `protects()` for it.
-  void start(std::string_view name, std::string_view tag);
+  void start(std::string_view name, const std::vector<Attribute> &attributes);
   void end(std::string_view name);
 
   // Whether the text that follows is protected.
   bool is_on() const { return !open_.empty() && open_.back().state.is_on(); }
   // Whether a start tag protects its own attributes where it is.
-  bool protects(std::string_view name, std::string_view tag) const;
+  bool protects(std::string_view name, const std::vector<Attribute> &attributes) const;
   // Whether a value of lang or xml:lang names the language of the page.
   bool is_own_language(std::string_view value) const;
 
@@ -41,7 +41,7 @@ class Protection {
     State state;
   };
 
-  State state_inside(std::string_view name, std::string_view tag) const;
+  State state_inside(std::string_view name, const std::vector<Attribute> &attributes) const;
   void end_by_start(std::string_view name);
 
   std::vector<std::string> languages_;  // codes: of the translation, of the page as it says

@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "programs/common/sentence.h"
 #include "programs/common/utf8.h"
 #include "programs/html/references.h"
 
@@ -18,13 +19,20 @@ bool continues_reference(char32_t c) {
 
 bool continues_tag(char32_t c) { return is_letter(c) || c == '/' || c == '!' || c == '?'; }
 
-// By byte: visible ASCII that is never part of markup or of a reference.
-constexpr auto is_plain = [] {
+// By byte: ASCII from one on, but for what may be part of markup or begin a reference.
+constexpr std::array<bool, 256> plain_from(size_t first) {
   std::array<bool, 256> plain{};
-  for (size_t byte = '!'; byte <= '~'; byte++)
+  for (size_t byte = first; byte <= '~'; byte++)
     plain[byte] = byte != '<' && byte != '>' && byte != '&';
   return plain;
-}();
+}
+constexpr auto is_plain = plain_from('!'), is_plain_or_white = plain_from(0);
+
+// The position after the bytes of such a kind.
+size_t skip(const std::array<bool, 256> &kind, std::string_view text, size_t i) {
+  while (i < text.size() && kind[static_cast<unsigned char>(text[i])]) i++;
+  return i;
+}
 
 }  // namespace
 
@@ -50,12 +58,30 @@ TextCharacter TextReader::next() {
   return {c, c == '<' || c == '>' || c == '&'};
 }
 
+bool TextReader::skip_plain() {
+  if (bare_before_ != 0) return false;
+  const size_t begin = position_;
+  position_ = skip(is_plain_or_white, text_, begin);
+  return position_ > begin;
+}
+
 std::string_view TextReader::take_plain() {
   if (bare_before_ != 0) return {};
   const size_t begin = position_;
-  while (position_ < text_.size() && is_plain[static_cast<unsigned char>(text_[position_])])
-    position_++;
+  position_ = skip(is_plain, text_, begin);
   return text_.substr(begin, position_ - begin);
+}
+
+void read_text(std::string_view raw, std::u32string &text) {
+  TextReader reader(raw);
+  while (!reader.at_end()) {
+    if (const std::string_view plain = reader.take_plain(); !plain.empty()) {
+      append_plain(plain, text);
+      continue;
+    }
+    const TextCharacter c = reader.next();
+    text += c.bare ? c.character | bare_flag : c.character;
+  }
 }
 
 bool is_invisible(char32_t c) {

@@ -21,6 +21,10 @@ class TextReader {
   // The visible ASCII characters that follow, as far as each is nothing but itself.
   std::string_view take_plain();
 
+  // Passes over the same characters, and over white space and controls between them; whether there
+  // are any.
+  bool skip_plain();
+
   size_t position() const { return position_; }
 
  private:
@@ -35,6 +39,9 @@ inline void append_plain(std::string_view plain, std::u32string &text) {
   text.resize(size + plain.size());
   for (size_t i = 0; i < plain.size(); i++) text[size + i] = static_cast<unsigned char>(plain[i]);
 }
+
+// Appends the characters of a text, with bare_flag (common/sentence.h) as kinds of documents do.
+void read_text(std::string_view raw, std::u32string &text);
 
 // Blanks, marks of no width and controls.
 bool is_invisible(char32_t character);

@@ -14,8 +14,7 @@
 namespace klib::programs {
 namespace {
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-bool is_letter(char c) { return lower(c) >= 'a' && lower(c) <= 'z'; }
+bool is_letter(char c) { return lower_case(c) >= 'a' && lower_case(c) <= 'z'; }
 
 // Whether `page` has `word`, given in lower case, at `position`, in any case.
 bool stands_at(std::string_view page, size_t position, std::string_view word) {
@@ -166,28 +165,29 @@ bool next_attribute(std::string_view tag, size_t &i, Attribute &read) {
   return true;
 }
 
-bool find_attribute(std::string_view tag, std::string_view name, Attribute &read) {
-  for (size_t i = 0; next_attribute(tag, i, read);)
-    if (equal_names(read.name, name)) return true;
-  return false;
+void read_attributes(std::string_view tag, std::vector<Attribute> &attributes) {
+  attributes.clear();
+  Attribute read;
+  for (size_t i = 0; next_attribute(tag, i, read);) attributes.push_back(read);
+}
+
+const Attribute *find_attribute(const std::vector<Attribute> &attributes, std::string_view name) {
+  for (const Attribute &one : attributes)
+    if (equal_names(one.name, name)) return &one;
+  return nullptr;
 }
 
 std::string_view attribute(std::string_view tag, std::string_view name) {
   Attribute read;
-  return find_attribute(tag, name, read) ? read.value : std::string_view();
+  for (size_t i = 0; next_attribute(tag, i, read);)
+    if (equal_names(read.name, name)) return read.value;
+  return {};
 }
-
-bool is_html_white(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 
 std::string lower_case(std::string_view text) {
   std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(), lower);
+  for (char &c : result) c = lower_case(c);
   return result;
-}
-
-bool equal_names(std::string_view one, std::string_view other) {
-  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                    [](char a, char b) { return lower(a) == lower(b); });
 }
 
 }  // namespace klib::programs

@@ -2,9 +2,11 @@
 // exact bytes of every piece: the pieces, one after the other, are the page.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace klib::programs {
 
@@ -32,14 +34,27 @@ struct Attribute {
 // no more. The first one of a name counts, for those who look.
 bool next_attribute(std::string_view tag, size_t &i, Attribute &read);
 
-// The first attribute of this name; false when there is none.
-bool find_attribute(std::string_view tag, std::string_view name, Attribute &read);
+// All of them, in place of what `attributes` has.
+void read_attributes(std::string_view tag, std::vector<Attribute> &attributes);
+
+// The first one of this name, or null.
+const Attribute *find_attribute(const std::vector<Attribute> &attributes, std::string_view name);
 
 // The value of an attribute of a start tag, without its quotes, or an empty text.
 std::string_view attribute(std::string_view tag, std::string_view name);
 
-bool is_html_white(char c);
-std::string lower_case(std::string_view text);                   // ASCII letters
-bool equal_names(std::string_view one, std::string_view other);  // ASCII letters in any case
+inline bool is_html_white(char c) {
+  return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f';
+}
+
+// ASCII letters.
+inline char lower_case(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
+std::string lower_case(std::string_view text);
+
+// ASCII letters in any case.
+inline bool equal_names(std::string_view one, std::string_view other) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                    [](char a, char b) { return lower_case(a) == lower_case(b); });
+}
 
 }  // namespace klib::programs
