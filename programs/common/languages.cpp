@@ -222,6 +222,11 @@ constexpr OtherLanguage other_languages[] = {
 };
 // clang-format on
 
+// Those that are written from right to left, also after that repository.
+constexpr std::string_view right_to_left =
+    " ae aeb ar arc arq ars ary arz bal bej bgn bqi brh ckb dv fa gbz glk grc he khw ks lad lah lrc"
+    " mde mzn nqo ota pal phn ps sd sdh shu sog swb syr ug ur yi ";
+
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 bool is_same(std::string_view one, std::string_view other) {
@@ -269,6 +274,10 @@ std::string language_code(std::string_view name) {
   for (const LibraryLanguage &row : library_languages)
     if (row.name == name) return std::string(row.codes[0]);
   return std::string(name);
+}
+
+bool is_right_to_left(std::string_view name) {
+  return right_to_left.find(' ' + language_code(name) + ' ') != right_to_left.npos;
 }
 
 std::string list_of_languages() {

@@ -17,6 +17,9 @@ std::string language_name(std::string_view given);
 // The standard code of a language, such as "de" for GERMAN; for any other text, the text itself.
 std::string language_code(std::string_view name);
 
+// Whether the language is written from right to left.
+bool is_right_to_left(std::string_view name);
+
 // The 18 languages of the library with their short forms and codes, on indented lines of at most
 // 80 columns, for people.
 std::string list_of_languages();

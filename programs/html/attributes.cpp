@@ -1,7 +1,5 @@
 #include "programs/html/attributes.h"
 
-#include <unicode/uloc.h>
-
 #include <algorithm>
 
 #include "programs/common/languages.h"
@@ -61,10 +59,6 @@ bool is_text(std::string_view element, const std::vector<Attribute> &attributes,
 bool has_letters(std::string_view written) {
   return std::ranges::any_of(read_value(written),
                              [](char32_t c) { return is_letter_or_digit(c & ~bare_flag); });
-}
-
-bool is_right_to_left(const std::string &language) {
-  return uloc_isRightToLeft(language_code(language).c_str());
 }
 
 char quote_of(std::string_view written) {

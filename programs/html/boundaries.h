@@ -1,5 +1,5 @@
-// Unicode's view of sentences, by ICU: what kind a character is, and where sentences end in scripts
-// that have no capital letters.
+// Unicode's view of sentences: what kind a character is, and where sentences end in scripts that
+// have no capital letters.
 #pragma once
 
 #include <string>
