@@ -78,11 +78,21 @@ bool is_telling(const Side &side, Range key) {
   return length > 1 || !side.is_core(key.begin) || side.kinds[key.begin] == CharKind::digit;
 }
 
+// Where both sides have as many whole words among pieces that are alike, these come first: they
+// belong together, however the parts of other words are spread.
+void put_whole_words_first(std::span<TextPiece> ours, std::span<TextPiece> theirs) {
+  if (ours.size() == 1 && theirs.size() == 1) return;
+  if (std::ranges::count_if(ours, &TextPiece::whole) !=
+      std::ranges::count_if(theirs, &TextPiece::whole))
+    return;
+  for (const auto pieces : {ours, theirs}) std::ranges::stable_partition(pieces, &TextPiece::whole);
+}
+
 // Finds the words that both sides share, going through the pieces of both in step.
 void match_same_words(const Side &source, const Side &target, Evidence &evidence) {
   evidence.same.assign(source.word_count(), -1);
   evidence.taken.assign(target.word_count(), false);
-  const std::vector<TextPiece> &ours = evidence.source_pieces, &theirs = evidence.target_pieces;
+  std::vector<TextPiece> &ours = evidence.source_pieces, &theirs = evidence.target_pieces;
   const auto end_of_alike = [](const std::vector<TextPiece> &pieces, size_t i) {
     const uint64_t hash = pieces[i].hash;
     while (i < pieces.size() && pieces[i].hash == hash) i++;
@@ -94,6 +104,7 @@ void match_same_words(const Side &source, const Side &target, Evidence &evidence
       continue;
     }
     const size_t end = end_of_alike(ours, i), their_end = end_of_alike(theirs, k);
+    put_whole_words_first({&ours[i], end - i}, {&theirs[k], their_end - k});
     if (end - i == their_end - k && end - i <= most_alike && is_telling(source, ours[i].range))
       for (; i < end; i++, k++) {
         if (!ours[i].whole) continue;

@@ -71,14 +71,16 @@ bool find_same_text(const Projection &projection, Range span, Range &found) {
   const Range text = key_of(source, span), first = first_word_of(source, text);
   if (first.empty()) return false;
   const std::u32string_view view = source.view(text);
-  uint32_t in_source = 0, before = 0;
+  uint32_t in_source = 0, before = 0, listed_before = 0;
   bool is_counted = false;
   for (const TextPiece &piece : find_pieces(evidence.source_pieces, source.view(first))) {
     if (!is_text_at(source, piece, view)) continue;
     in_source++;
     before += piece.range.begin < text.begin;
     is_counted |= piece.range.begin == text.begin;
+    listed_before += !is_counted;
   }
+  if (is_counted) before = listed_before;
   uint32_t count = 0;
   const TextPiece *named = nullptr, *as_manyth = nullptr, *last = nullptr;
   for (const TextPiece &piece : find_pieces(evidence.target_pieces, source.view(first))) {

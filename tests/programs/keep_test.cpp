@@ -108,8 +108,8 @@ TEST_F(Keep, PiecesOfSentencesComeBack) {
        "Y IST<s> <img> </s><b>X</b> <i>INT</i><u> </u>"},
       {"see <a href=x>\"the page\"</a>.", "PAGE\". \"THE SEE", "0-2 1-1 2-0",
        "<a href=x>PAGE\".</a> \"THE SEE"},
-      {"a <code>-17</code> (<em>17</em> d", "D (17 -17 A", "0-3 1-2 2-1 3-0",
-       "D (17 <em><code>-17</code></em> A"},
+      {"a <code>-17</code> (<em>17</em> d", "D (B -17 A", "0-3 1-2 2-1 3-0",
+       "D (B <em><code>-17</code></em> A"},
       {"a <code>x &lt; &amp;y</code> d", "A D x", "0-0 1-2 2-2 3-2 4-1",
        "A D <code>x &lt; &amp;y</code>"},
   };
