@@ -38,8 +38,8 @@ constexpr LibraryLanguage library_languages[] = {
 };
 
 struct OtherLanguage {
-  std::string_view code, three_letters;  // the latter where the code has two
-  std::string_view name;
+  char code[4], three_letters[4];  // the latter where the code has two
+  char name[28];                   // in its place: hundreds of addresses would slow every start
 };
 
 constexpr OtherLanguage other_languages[] = {
@@ -239,8 +239,9 @@ std::string language_of_code(std::string_view code) {
     for (const std::string_view known : row.codes)
       if (!known.empty() && is_same(code, known)) return std::string(row.name);
   for (const OtherLanguage &row : other_languages)
-    if (is_same(code, row.code) || (!row.three_letters.empty() && is_same(code, row.three_letters)))
-      return std::string(row.code);
+    if (is_same(code, row.code) ||
+        (row.three_letters[0] != '\0' && is_same(code, row.three_letters)))
+      return row.code;
   return "";
 }
 
@@ -265,7 +266,7 @@ std::string language_name(std::string_view given) {
   for (const LibraryLanguage &row : library_languages)
     if (is_same(given, row.name) || is_same(given, row.short_form)) return std::string(row.name);
   for (const OtherLanguage &row : other_languages)
-    if (is_same(given, row.name)) return std::string(row.code);
+    if (is_same(given, row.name)) return row.code;
   const size_t end = std::min(given.find_first_of("-_"), given.size());
   return are_subtags(given.substr(end)) ? language_of_code(given.substr(0, end)) : "";
 }

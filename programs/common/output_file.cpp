@@ -97,6 +97,7 @@ OutputFile::OutputFile(const std::string &name)
     if (descriptor_ >= 0) give_permissions(descriptor_, exists ? &status : nullptr);
   }
   if (descriptor_ >= 0) stream_ = fopencookie(this, "wb", {nullptr, take, nullptr, nullptr});
+  if (stream_) setvbuf(stream_, nullptr, _IONBF, 0);  // what it writes is collected here
   if (!stream_) {
     const int error = errno;
     if (descriptor_ >= 0) close(descriptor_);
@@ -112,8 +113,8 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::write(std::string_view text) {
-  fwrite(text.data(), 1, text.size(), stream_);
-  check();
+  if (take(this, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+    fail(name_.c_str(), 0, "could not be written: %s", error_text(errno));
 }
 
 void OutputFile::check() {

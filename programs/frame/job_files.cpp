@@ -132,26 +132,27 @@ void check_own_outputs(std::span<const std::string> names, const char *report) {
   }
 }
 
-void check_replaced(const std::string &name, bool (*is_ours)(std::string_view), const char *why) {
-  if (name == "-") return;
+bool check_replaced(const std::string &name, bool (*is_ours)(std::string_view), const char *why) {
+  if (name == "-") return false;
   const std::string bytes = beginning_of(name);
   if (!bytes.empty() && !is_ours(bytes)) refuse(name, why);
+  return !bytes.empty();
 }
 
-void check_sentence_file(const std::string &name) {
+bool check_sentence_file(const std::string &name) {
   struct stat status;
   const bool exists = stat(name.c_str(), &status) == 0;
-  if (exists && !S_ISREG(status.st_mode)) return;
+  if (exists && !S_ISREG(status.st_mode)) return false;
   if (!name.ends_with(".kti"))
     fail({name.c_str()}, "wrong-type", {}, "the name of a sentence file must end in .kti");
-  check_replaced(name, begins_like_sentences, "is no sentence file");
+  return check_replaced(name, begins_like_sentences, "is no sentence file");
 }
 
 void check_family(const std::string &sentence_file) {
-  check_sentence_file(sentence_file);
+  const bool has_sentences = check_sentence_file(sentence_file);
   const std::string anchors = with_type(sentence_file.c_str(), "anc");
-  check_replaced(anchors, begins_like_anchors, "is no anchor file");
-  if (!beginning_of(anchors).empty() || !beginning_of(sentence_file).empty()) return;
+  const bool has_anchors = check_replaced(anchors, begins_like_anchors, "is no anchor file");
+  if (has_sentences || has_anchors) return;
   for (const char *type : {"txt", "anx"})
     check_replaced(
         with_type(sentence_file.c_str(), type), [](std::string_view) { return false; },

@@ -19,13 +19,13 @@ void check_own_outputs(std::span<const std::string> names, const char *report);
 
 // Ends the job when a regular file of this name exists, holds something, and is not of the
 // programs' own making, as far as its first bytes show: `why` it is not replaced, such as "is no
-// report".
-void check_replaced(const std::string &name, bool (*is_ours)(std::string_view first_bytes),
+// report". Whether there is one.
+bool check_replaced(const std::string &name, bool (*is_ours)(std::string_view first_bytes),
                     const char *why);
 
 // Ends the job when a file of this name exists, holds something, and does not begin like a sentence
-// file, or is not called *.kti.
-void check_sentence_file(const std::string &name);
+// file, or is not called *.kti. Whether there is one.
+bool check_sentence_file(const std::string &name);
 
 // The same for JOB.txt, JOB.anc and JOB.anx beside JOB.kti: they are replaced when JOB.kti or
 // JOB.anc are of the programs' own making.

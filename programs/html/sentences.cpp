@@ -208,6 +208,7 @@ void take_white(EndFinder &finder, size_t i) {
 void split_items(std::string_view page, const std::vector<End> &ends, std::vector<Item> &items,
                  std::vector<size_t> &next_items) {
   std::vector<Item> parts;
+  parts.reserve(items.size() + ends.size());
   std::vector<size_t> moved_to(items.size());
   auto end = ends.begin();
   for (size_t i = 0; i < items.size(); i++) {
