@@ -3,6 +3,7 @@
 // in the standard's way. All others are left to iconv.
 #include "programs/html/conversion.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 
@@ -128,7 +129,7 @@ PageEncoder::PageEncoder(std::string_view name) {
   if (encoding->kind == Encoding::bytes) {
     Table table;
     good_ = make_table(*encoding, table);
-    byte_.resize(0x10000);
+    byte_.resize(std::ranges::max(table.character) + 1);
     for (size_t byte = 0; byte < 0x100; byte++)
       byte_[table.character[byte]] = static_cast<char>(byte);
     byte_[0] = 0;
@@ -152,7 +153,7 @@ bool PageEncoder::take_bytes(std::string_view text, size_t &position, std::strin
     if (position == text.size()) break;
     size_t end = position;
     const char32_t c = next_utf8(text, end);
-    if (c > 0xFFFF || byte_[c] == 0) return false;
+    if (c >= byte_.size() || byte_[c] == 0) return false;
     encoded += byte_[c];
     position = end;
   }

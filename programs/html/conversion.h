@@ -34,7 +34,7 @@ class PageEncoder {
   bool take_bytes(std::string_view text, size_t &position, std::string &encoded) const;
 
   bool good_ = false, utf8_ = false;
-  std::string byte_;  // of each 16-bit character, when characters are single bytes; 0: none
+  std::string byte_;  // of each character, when all are single bytes; 0: none
   iconv_t converter_ = reinterpret_cast<iconv_t>(-1);
 };
 

@@ -116,6 +116,7 @@ bool convert(const std::string &bytes, const Encoding &encoding, Document &page,
     line = line_of(page.text, page.text.size());
     return false;
   }
+  if (encoding.kind == Encoding::utf8) return true;  // the bytes are the text
   std::string back;
   PageEncoder encoder(encoding.name);
   encoder.append(page.text, back);
