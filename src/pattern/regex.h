@@ -3,7 +3,8 @@
 //
 //   regex_compile.cpp    expression -> compiled form, with the error numbers
 //   regex_search.cpp     the exported searches; chooses how an expression is decided
-//   regex_stretch.cpp    a quick look for bytes that every match holds
+//   regex_written.cpp    decides simple expressions as they are written, without a compiled form
+//   regex_stretch.cpp    a quick look for bytes that every match holds, with regex_pair.cpp
 //   regex_walk.cpp       the decision in linear time, with the files named in regex_walk.h; exact
 //                        without back-references
 //   regex_backtrack.cpp  the backtracking matcher; decides expressions with back-references
@@ -22,6 +23,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
 namespace klib::regex {
 
@@ -172,10 +174,6 @@ struct Compiled {
 // null; `compiled.last` then stays as it is.
 const Expression *regex_compile(const char *text, Compiled &compiled);
 
-// Whether an expression has no error and only bytes that match themselves, so that it matches
-// wherever a text has them.
-[[nodiscard]] bool is_plain(const char *expression);
-
 // A text to be searched.
 struct Subject {
   explicit Subject(const char *bytes)
@@ -184,7 +182,14 @@ struct Subject {
   size_t length;
 };
 
-// Whether the expression matches at some position of the text.
+enum class Answer : uint8_t { no, yes, unknown };
+
+// Whether an expression matches at some position of the text. Unknown when it has to be compiled:
+// all that have an error are among those. The subject is made once it is needed.
+[[nodiscard]] Answer find_as_written(const char *expression, const char *text,
+                                     std::optional<Subject> &subject);
+
+// The same for a compiled expression.
 [[nodiscard]] bool regex_find(const Expression &expression, const Subject &subject);
 
 // What the backtracking matcher keeps during one search.

@@ -49,16 +49,7 @@ inline uint64_t equal(const Block &block, uint8_t value) {
 }
 
 // The bytes that lie in one of the ranges.
-inline uint64_t within(const Block &block, const ByteRange *ranges, size_t count) {
-  BlockMask found(block.bytes);
-  for (const ByteRange *range = ranges; range != ranges + count; ++range) {
-    if (range->first == range->last)
-      found.add_equal(range->first);
-    else
-      found.add_range(*range);
-  }
-  return found.bits();
-}
+[[nodiscard]] uint64_t within(const Block &block, const ByteRange *ranges, size_t count);
 
 // The bytes that equal the one `distance` before them.
 inline uint64_t equal_at_distance(const Block &block, ptrdiff_t distance) {

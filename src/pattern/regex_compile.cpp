@@ -14,12 +14,12 @@
 //
 // Tested by regex_test.cpp.
 
-#include <algorithm>
 #include <cstring>
 
 #include "frame/messages.h"
 #include "klib.h"
 #include "pattern/regex.h"
+#include "pattern/regex_bytes.h"
 #include "text/bytes.h"
 
 namespace klib::regex {
@@ -41,22 +41,6 @@ enum Error : int32_t {
   bracket_not_closed = 49,
   form_too_long = 50,
 };
-
-// Bytes that match themselves wherever an item can begin.
-constexpr std::array<bool, 256> ordinary = [] {
-  std::array<bool, 256> table{};
-  table.fill(true);
-  for (const char byte : {'\0', '\n', '\\', '[', '.', '$', '*'}) table[u8(byte)] = false;
-  return table;
-}();
-
-// Members of a bracket expression that match themselves and leave the set narrow.
-constexpr std::array<bool, 256> plain_member = [] {
-  std::array<bool, 256> table{};
-  std::fill_n(table.begin(), 0x80, true);
-  for (const char byte : {'\0', '\n', '-', ']'}) table[u8(byte)] = false;
-  return table;
-}();
 
 struct Compilation {
   const char *at;                           // the next byte of the expression
@@ -289,14 +273,6 @@ const Expression *regex_compile(const char *text, Compiled &compiled) {
   }
   compiled.last = expression;
   return &compiled.form;
-}
-
-bool is_plain(const char *expression) {
-  constexpr ptrdiff_t most_literals = (form_size - 1) / 2;
-  if (*expression == '^' || *expression == '\0') return false;
-  const char *at = expression;
-  while (ordinary[u8(*at)]) ++at;
-  return *at == '\0' && at - expression <= most_literals;
 }
 
 }  // namespace klib::regex

@@ -74,15 +74,15 @@ const uint8_t *find_stretch(const uint8_t *item) {
 // Whether a text has what an expression of several stretches cannot do without: the rarest of them,
 // and the last one at its end, if the expression ends there.
 bool has_stretches(const Stretch &start, const Subject &subject) {
-  Stretch rarer;
+  Stretch others[2], *next = others;
   const Stretch *rarest = &start;
   for (const uint8_t *item = start.past; !is_end(item = find_stretch(item));) {
-    const Stretch next = stretch_from(item);
-    item = next.past;
-    if (*item == end_anchor && !fits_at_end(next, subject)) return false;
-    if (next.common >= rarest->common) continue;
-    rarer = next;
-    rarest = &rarer;
+    read_stretch(item, *next);
+    item = next->past;
+    if (*item == end_anchor && !fits_at_end(*next, subject)) return false;
+    if (next->common >= rarest->common) continue;
+    rarest = next;
+    next = next == others ? others + 1 : others;
   }
   // Most texts have the others.
   constexpr uint32_t rare = 360;
@@ -101,8 +101,9 @@ int32_t find_any(const char *text, int32_t first, int32_t count, char **expressi
   Compiled compiled;
   std::optional<Subject> subject;  // once its length is needed
   for (int32_t i = first; i < count; ++i) {
-    if (is_plain(expressions[i])) {
-      if (std::strstr(text, expressions[i]) != nullptr) return i;
+    if (const Answer found = find_as_written(expressions[i], text, subject);
+        found != Answer::unknown) {
+      if (found == Answer::yes) return i;
       compiled.last = expressions[i];
       continue;
     }
@@ -118,7 +119,8 @@ int32_t find_any(const char *text, int32_t first, int32_t count, char **expressi
 }  // namespace
 
 bool regex_find(const Expression &expression, const Subject &subject) {
-  const Stretch start = stretch_from(expression.items.data());
+  Stretch start;
+  read_stretch(expression.items.data(), start);
   const bool whole = is_end(start.past);
   if (expression.anchored) {
     if (!fits(start, subject.text, subject.text)) return false;

@@ -1,17 +1,15 @@
 // Finding the stretches of an expression, and a stretch in a text; see regex_stretch.h.
 //
-// Two literals are compared with the text in 16 places at a time, and the whole stretch only where
-// both are there. They are chosen by a guess of how common each byte is in running text.
+// The two literals that are looked for are chosen by a guess of how common each byte is in running
+// text.
 //
 // Tested by regex_test.cpp.
 
 #include "pattern/regex_stretch.h"
 
 #include <algorithm>
-#include <bit>
+#include <array>
 #include <string_view>
-
-#include "pattern/regex_block.h"
 
 namespace klib::regex {
 
@@ -31,8 +29,6 @@ constexpr std::array<uint8_t, 256> commonness = [] {
   return table;
 }();
 constexpr uint32_t any_byte = 256;  // is more common than any one
-
-constexpr size_t at_once = BytePair::at_once;
 
 // Two literals side by side: how common they are, their distance from the beginning of the stretch,
 // in 14 bits, and that of the first one's item, in 7 bits.
@@ -89,33 +85,11 @@ const uint8_t *pass(const uint8_t *item, const uint8_t *text, const uint8_t *pos
   }
 }
 
-// The first of the places from `place` on, 16 at a time, where `a` and `b` have the two bytes. A
-// look at the last places may go back. Result: which of the 16 have them, or 0 when none has. Not
-// inlined, so that its few values stay in registers.
-[[gnu::noinline]] uint32_t next_pairs(const uint8_t *a, const uint8_t *b, const uint8_t (&bytes)[2],
-                                      size_t &place, size_t places) {
-  const BytePair pair(bytes[0], bytes[1]);
-  const size_t last = places - at_once;
-  for (; place + at_once < last; place += 2 * at_once) {
-    const uint32_t both = pair.places(a + place, b + place);
-    const uint32_t next = pair.places(a + place + at_once, b + place + at_once);
-    if ((both | next) == 0) continue;
-    if (both != 0) return both;
-    place += at_once;
-    return next;
-  }
-  for (; place < places; place += at_once) {
-    place = std::min(place, last);
-    if (const uint32_t both = pair.places(a + place, b + place); both != 0) return both;
-  }
-  return 0;
-}
-
 }  // namespace
 
 // The usual items have branches of their own: the processor then need not wait for a table to know
 // where the next one is.
-Stretch stretch_from(const uint8_t *const items) {
+void read_stretch(const uint8_t *const items, Stretch &stretch) {
   uint32_t rarest = no_pair, all = 0;  // the bytes that the items take
   uint32_t first_at = 0, last_at = 0;
   const uint8_t *first = nullptr, *last = nullptr;
@@ -143,15 +117,21 @@ Stretch stretch_from(const uint8_t *const items) {
       item = next_item(item);
     }
   }
-  if (first == nullptr) return {items, item, all, no_literals, {}, {}};
-  if (rarest != no_pair) {
+  stretch.first = items;
+  stretch.past = item;
+  stretch.width = all;
+  if (first == nullptr) {
+    stretch.common = no_literals;
+    stretch.pair = {};
+  } else if (rarest != no_pair) {
     const uint8_t *const pair = items + (rarest & ((1u << item_bits) - 1));
     const uint32_t at = rarest >> item_bits & ((1u << distance_bits) - 1);
-    return {
-        items, item, all, rarest >> (distance_bits + item_bits), {at, at + 1}, {pair[1], pair[3]}};
+    stretch.common = rarest >> (distance_bits + item_bits);
+    stretch.pair = {{at, at + 1}, {pair[1], pair[3]}};
+  } else {
+    stretch.common = commonness[first[1]] + (first == last ? any_byte : commonness[last[1]]);
+    stretch.pair = {{first_at, last_at}, {first[1], last[1]}};
   }
-  const uint32_t common = commonness[first[1]] + (first == last ? any_byte : commonness[last[1]]);
-  return {items, item, all, common, {first_at, last_at}, {first[1], last[1]}};
 }
 
 bool fits(const Stretch &stretch, const uint8_t *text, const uint8_t *position) {
@@ -168,26 +148,8 @@ bool fits(const Stretch &stretch, const uint8_t *text, const uint8_t *position) 
 
 Answer find(const Stretch &stretch, const Subject &subject) {
   if (stretch.common == no_literals) return Answer::unknown;
-  if (stretch.width > subject.length) return Answer::no;
-  const uint8_t *const text = subject.text;
-  const size_t places = subject.length - stretch.width + 1;
-  const uint8_t *const a = text + stretch.at[0], *const b = text + stretch.at[1];
-  if (places < at_once) {
-    for (size_t place = 0; place < places; ++place)
-      if (a[place] == stretch.literal[0] && b[place] == stretch.literal[1] &&
-          fits(stretch, text, text + place))
-        return Answer::yes;
-    return Answer::no;
-  }
-  size_t tries = 16 + places / block_size;
-  for (size_t place = 0; place < places; place += at_once) {
-    uint32_t both = next_pairs(a, b, stretch.literal, place, places);
-    for (; both != 0; both &= both - 1) {
-      if (tries-- == 0) return Answer::unknown;
-      if (fits(stretch, text, text + place + std::countr_zero(both))) return Answer::yes;
-    }
-  }
-  return Answer::no;
+  return find_pair(stretch.pair, stretch.width, subject,
+                   [&](const uint8_t *position) { return fits(stretch, subject.text, position); });
 }
 
 }  // namespace klib::regex

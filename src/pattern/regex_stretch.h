@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "pattern/regex.h"
+#include "pattern/regex_pair.h"
 
 namespace klib::regex {
 
@@ -19,13 +20,12 @@ struct Stretch {
   // How often texts have the two of its literals that are looked for: the rarest ones side by side,
   // else the first and the last. With only one literal both are that one.
   uint32_t common;
-  uint32_t at[2];      // their distances from the beginning of the stretch
-  uint8_t literal[2];  // and what they are
+  LiteralPair pair;
 };
 
-// The stretch that begins with an item. After it comes an item that can take more bytes or fewer,
-// or the end of the expression.
-[[nodiscard]] Stretch stretch_from(const uint8_t *item);
+// Reads the stretch that begins with an item. After it comes an item that can take more bytes or
+// fewer, or the end of the expression. (A result that is copied would have to be waited for.)
+void read_stretch(const uint8_t *item, Stretch &stretch);
 
 [[nodiscard]] inline bool is_end(const uint8_t *item) {
   return *item == end || *item == end_anchor;
@@ -33,8 +33,6 @@ struct Stretch {
 
 // Whether a stretch fits at a position. Its width must be left there, or the text end with a NUL.
 [[nodiscard]] bool fits(const Stretch &stretch, const uint8_t *text, const uint8_t *position);
-
-enum class Answer : uint8_t { no, yes, unknown };
 
 // Whether a stretch fits somewhere. Unknown when it has no literals, and when its literals are in
 // so many places that a search is quicker.

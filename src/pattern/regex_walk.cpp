@@ -47,12 +47,12 @@ uint64_t advance_reference(Walk &walk, const uint8_t *item, const Block &block, 
 // They may also be in the next block. Where the stretch begins with a literal, the walk sees that
 // as quickly.
 uint64_t allowed_by(const Stretch &start, const Block &block) {
-  if (start.common == no_literals || start.at[0] == 0) return all_positions;
+  if (start.common == no_literals || start.pair.at[0] == 0) return all_positions;
   uint64_t positions = all_positions;
   for (size_t i = 0; i < 2; ++i) {
-    const uint32_t distance = start.at[i];
+    const size_t distance = start.pair.at[i];
     if (distance < block_size)
-      positions &= equal(block, start.literal[i]) >> distance | ~(all_positions >> distance);
+      positions &= equal(block, start.pair.literal[i]) >> distance | ~(all_positions >> distance);
   }
   return positions;
 }

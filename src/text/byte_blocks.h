@@ -67,7 +67,10 @@ inline void store_vector(char *bytes, const ByteVector &vector) {
 
 #endif
 
-// Two bytes to look for in 16 places at a time: those at which `a` has the one and `b` the other.
+inline constexpr size_t block_size = 64;
+
+// Two bytes to look for in 16 places at a time, or in the 64 of a block: those at which `a` has the
+// one and `b` the other.
 struct BytePair {
   static constexpr size_t at_once = 16;
 
@@ -76,9 +79,26 @@ struct BytePair {
       : first(_mm_set1_epi8(static_cast<char>(of_a))),
         second(_mm_set1_epi8(static_cast<char>(of_b))) {}
   [[nodiscard]] uint32_t places(const uint8_t *a, const uint8_t *b) const {
-    const __m128i both = _mm_and_si128(_mm_cmpeq_epi8(load_sixteen(a), first),
-                                       _mm_cmpeq_epi8(load_sixteen(b), second));
-    return static_cast<uint32_t>(_mm_movemask_epi8(both));
+    return mask(both(a, b));
+  }
+  [[nodiscard]] uint64_t block_places(const uint8_t *a, const uint8_t *b) const {
+    const __m128i found[4] = {both(a, b), both(a + 16, b + 16), both(a + 32, b + 32),
+                              both(a + 48, b + 48)};
+    const __m128i in_any =
+        _mm_or_si128(_mm_or_si128(found[0], found[1]), _mm_or_si128(found[2], found[3]));
+    if (mask(in_any) == 0) return 0;  // as in most blocks
+    uint64_t result = 0;
+    for (size_t i = 0; i < 4; ++i) result |= uint64_t{mask(found[i])} << (16 * i);
+    return result;
+  }
+
+ private:
+  [[nodiscard]] __m128i both(const uint8_t *a, const uint8_t *b) const {
+    return _mm_and_si128(_mm_cmpeq_epi8(load_sixteen(a), first),
+                         _mm_cmpeq_epi8(load_sixteen(b), second));
+  }
+  [[nodiscard]] static uint32_t mask(const __m128i &found) {
+    return static_cast<uint32_t>(_mm_movemask_epi8(found));
   }
   __m128i first, second;
 #else
@@ -89,11 +109,16 @@ struct BytePair {
       result |= static_cast<uint32_t>(a[i] == first && b[i] == second) << i;
     return result;
   }
+  [[nodiscard]] uint64_t block_places(const uint8_t *a, const uint8_t *b) const {
+    uint64_t result = 0;
+    for (size_t i = 0; i < block_size; i += at_once) result |= uint64_t{places(a + i, b + i)} << i;
+    return result;
+  }
+
+ private:
   uint8_t first, second;
 #endif
 };
-
-inline constexpr size_t block_size = 64;
 
 struct ByteRange {
   uint8_t first, last;
