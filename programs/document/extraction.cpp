@@ -135,28 +135,28 @@ size_t add_markup(Extraction &job, FrameItems &look, size_t i) {
   Anchor::Kind kind = Anchor::single;
   int32_t opened_by = 0;
   if (partner != Item::none && item.kind == Item::close) {
-    if (const int group = look.groups[partner]; group >= 0) {
+    if (const int group = look.known[partner].group; group >= 0) {
       look.is_open[group] = false;
       job.sentence.add_font(group, 0);
       return last;
     }
     kind = Anchor::close;
-    opened_by = look.numbers[partner];
-  } else if (partner != Item::none && look.content_after[i] > partner) {
+    opened_by = look.known[partner].number;
+  } else if (partner != Item::none && look.known[i].content_after > partner) {
     last = partner;  // an element without content is one anchor
   } else if (partner != Item::none) {
-    look.groups[i] = font_of(look, i, partner);
-    kind = look.groups[i] >= 0 ? Anchor::font : Anchor::open;
+    look.known[i].group = font_of(look, i, partner);
+    kind = look.known[i].group >= 0 ? Anchor::font : Anchor::open;
   } else if (item.partner != Item::none || item.reaches_out) {
     kind = item.kind == Item::open ? Anchor::opens_out : Anchor::closes_from;
   }
   const std::string raw = with_slots(job, begin_of_tag(look, i), end_of_tag(look, last));
-  look.numbers[i] = job.anchors.add(kind, raw, opened_by);
-  if (const int group = look.groups[i]; group >= 0) {
+  look.known[i].number = job.anchors.add(kind, raw, opened_by);
+  if (const int group = look.known[i].group; group >= 0) {
     look.is_open[group] = true;
-    job.sentence.add_font(group, look.numbers[i]);
+    job.sentence.add_font(group, look.known[i].number);
   } else {
-    job.sentence.add_anchor(look.numbers[i]);
+    job.sentence.add_anchor(look.known[i].number);
   }
   return last;
 }
@@ -289,7 +289,7 @@ void add_frame(Extraction &job, const std::vector<Item> &items, const Frame &fra
       add_kept_piece(job, look, i, kept_end);
       i = kept_end - 1;
     } else if (look.item(i).atom && !job.placeable.empty()) {
-      const size_t next = look.content_after[i];
+      const size_t next = look.known[i].content_after;
       const bool is_next = next == i + 1 && look.item(next).kind == Item::text;
       add_atom(job, look.item(i), is_next && look.item(next).lettered);
     } else if (look.item(i).is_markup()) {

@@ -10,28 +10,26 @@ size_t end_of_kept_item(const FrameItems &look, size_t i) {
   if (!item.kept || item.kind == Item::close) return i;
   if (item.kind != Item::open) return i + 1;
   const size_t partner = look.partner(i);
-  return partner != Item::none && look.free_before[partner] == look.free_before[i] ? partner + 1
-                                                                                   : i;
+  return partner != Item::none && look.known[partner].free_before == look.known[i].free_before
+             ? partner + 1
+             : i;
 }
 
 }  // namespace
 
 FrameItems look_at(const std::vector<Item> &items, const Frame &frame, bool takes_atoms) {
-  FrameItems look{items, frame, {}, {}, {}, {}, {}, {}};
+  FrameItems look{items, frame, {}};
   const size_t size = look.size();
-  look.numbers.assign(size, 0);
-  look.groups.assign(size, -1);
-  look.content_before.resize(size);
-  look.content_after.resize(size);
+  look.known.resize(size + 1);
   size_t content = Item::none;
   for (size_t i = 0; i < size; i++) {
     if (!look.item(i).is_markup()) content = i;
-    look.content_before[i] = content;
+    look.known[i].content_before = content;
   }
   content = Item::none;
   for (size_t i = size; i-- > 0;) {
     if (!look.item(i).is_markup()) content = i;
-    look.content_after[i] = content;
+    look.known[i].content_after = content;
   }
   const auto is_text = [&](size_t i) {
     return look.item(i).visible || (takes_atoms && look.item(i).atom);
@@ -39,12 +37,10 @@ FrameItems look_at(const std::vector<Item> &items, const Frame &frame, bool take
   while (!is_text(look.first_text)) look.first_text++;
   look.last_text = size - 1;
   while (!is_text(look.last_text)) look.last_text--;
-  look.free_before.assign(size + 1, 0);
-  look.kept_before.assign(size + 1, 0);
   for (size_t i = 0; i < size; i++) {
     const Item &item = look.item(i);
-    look.free_before[i + 1] = look.free_before[i] + (item.visible && !item.kept);
-    look.kept_before[i + 1] = look.kept_before[i] + (item.visible && item.kept);
+    look.known[i + 1].free_before = look.known[i].free_before + (item.visible && !item.kept);
+    look.known[i + 1].kept_before = look.known[i].kept_before + (item.visible && item.kept);
   }
   return look;
 }
@@ -54,7 +50,7 @@ size_t end_of_kept_piece(const FrameItems &look, size_t i) {
   for (size_t next = i, after; next < look.size(); next = after) {
     after = end_of_kept_item(look, next);
     if (after == next) break;
-    if (look.kept_before[after] > look.kept_before[next])
+    if (look.known[after].kept_before > look.known[next].kept_before)
       end = after;
     else if (end == i)
       break;  // it begins with text or the tags around it
@@ -65,8 +61,8 @@ size_t end_of_kept_piece(const FrameItems &look, size_t i) {
 int font_of(const FrameItems &look, size_t i, size_t partner) {
   const int group = look.item(i).font_group;
   if (group < 0 || look.is_open[group]) return -1;
-  const bool text = look.item(look.content_after[i]).kind == Item::text &&
-                    look.item(look.content_before[partner]).kind == Item::text;
+  const bool text = look.item(look.known[i].content_after).kind == Item::text &&
+                    look.item(look.known[partner].content_before).kind == Item::text;
   return text ? group : -1;
 }
 

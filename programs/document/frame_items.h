@@ -10,16 +10,20 @@
 
 namespace klib::programs {
 
-// What is known of the items of a frame while it is written, an element for each.
+// What is known of an item of a frame while it is written.
+struct FrameItem {
+  size_t content_before = 0, content_after = 0;  // the nearest items that are no markup
+  size_t free_before = 0, kept_before = 0;       // visible texts of either kind before the item
+  int32_t number = 0;                            // of its anchor
+  int group = -1;                                // of an opening tag that became a font
+};
+
 struct FrameItems {
   const std::vector<Item> &items;
   const Frame &frame;
-  std::vector<size_t> content_before, content_after;  // the nearest items that are no markup
-  std::vector<int32_t> numbers;                       // of anchors
-  std::vector<int> groups;                            // of opening tags that became fonts, else -1
-  std::vector<size_t> free_before, kept_before;  // visible texts of either kind before the item
-  bool is_open[font_group_count] = {};           // whether a font of the group is in force
-  size_t first_text = 0, last_text = 0;          // the first and last visible texts
+  std::vector<FrameItem> known;          // of each item, and of the end what is before it
+  bool is_open[font_group_count] = {};   // whether a font of the group is in force
+  size_t first_text = 0, last_text = 0;  // the first and last visible texts
 
   const Item &item(size_t i) const { return items[frame.first + i]; }
   size_t size() const { return frame.last - frame.first; }

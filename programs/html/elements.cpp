@@ -2,6 +2,7 @@
 #include "programs/html/elements.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 #include "programs/common/program.h"
@@ -72,13 +73,24 @@ constexpr Element elements[] = {
 constexpr bool by_name(const Element &one, const Element &other) { return one.name < other.name; }
 static_assert(std::is_sorted(std::begin(elements), std::end(elements), by_name));
 
+// How many names begin with a letter before each of "abc...z{".
+constexpr auto names_before = [] {
+  std::array<size_t, 27> before{};
+  for (size_t i = 0; i < before.size(); i++)
+    before[i] = static_cast<size_t>(std::ranges::count_if(
+        elements, [&](const Element &one) { return one.name[0] < static_cast<char>('a' + i); }));
+  return before;
+}();
+
 }  // namespace
 
 Element element(std::string_view name) {
-  const std::string lower = lower_case(name.substr(0, 16));  // longer than every known name
-  const Element wanted = {lower, Element::inlined, none};
-  const auto found = std::lower_bound(std::begin(elements), std::end(elements), wanted, by_name);
-  if (found != std::end(elements) && found->name == lower) return *found;
+  const char letter = name.empty() ? '\0' : lower_case(name[0]);
+  if (letter >= 'a' && letter <= 'z') {
+    const size_t place = static_cast<size_t>(letter - 'a');
+    for (size_t i = names_before[place]; i < names_before[place + 1]; i++)
+      if (equal_names(elements[i].name, name)) return elements[i];
+  }
   return {"", Element::inlined, none};
 }
 

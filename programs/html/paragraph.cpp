@@ -84,26 +84,30 @@ void pair_tags(std::string_view page, std::vector<Item> &items) {
   for (const size_t i : open) items[i].reaches_out = true;
 }
 
+// Finds out what can be seen of an item of text.
+void look_into(std::string_view page, Item &item) {
+  item.visible = item.lettered = false;
+  TextReader reader(page.substr(item.begin, item.end - item.begin));
+  while (!item.lettered && !reader.at_end()) {
+    if (const std::string_view plain = reader.take_plain(); !plain.empty()) {
+      item.visible = true;
+      item.lettered = std::ranges::any_of(
+          plain, [](char c) { return is_letter_or_digit(static_cast<unsigned char>(c)); });
+      continue;
+    }
+    const char32_t c = reader.next().character;
+    item.lettered = is_letter_or_digit(c);
+    item.visible = item.visible || !is_invisible(c);
+  }
+}
+
 }  // namespace
 
 Item part_of(std::string_view page, const Item &item, size_t begin, size_t end) {
   Item part = item;
   part.begin = begin;
   part.end = end;
-  part.visible = part.lettered = false;
-  if (item.kind != Item::text) return part;
-  TextReader reader(page.substr(begin, end - begin));
-  while (!part.lettered && !reader.at_end()) {
-    if (const std::string_view plain = reader.take_plain(); !plain.empty()) {
-      part.visible = true;
-      part.lettered = std::ranges::any_of(
-          plain, [](char c) { return is_letter_or_digit(static_cast<unsigned char>(c)); });
-      continue;
-    }
-    const char32_t c = reader.next().character;
-    part.lettered = is_letter_or_digit(c);
-    part.visible = part.visible || !is_invisible(c);
-  }
+  if (item.kind == Item::text) look_into(page, part);
   return part;
 }
 
@@ -129,9 +133,9 @@ void ParagraphReader::take_runs(size_t begin, size_t end, std::vector<Item> &ite
     const size_t first = i;
     const bool white = is_html_white(page_[i]);
     while (i < end && is_html_white(page_[i]) == white) i++;
-    Item item{white ? Item::white : Item::text, first, i, {}};
+    Item &item = items.emplace_back(Item{white ? Item::white : Item::text, first, i, {}});
     item.kept = protection_.is_on();
-    items.push_back(part_of(page_, item, first, i));
+    if (!white) look_into(page_, item);
   }
 }
 
