@@ -199,6 +199,10 @@ TEST_F(RegularExpressions, Matches) {
       {"[ab]\\{3\\}\\(c\\)*", "xabac*", "abac ab"},
       {"a\\{0\\}b\\{0,0\\}$", "a b", ""},
       {"\\(ab\\)\\1", "abab", "abba"},
+      {"\\(ab*\\)\\1", "xaab abbabb", "abba ab"},
+      {"\\(a\\)b*\\1c", "aac abac", "abc ac"},
+      {"\\(\\)a\\1b", "ab", "ba a"},
+      {"a\\(\\(b\\)\\1c\\)", "abc", "abbc"},
       {"^\\(a*\\)b\\1*c", "bc abc abaaac", "aabac"},
       {"^\\(a*\\)b\\1\\{2\\}c", "bc abaac", "abac abaaac"},
       {"\\(.\\)\\(.\\)\\2\\1", "xabba", "abab"},
@@ -367,7 +371,8 @@ TEST_F(RegularExpressions, SearchesGoThroughTheirLists) {
 TEST_F(RegularExpressions, SetsDecideAsBacktrackingDoes) {
   std::istringstream list(
       "a b ab ba . [^a] [a\351] [ab] \\< \\> a* b* .* [ab]* [^b]\\{0,3\\} [a\351]\\{2,\\} "
-      "a\\{60,70\\} .\\{64\\} \\(a*\\) \\([ab]*b\\) \\(.\\) \\1 \\1 \\1* \\1\\{2,3\\} \\2");
+      "a\\{60,70\\} .\\{64\\} \\(\\) \\(ab*\\) \\(a*\\) \\([ab]*b\\) \\(.\\) \\1 \\1 \\1* "
+      "\\1\\{2,3\\} \\2");
   constexpr size_t simple = 10;
   const std::vector<std::string> parts(std::istream_iterator<std::string>(list), {});
   std::mt19937 random(1);

@@ -148,6 +148,9 @@ class Bitmap {
   // The values 64 * i to 64 * i + 63, the first one's bit lowest.
   [[nodiscard]] uint64_t word(size_t i) const { return words_[i]; }
 
+  [[nodiscard]] bool test(uint8_t value) const {
+    return (words_[value / 64] >> value % 64 & 1) != 0;
+  }
   [[nodiscard]] static bool test(const uint8_t *bytes, uint8_t value) {
     return (bytes[value / 8] >> value % 8 & 1) != 0;
   }
@@ -161,6 +164,7 @@ struct Expression {
   uint8_t size;        // bytes of the form in use
   uint8_t references;  // back-references in it
   std::array<uint8_t, form_size> items;
+  std::array<uint8_t, most_groups> group_ends;  // the offset of each group's end in the items
 };
 
 // The compiled expression of a search, and the text of the last one without an error.
@@ -194,14 +198,22 @@ enum class Answer : uint8_t { no, yes, unknown };
 
 // What the backtracking matcher keeps during one search.
 struct Groups {
+  const Expression *expression;
   std::array<const uint8_t *, most_groups> start, stop;  // of the text that each group matched
-  std::array<const uint8_t *, most_groups> end_item;     // each group's end in the compiled form
   int64_t steps_left;                                    // 0 or less: they did not suffice
 };
 
-// Prepares for a search with this compiled form. A step is an item that is tried at a position, or
-// some bytes that a repetition passes.
-void set_up(Groups &groups, const Expression &expression, int64_t most_steps = INT64_MAX);
+// Prepares for a search with this compiled form, which must outlive it. A step is an item that is
+// tried at a position, or some bytes that a repetition passes.
+inline void set_up(Groups &groups, const Expression &expression, int64_t most_steps = INT64_MAX) {
+  groups.expression = &expression;
+  groups.steps_left = most_steps;
+}
+
+// Whether a back-reference comes after the end of its group, which is open before that.
+[[nodiscard]] inline bool is_closed(const Expression &expression, const uint8_t *reference) {
+  return reference - expression.items.data() >= expression.group_ends[reference[1]];
+}
 
 // Whether the items from `item` on match at the position. False, too, when the steps do not suffice
 // to find out.

@@ -52,7 +52,7 @@ struct Run {
 
 std::string_view group_text(const Groups &groups, const uint8_t *reference) {
   const uint8_t group = reference[1];
-  if (reference < groups.end_item[group]) return {};
+  if (!is_closed(*groups.expression, reference)) return {};
   const auto *start = reinterpret_cast<const char *>(groups.start[group]);
   return {start, static_cast<size_t>(groups.stop[group] - groups.start[group])};
 }
@@ -167,12 +167,6 @@ const uint8_t *deciding_item(const uint8_t *item) {
     default:
       return nullptr;
   }
-}
-
-void set_up(Groups &groups, const Expression &expression, int64_t most_steps) {
-  groups.steps_left = most_steps;
-  for (const uint8_t *item = expression.items.data(); *item != end; item = next_item(item))
-    if (*item == group_end) groups.end_item[item[1]] = item;
 }
 
 bool regex_match_at(const Subject &subject, Groups &groups, const uint8_t *position,

@@ -177,7 +177,9 @@ Error close_group(Compilation &c) {
   if (!has_room(c, 2)) return form_too_long;
   if (c.depth == 0) return unbalanced_group;
   ++c.closed;
-  return put(c, group_end, c.open[--c.depth]);
+  const uint8_t index = c.open[--c.depth];
+  c.form.group_ends[index] = static_cast<uint8_t>(c.size);
+  return put(c, group_end, index);
 }
 
 Error put_back_reference(Compilation &c, unsigned group) {

@@ -16,17 +16,59 @@ namespace klib::regex {
 
 namespace {
 
+// The literal with which the text of a back-reference begins; null when none certainly does.
+const uint8_t *first_of_group(const Expression &expression, const uint8_t *reference) {
+  const uint8_t *const items = expression.items.data(), *start = items;
+  if (!is_closed(expression, reference)) return nullptr;
+  while (*start != group_start || start[1] != reference[1]) start = next_item(start);
+  const uint8_t *const first = deciding_item(start);
+  const bool begins =
+      first != nullptr && *first == literal && first - items < expression.group_ends[reference[1]];
+  return begins ? first : nullptr;
+}
+
+// Finds the bytes that can follow a literal with which every match begins, from the item after it
+// on. False when that is too much to find out.
+bool find_followers(const Expression &expression, const uint8_t *item, Bitmap &followers) {
+  for (followers = {};; item = next_item(item)) {
+    switch (*item) {
+      case group_start:
+      case group_end:
+        break;
+      case literal + zero_or_more:
+        followers.add(item[1]);
+        break;
+      case literal:
+        followers.add(item[1]);
+        return true;
+      case back_reference: {
+        const uint8_t *const first = first_of_group(expression, item);
+        if (first == nullptr) return false;
+        followers.add(first[1]);
+        return true;
+      }
+      default:
+        return false;
+    }
+  }
+}
+
 // Decides by backtracking from each position of the text, as far as the steps suffice.
 bool match_anywhere(const Expression &expression, const Subject &subject, Groups &groups) {
   const uint8_t *first = expression.items.data();
-  const uint8_t *decides = deciding_item(first);
-  const uint8_t *past = subject.text + subject.length + 1;
   if (expression.anchored) return regex_match_at(subject, groups, subject.text, first);
+  const uint8_t *decides = deciding_item(first);
+  if (decides != nullptr && *decides != literal) decides = nullptr;
+  Bitmap followers;
+  const bool limited =
+      decides != nullptr && find_followers(expression, next_item(decides), followers);
+  const uint8_t *past = subject.text + subject.length + 1;
   for (const uint8_t *at = subject.text; at != past && groups.steps_left > 0; ++at) {
-    if (decides != nullptr && *decides == literal) {
+    if (decides != nullptr) {
       const auto left = static_cast<size_t>(past - at);
       at = static_cast<const uint8_t *>(std::memchr(at, decides[1], left));
       if (at == nullptr) return false;
+      if (limited && !followers.test(at[1])) continue;
     }
     if (regex_match_at(subject, groups, at, first)) return true;
   }
