@@ -82,10 +82,10 @@ bool is_telling(const Side &side, Range key) {
 // belong together, however the parts of other words are spread.
 void put_whole_words_first(std::span<TextPiece> ours, std::span<TextPiece> theirs) {
   if (ours.size() == 1 && theirs.size() == 1) return;
-  if (std::ranges::count_if(ours, &TextPiece::whole) !=
-      std::ranges::count_if(theirs, &TextPiece::whole))
-    return;
-  for (const auto pieces : {ours, theirs}) std::ranges::stable_partition(pieces, &TextPiece::whole);
+  const auto is_whole = [](const TextPiece &piece) { return piece.whole; };
+  if (std::ranges::count_if(ours, is_whole) != std::ranges::count_if(theirs, is_whole)) return;
+  for (const auto pieces : {ours, theirs})
+    std::stable_partition(pieces.begin(), pieces.end(), is_whole);
 }
 
 // Finds the words that both sides share, going through the pieces of both in step.
