@@ -236,8 +236,8 @@ size_t end_of(const std::vector<Code> &codes, size_t i, const Span &element) {
   return codes.size();
 }
 
-// Lets the spans inside what becomes a kept element begin where it does, so that they go around it:
-// they would lose all of their text.
+// Lets the spans that come first inside what becomes a kept element begin where it does, so that
+// they go around it: they would lose all of their text.
 void begin_with_elements(const Keeper &keeper, const std::unordered_map<int32_t, size_t> &places,
                          std::vector<Code> &codes) {
   for (const Span &span : keeper.markup.spans) {
@@ -248,7 +248,9 @@ void begin_with_elements(const Keeper &keeper, const std::unordered_map<int32_t,
       return change.element != no_span && change.range.begin < begin && begin < change.range.end;
     });
     if (around == keeper.changes.end()) continue;
-    const size_t closer = end_of(codes, opener->second, span);
+    const size_t place = opener->second;
+    if (place > 0 && codes[place - 1].at > around->range.begin) continue;
+    const size_t closer = end_of(codes, place, span);
     if (closer < codes.size() && codes[closer].at <= around->range.end) begin = around->range.begin;
   }
 }

@@ -7,6 +7,8 @@
 namespace klib::programs {
 namespace {
 
+constexpr size_t looked_back = 16;  // spans from which one is separated
+
 struct Ordering {
   const Side &source, &target;
   Markup &markup;
@@ -73,7 +75,8 @@ void part(Ordering &ordering, Span &first, Span &second) {
   }
 }
 
-// Separates the spans of one parent, of which `first` is the first.
+// Separates the spans of one parent, of which `first` is the first. Where several share a place,
+// the next one must be separated from each of them.
 void part_children(Ordering &ordering, uint32_t first) {
   if (first == no_span || ordering.next_child[first] == no_span) return;
   std::vector<uint32_t> &children = ordering.order;
@@ -88,8 +91,13 @@ void part_children(Ordering &ordering, uint32_t first) {
   };
   std::sort(children.begin(), children.end(), is_before);
   for (size_t i = 1; i < children.size(); i++) {
-    part(ordering, ordering.span(children[i - 1]), ordering.span(children[i]));
-    if (is_before(children[i], children[i - 1])) std::swap(children[i - 1], children[i]);
+    const size_t earliest = i - std::min(i, looked_back);
+    for (size_t k = i; k-- > earliest;) {
+      const auto [one, other] = std::minmax(children[k], children[i], is_before);
+      part(ordering, ordering.span(one), ordering.span(other));
+    }
+    std::sort(children.begin() + static_cast<std::ptrdiff_t>(earliest),
+              children.begin() + static_cast<std::ptrdiff_t>(i + 1), is_before);
   }
 }
 
