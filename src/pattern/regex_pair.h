@@ -15,8 +15,8 @@ struct LiteralPair {
   uint8_t literal[2];  // and what they are
 };
 
-// The first of `count` places, from `from` on, that has the pair; `count` when none has. Where the
-// count is small, any place.
+// The first of `count` places, from the beginning of the text on, that has the pair; `count` when
+// none has.
 [[nodiscard]] size_t next_place(const uint8_t *text, const LiteralPair &pair, size_t count);
 
 // Whether what is looked for, of `width` bytes, is somewhere; `fits` decides that for a position.
