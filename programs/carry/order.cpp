@@ -3,6 +3,7 @@
 #include "programs/carry/order.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace klib::programs {
 namespace {
@@ -141,6 +142,26 @@ void settle_spans(Ordering &ordering) {
   for (uint32_t e = 0; e < count; e++) {
     for (uint32_t c = first_child[e]; c != no_span; c = next[c]) keep_inside(spans[e], spans[c]);
     part_children(ordering, first_child[e]);
+  }
+}
+
+// A font that has its whole place in common with one of its group would not be seen, unless they
+// are nested in the source, too.
+void drop_hidden_fonts(Ordering &ordering) {
+  std::vector<uint32_t> &fonts = ordering.order;
+  fonts.clear();
+  for (uint32_t e = 0; e < ordering.markup.spans.size(); e++)
+    if (ordering.span(e).is_font() && !ordering.span(e).dropped) fonts.push_back(e);
+  const auto place_of = [&](uint32_t e) {
+    const Span &span = ordering.span(e);
+    return std::tuple(span.group, span.target.begin, span.target.end);
+  };
+  std::ranges::stable_sort(fonts, {}, place_of);
+  for (size_t i = 1, seen = 0; i < fonts.size(); i++) {
+    if (place_of(fonts[i]) != place_of(fonts[seen]))
+      seen = i;
+    else if (!overlap_in_source(ordering.span(fonts[seen]), ordering.span(fonts[i])))
+      drop(ordering.span(fonts[i]));
   }
 }
 
@@ -305,6 +326,7 @@ void sort_spans(const Markup &markup, std::vector<uint32_t> &order) {
 void settle_order(const Side &source, const Side &target, Markup &markup) {
   Ordering ordering{source, target, markup};
   settle_spans(ordering);
+  drop_hidden_fonts(ordering);
   keep_points_inside(markup);
   settle_halves(ordering);
   take_blanks_in(target, markup);

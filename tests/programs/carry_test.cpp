@@ -364,6 +364,10 @@ TEST_F(Carry, ReportsAndBadInput) {
   } rows[] = {
       {"", "A C\n", "0-0 2-1", 0, "job.kti:3: sentence 7: 1 font dropped",
        "{94}0{95}/{90}7 A C{91}/"},
+      {"{90}1 {98}weight{FF}2{99}a {98}slant{FF}3{99}b{98}slant{FF}0{99}{98}weight{FF}0{99} "
+       "{98}slant{FF}4{99}c{98}slant{FF}0{99}{91}",
+       "A\n", "0-0 1-0 2-0", 0, "job.kti:2: sentence 1: 1 font dropped",
+       "{90}1 {98}weight{FF}2{99}{98}slant{FF}3{99}A{98}slant{FF}0{99}{98}weight{FF}0{99}{91}/"},
       {"", "A\n", "0-0 7-0 0-1 x 1-", 1, "a.txt:1: pair '7-0': the sentence has only 3 words",
        "{94}0{95}/{90}7 A{91}/"},
       {"", "A\nB\n", "0-0", 1, "t.txt: has 2 lines, but job.kti has 1 sentence", "(none)"},
