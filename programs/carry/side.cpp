@@ -120,7 +120,10 @@ void survey(Side &side) {
   }
   core_ends[size] = core_end;
   next_cores[size] = next_core;
-  for (uint32_t i = size; i-- > 0;) next_cores[i] = next_core = is_core(kinds[i]) ? i : next_core;
+  for (uint32_t i = size; i-- > 0;) {
+    const uint32_t mask = 0 - uint32_t{is_core(kinds[i])};  // no branch depends on the text
+    next_cores[i] = next_core = (i & mask) | (next_core & ~mask);
+  }
   uint32_t *place = side.word_at.data();
   for (uint32_t w = 0; w < side.word_count(); w++)
     place = std::fill_n(place, side.word_at.data() + side.words[w].end - place, w);
