@@ -227,31 +227,41 @@ uint32_t moved(const std::vector<Change> &changes, uint32_t at) {
   return at;
 }
 
+// Where each number is first among the codes.
+using Places = std::unordered_map<int32_t, size_t>;
+
 // The place of the code that ends what the code at `i` begins, or the number of codes.
-size_t end_of(const std::vector<Code> &codes, size_t i, const Span &element) {
-  for (size_t end = i + 1; end < codes.size(); end++)
-    if (element.is_font() ? codes[end].group == element.group
-                          : !codes[end].is_font() && codes[end].number == element.closer)
-      return end;
-  return codes.size();
+size_t end_of(const std::vector<Code> &codes, const Places &places, size_t i, const Span &element) {
+  const auto ends = [&](const Code &code) {
+    return element.is_font() ? code.group == element.group
+                             : !code.is_font() && code.number == element.closer;
+  };
+  if (!element.is_font()) {  // its closing anchor may be far away
+    const auto closer = places.find(element.closer);
+    if (closer != places.end() && closer->second > i && ends(codes[closer->second]))
+      return closer->second;
+  }
+  const auto after = codes.begin() + static_cast<std::ptrdiff_t>(i) + 1;
+  return static_cast<size_t>(std::find_if(after, codes.end(), ends) - codes.begin());
 }
 
 // Lets the spans that come first inside what becomes a kept element begin where it does, so that
 // they go around it: they would lose all of their text.
-void begin_with_elements(const Keeper &keeper, const std::unordered_map<int32_t, size_t> &places,
-                         std::vector<Code> &codes) {
+void begin_with_elements(const Keeper &keeper, const Places &places, std::vector<Code> &codes) {
+  std::vector<Range> elements;  // in their order
+  for (const Change &change : keeper.changes)
+    if (change.element != no_span && !change.range.empty()) elements.push_back(change.range);
   for (const Span &span : keeper.markup.spans) {
     const auto opener = places.find(span.number);
     if (span.kept || opener == places.end()) continue;
-    size_t &begin = codes[opener->second].at;
-    const auto around = std::ranges::find_if(keeper.changes, [&](const Change &change) {
-      return change.element != no_span && change.range.begin < begin && begin < change.range.end;
-    });
-    if (around == keeper.changes.end()) continue;
     const size_t place = opener->second;
-    if (place > 0 && codes[place - 1].at > around->range.begin) continue;
-    const size_t closer = end_of(codes, place, span);
-    if (closer < codes.size() && codes[closer].at <= around->range.end) begin = around->range.begin;
+    size_t &begin = codes[place].at;
+    const auto next = std::ranges::lower_bound(elements, begin, {}, &Range::begin);
+    if (next == elements.begin()) continue;
+    const Range around = *(next - 1);
+    if (begin >= around.end || (place > 0 && codes[place - 1].at > around.begin)) continue;
+    const size_t closer = end_of(codes, places, place, span);
+    if (closer < codes.size() && codes[closer].at <= around.end) begin = around.begin;
   }
 }
 
@@ -259,7 +269,7 @@ void begin_with_elements(const Keeper &keeper, const std::unordered_map<int32_t,
 // elements around them take the blocks in.
 void move_codes(const Keeper &keeper, std::vector<Code> &codes) {
   constexpr int deepest = 64;  // of the nesting that is looked at
-  std::unordered_map<int32_t, size_t> places;
+  Places places;
   for (size_t i = 0; i < codes.size(); i++)
     if (codes[i].number != 0) places.emplace(codes[i].number, i);
   begin_with_elements(keeper, places, codes);
@@ -276,7 +286,7 @@ void move_codes(const Keeper &keeper, std::vector<Code> &codes) {
       e = element.parent;
       const auto opener = places.find(element.number);
       if (opener == places.end()) continue;
-      const size_t closer = end_of(codes, opener->second, element);
+      const size_t closer = end_of(codes, places, opener->second, element);
       if (closer == codes.size()) continue;
       size_t &from = codes[opener->second].at, &to = codes[closer].at;
       const Range own = keeper.element(change.element).source;
