@@ -29,7 +29,7 @@ struct Evidence {
   std::vector<Link> links;  // by target
   std::vector<uint32_t> first_of_target, first_of_source;
   std::vector<uint32_t> targets;                        // by source
-  std::vector<TextPiece> source_pieces, target_pieces;  // in order
+  std::vector<TextPiece> source_pieces, target_pieces;  // in order, see put_whole_words_first()
   std::vector<int64_t> cost;  // of the words of the translation before this one, as outside words
   std::vector<uint32_t> aligned_before, aligned_after;  // the nearest aligned source words
 

@@ -1,4 +1,6 @@
 // The parts of a page that come back as they are, whatever the translation has for them.
+#include <sys/resource.h>
+
 #include "workplace.h"
 
 namespace klib::test {
@@ -115,6 +117,30 @@ TEST_F(Keep, PiecesOfSentencesComeBack) {
   };
   for (const auto &row : rows)
     EXPECT_EQ(translated(row.body, row.translation, row.alignment), row.result) << row.body;
+}
+
+TEST_F(Keep, ManyPiecesStayLinear) {
+  const auto seconds_of = [this](int pieces) {
+    std::string page = "<p>", translation, alignment;
+    for (int i = 0; i < pieces; i++) {
+      const std::string number = std::to_string(i);
+      page += "<code>k" + number + " x</code> <b>-" + number + "</b> ";
+      translation += "x k" + number + " y ";
+      for (int w = 3 * i; w < 3 * i + 3; w++)
+        alignment += std::to_string(w) + "-" + std::to_string(w) + " ";
+    }
+    write("job.htm", page + ".");
+    write("t.txt", translation + "\n");
+    write("a.txt", alignment + "\n");
+    EXPECT_EQ(run("kextract", "-LANGUAGE ENGLISH job.kti job.htm").status, 0);
+    rusage before, after;
+    getrusage(RUSAGE_CHILDREN, &before);
+    EXPECT_EQ(run("kcarry", "-TARGET-LANGUAGE GERMAN job.kti t.txt a.txt out.kti").status, 0);
+    getrusage(RUSAGE_CHILDREN, &after);
+    return static_cast<double>(after.ru_utime.tv_sec - before.ru_utime.tv_sec) +
+           1e-6 * static_cast<double>(after.ru_utime.tv_usec - before.ru_utime.tv_usec);
+  };
+  EXPECT_LT(seconds_of(40'000), 10 * seconds_of(10'000) + 0.1);
 }
 
 }  // namespace
